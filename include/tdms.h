@@ -1,0 +1,518 @@
+/**
+ * @file tdms.h
+ * @brief Reads and writes measurement files in the TDMS format.
+ *
+ * A file holds a tree: one file object, named groups in it, named channels in each group. Every
+ * object carries named, typed properties; every channel carries a sequence of values of one type.
+ *
+ * Conventions, valid for every function unless its comment says otherwise:
+ *
+ *  1. The result is 0 on success and a negative status (::tdms_status) on failure. Functions that
+ *     count, or that ask for a type, return the count or the type code instead of 0.
+ *     get_error_description() turns a status into text. Outputs are written on success only.
+ *  2. Handles are opaque pointers. A file handle lives until close_file(); a group or channel
+ *     handle until its object is deleted or replaced, its group deleted, or its file closed. Using
+ *     a handle after that is undefined, as it is for a closed `FILE*`. The library owns what
+ *     handles refer to. A null handle is answered with its level's status: #TDMS_FILE_HANDLE,
+ *     #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel, #TDMS_GROUP_HANDLE means that its
+ *     group is no longer in the file.
+ *  3. Arrays and buffers belong to the caller, who sizes them with the matching get_num function.
+ *     They may be null when there is nothing to write. Where something is to be written, a null
+ *     output is answered with the status that the function names for its handle or its result.
+ *  4. Names and texts are NUL-terminated byte strings, copied by the call. No character is
+ *     escaped or refused; an empty name is a name.
+ *  5. Objects are listed in the byte order of their paths, whatever the order of creation.
+ *  6. Values and properties stay in memory until save_file() appends them to the file.
+ *     close_file() does not save.
+ *  7. One file, with everything in it, is for one thread at a time; different files may be used by
+ *     different threads at once. Opening and closing lock a registry, so they wait for each other.
+ *  8. No function catches what the C++ library throws. A null name, path or mode, or a null text
+ *     among string values, raises a logic error; a data type that the format does not know, met in
+ *     a file, raises an out-of-range error; failed allocations raise std::bad_alloc. Nothing is
+ *     lost or left locked; in a C program these end the process.
+ */
+#ifndef TDMS_H
+#define TDMS_H
+
+#include <stdbool.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define TDMS_API __attribute__((visibility("default")))
+#else
+#define TDMS_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** What a function returns when it fails. */
+enum tdms_status {
+    TDMS_OK = 0,                            /**< no error */
+    TDMS_FILE_PATH = -5001,                 /**< the file cannot be opened */
+    TDMS_FILE_TAG = -5002,                  /**< a segment does not begin with the format's tag */
+    TDMS_FILE_TOC = -5003,                  /**< a segment has an unsupported table of contents */
+    TDMS_FILE_VERSION = -5004,              /**< a segment has a version other than 4713 */
+    TDMS_FILE_HANDLE = -5005,               /**< the file handle is null, or its stream is gone */
+    TDMS_FILE_READ = -5006,                 /**< the file ends early or cannot be read */
+    TDMS_FILE_PROPERTY_NAME = -5007,        /**< the file has no property of that name */
+    TDMS_FILE_PROPERTY_REPEATED = -5008,    /**< the file has a property of that name already */
+    TDMS_FILE_DELETE = -5009,               /**< the file cannot be removed */
+    TDMS_INDEX = -5010,                     /**< a raw data index has an unsupported form */
+    TDMS_GROUP_HANDLE = -5011,              /**< the group is null or not in its file */
+    TDMS_GROUP_REPEATED = -5012,            /**< the file has a group of that name already */
+    TDMS_GROUP_PROPERTY_NAME = -5013,       /**< the group has no property of that name */
+    TDMS_GROUP_PROPERTY_REPEATED = -5014,   /**< the group has a property of that name already */
+    TDMS_CHANNEL_HANDLE = -5015,            /**< the channel is null or not in its group */
+    TDMS_CHANNEL_READ = -5016,              /**< a segment's metadata is damaged or contradictory */
+    TDMS_CHANNEL_REPEATED = -5017,          /**< a channel has the new channel's path as its name */
+    TDMS_CHANNEL_PROPERTY_NAME = -5018,     /**< the channel has no property of that name */
+    TDMS_CHANNEL_PROPERTY_REPEATED = -5019, /**< the channel has a property of that name already */
+    TDMS_CHANNEL_DATATYPE = -5020,          /**< the channel holds values of another type */
+    TDMS_CHANNEL_DATA_READ = -5021,         /**< the channel's values cannot be read */
+    TDMS_CHANNEL_DATA_COUNT = -5022,        /**< the number of values cannot be told */
+    TDMS_PROPERTY_BUFFER = -5023            /**< the buffer for a property is too small */
+};
+
+/** Data type codes of channels and properties. */
+enum tdms_type {
+    TDMS_TYPE_VOID = 0,        /**< no type yet: a channel that never got values */
+    TDMS_TYPE_INT8 = 1,        /**< signed 8-bit integer */
+    TDMS_TYPE_INT16 = 2,       /**< signed 16-bit integer */
+    TDMS_TYPE_INT32 = 3,       /**< signed 32-bit integer */
+    TDMS_TYPE_INT64 = 4,       /**< signed 64-bit integer */
+    TDMS_TYPE_UINT8 = 5,       /**< unsigned 8-bit integer */
+    TDMS_TYPE_UINT16 = 6,      /**< unsigned 16-bit integer */
+    TDMS_TYPE_UINT32 = 7,      /**< unsigned 32-bit integer */
+    TDMS_TYPE_UINT64 = 8,      /**< unsigned 64-bit integer */
+    TDMS_TYPE_FLOAT = 9,       /**< IEEE 754 single precision */
+    TDMS_TYPE_DOUBLE = 10,     /**< IEEE 754 double precision */
+    TDMS_TYPE_STRING = 0x20,   /**< text */
+    TDMS_TYPE_BOOL = 0x21,     /**< boolean, one byte */
+    TDMS_TYPE_TIMESTAMP = 0x44 /**< date and time, 16 bytes in the file */
+};
+
+/**
+ * A calendar time in the local time zone.
+ *
+ * It is written as standard time, summer time or not, and read as the local clock shows it: a time
+ * within summer time comes back one hour later. Only 1970-01-01 to 2038-01-19 (UTC) reads back.
+ */
+typedef struct timestamp_fields {
+    int32_t year;        /**< full year, such as 2024 */
+    int32_t month;       /**< 1 to 12 */
+    int32_t day;         /**< day of the month, 1 to 31 */
+    int32_t hour;        /**< 0 to 23 */
+    int32_t minute;      /**< 0 to 59 */
+    int32_t second;      /**< 0 to 60 */
+    int32_t microsecond; /**< 0 to 999999 */
+} timestamp_fields;
+
+/** @defgroup errors Errors
+ *  @{ */
+
+/**
+ * The message of a status.
+ * @param code a status; any value is allowed
+ * @return a static text, never null, not to be freed; "error code is error!" for a value without a
+ *         message of its own, #TDMS_GROUP_REPEATED deliberately among them
+ */
+TDMS_API const char* get_error_description(int code);
+
+/** @} */
+
+/** @defgroup file Files
+ *  @{ */
+
+/**
+ * Opens a file.
+ * @param path the file's path
+ * @param mode "r" reads an existing file, "w" creates or empties one, "a" reads an existing file
+ *        and appends to it; an empty file is a valid file. Any other mode deliberately succeeds
+ * with a handle that has no stream: objects can be built on it, saving gives #TDMS_FILE_HANDLE and
+ * reading values #TDMS_CHANNEL_DATA_READ
+ * @param[out] file the handle; untouched on failure
+ * @return 0; #TDMS_FILE_PATH; with "r" also #TDMS_FILE_TAG, #TDMS_FILE_TOC, #TDMS_FILE_VERSION,
+ *         #TDMS_FILE_READ, #TDMS_INDEX or #TDMS_CHANNEL_READ, as the first fault in the file
+ *         requires; with "a" #TDMS_FILE_READ for every failure to read; #TDMS_FILE_HANDLE when
+ *         `file` is null
+ */
+TDMS_API int open_file(const char* path, const char* mode, void** file);
+
+/**
+ * Appends what changed to the file, as two segments: first the new properties with the values of
+ * the timestamp channels, then the values of all other channels.
+ *
+ * Properties are written once; they leave memory with the save, so that the same name can be
+ * created again. Staged values stay and are written again by the next save, unless new ones are
+ * staged. Of several timestamp channels in a file only the last one's values are stored.
+ *
+ * The stream's own errors (a full disk) are not reported, and its buffer is not flushed before
+ * close_file().
+ * @return 0; #TDMS_FILE_HANDLE when `file` is null or has no stream: then nothing changes
+ */
+TDMS_API int save_file(void* file);
+
+/**
+ * Closes a file without saving, and frees everything in it.
+ * @param[in,out] file the handle's variable; set to null
+ * @return 0; #TDMS_FILE_HANDLE when it or the handle is null
+ */
+TDMS_API int close_file(void** file);
+
+/**
+ * Removes a file from the disk. A handle that has it open keeps working on the unlinked file.
+ * @return 0; #TDMS_FILE_DELETE
+ */
+TDMS_API int delete_file(const char* path);
+
+/** @} */
+
+/** @defgroup groups Groups
+ *  @{ */
+
+/**
+ * Creates an empty group.
+ * @param[out] group the new group's handle
+ * @return 0; #TDMS_FILE_HANDLE; #TDMS_GROUP_REPEATED when the file has a group of that name;
+ *         #TDMS_GROUP_HANDLE when `group` is null
+ */
+TDMS_API int create_group(void* file, const char* name, void** group);
+
+/** @return the number of groups; #TDMS_FILE_HANDLE */
+TDMS_API int get_num_group(void* file);
+
+/**
+ * Lists the groups.
+ * @param[out] list as many handles as get_num_group() tells
+ * @return 0; #TDMS_FILE_HANDLE, also when `list` is null and the file has groups
+ */
+TDMS_API int get_group(void* file, void** list);
+
+/**
+ * The group's name.
+ * @param[out] name the name's bytes and a NUL; no size is checked
+ * @return 0; #TDMS_GROUP_HANDLE, also when `name` is null
+ */
+TDMS_API int get_group_name(void* group, char* name);
+
+/**
+ * Removes the group with its channels and properties from memory; the file on disk stays as it is.
+ * @return 0; #TDMS_GROUP_HANDLE
+ */
+TDMS_API int delete_group(void* group);
+
+/** @} */
+
+/** @defgroup channels Channels
+ *  @{ */
+
+/**
+ * Creates a channel without a type or values. A channel of the same name is replaced: it is
+ * destroyed with its properties and staged values, and its handle is no longer valid.
+ * @param[out] channel the new channel's handle
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_REPEATED when the group has a channel whose name is
+ *         the new channel's whole path; #TDMS_CHANNEL_HANDLE when `channel` is null
+ */
+TDMS_API int create_channel(void* group, const char* name, void** channel);
+
+/** @return the number of channels in the group; #TDMS_GROUP_HANDLE */
+TDMS_API int get_num_channel(void* group);
+
+/**
+ * Lists the channels of a group.
+ * @param[out] list as many handles as get_num_channel() tells
+ * @return 0; #TDMS_GROUP_HANDLE, also when `list` is null and the group has channels
+ */
+TDMS_API int get_channel(void* group, void** list);
+
+/**
+ * The channel's name.
+ * @param[out] name the name's bytes and a NUL; no size is checked
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE, also when `name` is null
+ */
+TDMS_API int get_channel_name(void* channel, char* name);
+
+/**
+ * Removes the channel with its properties and staged values from memory; the file on disk stays as
+ * it is.
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE
+ */
+TDMS_API int delete_channel(void* channel);
+
+/** @return the type code of the channel's values (::tdms_type); 0 while it has none;
+ *          #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE */
+TDMS_API int get_channel_datatype(void* channel);
+
+/**
+ * The number of values that the file held for the channel when it was opened. Staging and saving
+ * leave it as it is.
+ * @param[out] count the number of values
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATA_COUNT when `count` is
+ *         null
+ */
+TDMS_API int get_num_channel_data(void* channel, uint64_t* count);
+
+/** @} */
+
+/** @defgroup properties Properties
+ *
+ * A property is addressed by its owner's handle and its name. It never changes: to replace one,
+ * delete it and create it again.
+ *  @{ */
+
+/** @name How many properties an object has
+ * @return the number of properties; for a file #TDMS_FILE_HANDLE, for a group #TDMS_GROUP_HANDLE,
+ *         for a channel #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE
+ * @{ */
+TDMS_API int get_num_file_property(void* file);
+TDMS_API int get_num_group_property(void* group);
+TDMS_API int get_num_channel_property(void* channel);
+/** @} */
+
+/** @name The names of an object's properties
+ * @param[out] names as many pointers as the get_num function tells. The library owns the texts;
+ *             each stays valid until its property is deleted or saved, or its object or file goes
+ * @return 0; the handle's status as for counting; #TDMS_FILE_PROPERTY_NAME,
+ *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME when `names` is null and there
+ *         are properties
+ * @{ */
+TDMS_API int get_file_property(void* file, const char** names);
+TDMS_API int get_group_property(void* group, const char** names);
+TDMS_API int get_channel_property(void* channel, const char** names);
+/** @} */
+
+/** @name The data type of a property
+ * @return the type code (::tdms_type); the handle's status as for counting;
+ *         #TDMS_FILE_PROPERTY_NAME, #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME when
+ *         there is no property of that name
+ * @{ */
+TDMS_API int get_file_property_datatype(void* file, const char* name);
+TDMS_API int get_group_property_datatype(void* group, const char* name);
+TDMS_API int get_channel_property_datatype(void* channel, const char* name);
+/** @} */
+
+/** @name Deleting a property
+ * Removes the property from memory; the file on disk stays as it is.
+ * @return 0; the handle's status as for counting; #TDMS_FILE_PROPERTY_NAME,
+ *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME when there is no property of
+ *         that name
+ * @{ */
+TDMS_API int delete_file_property(void* file, const char* name);
+TDMS_API int delete_group_property(void* group, const char* name);
+TDMS_API int delete_channel_property(void* channel, const char* name);
+/** @} */
+
+/** @name Creating a property of a file
+ * The value is copied; the first of two properties of one name stays.
+ * @return 0; #TDMS_FILE_HANDLE; #TDMS_FILE_PROPERTY_REPEATED
+ * @{ */
+TDMS_API int create_file_property_int8(void* file, const char* name, int8_t value);
+TDMS_API int create_file_property_int16(void* file, const char* name, int16_t value);
+TDMS_API int create_file_property_int32(void* file, const char* name, int32_t value);
+TDMS_API int create_file_property_int64(void* file, const char* name, int64_t value);
+TDMS_API int create_file_property_uint8(void* file, const char* name, uint8_t value);
+TDMS_API int create_file_property_uint16(void* file, const char* name, uint16_t value);
+TDMS_API int create_file_property_uint32(void* file, const char* name, uint32_t value);
+TDMS_API int create_file_property_uint64(void* file, const char* name, uint64_t value);
+TDMS_API int create_file_property_float(void* file, const char* name, float value);
+TDMS_API int create_file_property_double(void* file, const char* name, double value);
+TDMS_API int create_file_property_string(void* file, const char* name, const char* value);
+TDMS_API int create_file_property_bool(void* file, const char* name, bool value);
+TDMS_API int create_file_property_timestamp(void* file, const char* name, timestamp_fields value);
+/** @} */
+
+/** @name The value of a file property
+ * The stored bytes are decoded as the type asked for, whatever type they were created with.
+ * @param[out] value one value. It is written also when there is no property of that name, or when
+ *             its bytes are too few: then it is zero, for a timestamp in every field
+ * @param[out] buffer the text and a NUL
+ * @param size the buffer's size in bytes; it must be greater than the stored bytes, which are the
+ *             text's length plus 4
+ * @return 0; #TDMS_FILE_HANDLE; #TDMS_FILE_PROPERTY_NAME; #TDMS_PROPERTY_BUFFER when `size` is too
+ * small, or when `value` or `buffer` is null
+ * @{ */
+TDMS_API int get_file_property_int8(void* file, const char* name, int8_t* value);
+TDMS_API int get_file_property_int16(void* file, const char* name, int16_t* value);
+TDMS_API int get_file_property_int32(void* file, const char* name, int32_t* value);
+TDMS_API int get_file_property_int64(void* file, const char* name, int64_t* value);
+TDMS_API int get_file_property_uint8(void* file, const char* name, uint8_t* value);
+TDMS_API int get_file_property_uint16(void* file, const char* name, uint16_t* value);
+TDMS_API int get_file_property_uint32(void* file, const char* name, uint32_t* value);
+TDMS_API int get_file_property_uint64(void* file, const char* name, uint64_t* value);
+TDMS_API int get_file_property_float(void* file, const char* name, float* value);
+TDMS_API int get_file_property_double(void* file, const char* name, double* value);
+TDMS_API int get_file_property_string(void* file, const char* name, char* buffer, uint64_t size);
+TDMS_API int get_file_property_bool(void* file, const char* name, bool* value);
+TDMS_API int get_file_property_timestamp(void* file, const char* name, timestamp_fields* value);
+/** @} */
+
+/** @name Creating a property of a group
+ * The value is copied; the first of two properties of one name stays.
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_GROUP_PROPERTY_REPEATED
+ * @{ */
+TDMS_API int create_group_property_int8(void* group, const char* name, int8_t value);
+TDMS_API int create_group_property_int16(void* group, const char* name, int16_t value);
+TDMS_API int create_group_property_int32(void* group, const char* name, int32_t value);
+TDMS_API int create_group_property_int64(void* group, const char* name, int64_t value);
+TDMS_API int create_group_property_uint8(void* group, const char* name, uint8_t value);
+TDMS_API int create_group_property_uint16(void* group, const char* name, uint16_t value);
+TDMS_API int create_group_property_uint32(void* group, const char* name, uint32_t value);
+TDMS_API int create_group_property_uint64(void* group, const char* name, uint64_t value);
+TDMS_API int create_group_property_float(void* group, const char* name, float value);
+TDMS_API int create_group_property_double(void* group, const char* name, double value);
+TDMS_API int create_group_property_string(void* group, const char* name, const char* value);
+TDMS_API int create_group_property_bool(void* group, const char* name, bool value);
+TDMS_API int create_group_property_timestamp(void* group, const char* name, timestamp_fields value);
+/** @} */
+
+/** @name The value of a group property
+ * The stored bytes are decoded as the type asked for, whatever type they were created with.
+ * @param[out] value one value. It is written also when there is no property of that name, or when
+ *             its bytes are too few: then it is zero, for a timestamp in every field
+ * @param[out] buffer the text and a NUL
+ * @param size the buffer's size in bytes; it must be greater than the stored bytes, which are the
+ *             text's length plus 4
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_GROUP_PROPERTY_NAME; #TDMS_PROPERTY_BUFFER when `size` is
+ * too small, or when `value` or `buffer` is null
+ * @{ */
+TDMS_API int get_group_property_int8(void* group, const char* name, int8_t* value);
+TDMS_API int get_group_property_int16(void* group, const char* name, int16_t* value);
+TDMS_API int get_group_property_int32(void* group, const char* name, int32_t* value);
+TDMS_API int get_group_property_int64(void* group, const char* name, int64_t* value);
+TDMS_API int get_group_property_uint8(void* group, const char* name, uint8_t* value);
+TDMS_API int get_group_property_uint16(void* group, const char* name, uint16_t* value);
+TDMS_API int get_group_property_uint32(void* group, const char* name, uint32_t* value);
+TDMS_API int get_group_property_uint64(void* group, const char* name, uint64_t* value);
+TDMS_API int get_group_property_float(void* group, const char* name, float* value);
+TDMS_API int get_group_property_double(void* group, const char* name, double* value);
+TDMS_API int get_group_property_string(void* group, const char* name, char* buffer, uint64_t size);
+TDMS_API int get_group_property_bool(void* group, const char* name, bool* value);
+TDMS_API int get_group_property_timestamp(void* group, const char* name, timestamp_fields* value);
+/** @} */
+
+/** @name Creating a property of a channel
+ * The value is copied; the first of two properties of one name stays.
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_PROPERTY_REPEATED
+ * @{ */
+TDMS_API int create_channel_property_int8(void* channel, const char* name, int8_t value);
+TDMS_API int create_channel_property_int16(void* channel, const char* name, int16_t value);
+TDMS_API int create_channel_property_int32(void* channel, const char* name, int32_t value);
+TDMS_API int create_channel_property_int64(void* channel, const char* name, int64_t value);
+TDMS_API int create_channel_property_uint8(void* channel, const char* name, uint8_t value);
+TDMS_API int create_channel_property_uint16(void* channel, const char* name, uint16_t value);
+TDMS_API int create_channel_property_uint32(void* channel, const char* name, uint32_t value);
+TDMS_API int create_channel_property_uint64(void* channel, const char* name, uint64_t value);
+TDMS_API int create_channel_property_float(void* channel, const char* name, float value);
+TDMS_API int create_channel_property_double(void* channel, const char* name, double value);
+TDMS_API int create_channel_property_string(void* channel, const char* name, const char* value);
+TDMS_API int create_channel_property_bool(void* channel, const char* name, bool value);
+TDMS_API int create_channel_property_timestamp(void* channel, const char* name,
+                                               timestamp_fields value);
+/** @} */
+
+/** @name The value of a channel property
+ * The stored bytes are decoded as the type asked for, whatever type they were created with.
+ * @param[out] value one value. It is written also when there is no property of that name, or when
+ *             its bytes are too few: then it is zero, for a timestamp in every field
+ * @param[out] buffer the text and a NUL
+ * @param size the buffer's size in bytes; it must be greater than the stored bytes, which are the
+ *             text's length plus 4
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_PROPERTY_NAME;
+ * #TDMS_PROPERTY_BUFFER when `size` is too small, or when `value` or `buffer` is null
+ * @{ */
+TDMS_API int get_channel_property_int8(void* channel, const char* name, int8_t* value);
+TDMS_API int get_channel_property_int16(void* channel, const char* name, int16_t* value);
+TDMS_API int get_channel_property_int32(void* channel, const char* name, int32_t* value);
+TDMS_API int get_channel_property_int64(void* channel, const char* name, int64_t* value);
+TDMS_API int get_channel_property_uint8(void* channel, const char* name, uint8_t* value);
+TDMS_API int get_channel_property_uint16(void* channel, const char* name, uint16_t* value);
+TDMS_API int get_channel_property_uint32(void* channel, const char* name, uint32_t* value);
+TDMS_API int get_channel_property_uint64(void* channel, const char* name, uint64_t* value);
+TDMS_API int get_channel_property_float(void* channel, const char* name, float* value);
+TDMS_API int get_channel_property_double(void* channel, const char* name, double* value);
+TDMS_API int get_channel_property_string(void* channel, const char* name, char* buffer,
+                                         uint64_t size);
+TDMS_API int get_channel_property_bool(void* channel, const char* name, bool* value);
+TDMS_API int get_channel_property_timestamp(void* channel, const char* name,
+                                            timestamp_fields* value);
+/** @} */
+
+/** @} */
+
+/** @defgroup data Values
+ *  @{ */
+
+/** @name Staging values
+ * Stages a channel's values for the next save, in place of those staged before. The first staging
+ * fixes the channel's type; only values of that type can be staged from then on.
+ * @param count the number of values; 0 is allowed and fixes the type too
+ * @param values an array of `count` values, copied by the call
+ * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATATYPE when the channel has
+ *         another type; #TDMS_CHANNEL_DATA_READ when `values` is null and `count` is not 0. On
+ *         failure the channel keeps what was staged before
+ * @{ */
+TDMS_API int set_channel_data_int8(void* channel, uint64_t count, const int8_t* values);
+TDMS_API int set_channel_data_int16(void* channel, uint64_t count, const int16_t* values);
+TDMS_API int set_channel_data_int32(void* channel, uint64_t count, const int32_t* values);
+TDMS_API int set_channel_data_int64(void* channel, uint64_t count, const int64_t* values);
+TDMS_API int set_channel_data_uint8(void* channel, uint64_t count, const uint8_t* values);
+TDMS_API int set_channel_data_uint16(void* channel, uint64_t count, const uint16_t* values);
+TDMS_API int set_channel_data_uint32(void* channel, uint64_t count, const uint32_t* values);
+TDMS_API int set_channel_data_uint64(void* channel, uint64_t count, const uint64_t* values);
+TDMS_API int set_channel_data_float(void* channel, uint64_t count, const float* values);
+TDMS_API int set_channel_data_double(void* channel, uint64_t count, const double* values);
+TDMS_API int set_channel_data_string(void* channel, uint64_t count, const char* const* values);
+TDMS_API int set_channel_data_bool(void* channel, uint64_t count, const bool* values);
+TDMS_API int set_channel_data_timestamp(void* channel, uint64_t count,
+                                        const timestamp_fields* values);
+/** @} */
+
+/** @name Reading values
+ * Reads all values that the file held for a channel when it was opened, segment after segment.
+ *
+ * In a segment, values of another group's channel that stand before those of the wanted channel's
+ * group are refused with #TDMS_CHANNEL_DATA_READ; an object of another group that stands after a
+ * channel of the wanted group raises an out-of-range error. A file opened with "w" has no values
+ * to read; one opened with "a" cannot be read unless it was empty, and trying closes its stream.
+ * @param[out] values as many values as get_num_channel_data() tells. On failure it is untouched,
+ *             except when the device itself fails while values are on their way
+ * @return 0; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATA_READ when anything about the file or the
+ *         handle prevents reading, or `values` is null and there are values;
+ *         #TDMS_CHANNEL_DATATYPE when the channel has another type
+ * @{ */
+TDMS_API int get_channel_data_int8(void* channel, int8_t* values);
+TDMS_API int get_channel_data_int16(void* channel, int16_t* values);
+TDMS_API int get_channel_data_int32(void* channel, int32_t* values);
+TDMS_API int get_channel_data_int64(void* channel, int64_t* values);
+TDMS_API int get_channel_data_uint8(void* channel, uint8_t* values);
+TDMS_API int get_channel_data_uint16(void* channel, uint16_t* values);
+TDMS_API int get_channel_data_uint32(void* channel, uint32_t* values);
+TDMS_API int get_channel_data_uint64(void* channel, uint64_t* values);
+TDMS_API int get_channel_data_float(void* channel, float* values);
+TDMS_API int get_channel_data_double(void* channel, double* values);
+TDMS_API int get_channel_data_bool(void* channel, bool* values);
+TDMS_API int get_channel_data_timestamp(void* channel, timestamp_fields* values);
+/** @} */
+
+/**
+ * Reads the texts of a string channel, with the rules of the other readers.
+ *
+ * The texts go into one storage of the whole process, behind all texts read before. The pointers
+ * handed out are deliberately the storage's first ones: the first call of a process gives the texts
+ * just read; a later call gives the earliest texts again, and its own only from the position on
+ * at which they stand in the storage. May be called from several threads for different files.
+ * @param[out] values as many pointers as get_num_channel_data() tells. The library owns the texts;
+ *             they stay valid until the process ends
+ * @return as the other readers
+ */
+TDMS_API int get_channel_data_string(void* channel, const char** values);
+
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,113 @@
+#include <deque>
+#include <mutex>
+
+#include "codec/element.h"
+#include "core/data_types.h"
+#include "core/handles.h"
+#include "reader/channel_values.h"
+
+namespace tdms {
+namespace {
+
+// Locates a channel's values and checks that they are of the wanted type. The type is looked at
+// second: a file that cannot be read is told first.
+int locate_values(void* handle, std::uint32_t type, channel_values& values, std::uint64_t& count)
+{
+    option* const file = file_of(static_cast<channel*>(handle));
+    if (file == nullptr) return TDMS_CHANNEL_HANDLE;
+    if (file->get_channel_data(handle, values) != TDMS_OK) return TDMS_CHANNEL_DATA_READ;
+    if (file->get_channel_datatype(handle) != static_cast<int>(type)) return TDMS_CHANNEL_DATATYPE;
+    if (file->get_num_channel_data(handle, count) != TDMS_OK) return TDMS_CHANNEL_DATA_COUNT;
+    return TDMS_OK;
+}
+
+// Where in the caller's array the stored bytes are read to: its end, so that values which are
+// larger in memory than in the file can be decoded from the front.
+template <class T>
+unsigned char* stored_part(T* values, std::uint64_t count)
+{
+    static_assert(sizeof(T) >= stored_size<T>);
+    return reinterpret_cast<unsigned char*>(values) + (sizeof(T) - stored_size<T>)*count;
+}
+
+// Turns stored bytes into values where they stand.
+template <class T>
+void decode_in_place(T*, std::uint64_t)
+{
+    static_assert(host_is_little, "a number in a file is one in memory");
+}
+
+void decode_in_place(bool* values, std::uint64_t count)
+{
+    unsigned char* const bytes = stored_part(values, count);
+    for (std::uint64_t i = 0; i != count; ++i) bytes[i] = bytes[i] != 0;
+}
+
+void decode_in_place(timestamp_fields* values, std::uint64_t count)
+{
+    decode_timestamps(stored_part(values, count), count, values);
+}
+
+template <class T>
+int fetch(void* handle, T* values)
+{
+    channel_values stored;
+    std::uint64_t count = 0;
+    if (const int status = locate_values(handle, type_code<T>, stored, count)) return status;
+    if (count == 0) return TDMS_OK;
+    if (values == nullptr || count > ~std::uint64_t{0} / sizeof(T)) return TDMS_CHANNEL_DATA_READ;
+    if (!stored.read(count * stored_size<T>, stored_part(values, count))) {
+        return TDMS_CHANNEL_DATA_READ;
+    }
+    decode_in_place(values, count);
+    return TDMS_OK;
+}
+
+// The texts of all string channels read in this process. Nothing in it ever moves, and it is never
+// destroyed: a text stays good until the process ends, whatever other code runs at its end.
+class string_storage {
+  public:
+    void add(text_list&& read, const char** out)
+    {
+        const std::lock_guard guard(lock_);
+        for (auto& memory : read.memory) memory_.push_back(std::move(memory));
+        texts_.insert(texts_.end(), read.texts.begin(), read.texts.end());
+        // Deliberate: the storage's first texts are handed out, not those just read.
+        std::copy_n(texts_.begin(), read.texts.size(), out);
+    }
+
+  private:
+    std::mutex lock_;
+    std::deque<std::unique_ptr<char[]>> memory_;
+    std::deque<const char*> texts_;
+};
+
+string_storage& stringStorage()
+{
+    static string_storage& storage = *new string_storage;
+    return storage;
+}
+
+}  // namespace
+}  // namespace tdms
+
+#define TDMS_DEFINE_READER(suffix, type, code)                 \
+    int get_channel_data_##suffix(void* channel, type* values) \
+    {                                                          \
+        return tdms::fetch(channel, values);                   \
+    }
+TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_READER)
+
+int get_channel_data_string(void* channel, const char** values)
+{
+    tdms::channel_values stored;
+    std::uint64_t count = 0;
+    if (const int status = tdms::locate_values(channel, TDMS_TYPE_STRING, stored, count)) {
+        return status;
+    }
+    if (count == 0) return TDMS_OK;
+    tdms::text_list read;
+    if (values == nullptr || !stored.read_texts(count, read)) return TDMS_CHANNEL_DATA_READ;
+    tdms::stringStorage().add(std::move(read), values);
+    return TDMS_OK;
+}

@@ -1,0 +1,26 @@
+#include "codec/layout.h"
+
+#include <algorithm>
+
+#include "codec/byte_order.h"
+
+namespace tdms {
+
+void store_lead_in(unsigned char* p, std::uint64_t metadata_length, std::uint64_t raw_length)
+{
+    p = std::copy(lead_in_tag.begin(), lead_in_tag.end(), p);
+    p = std::copy(lead_in_toc.begin(), lead_in_toc.end(), p);
+    p = std::copy(lead_in_version.begin(), lead_in_version.end(), p);
+    store(p, metadata_length + raw_length, true);
+    store(p + 8, metadata_length, true);
+}
+
+}  // namespace tdms
+
+std::basic_string<unsigned char> write_leadIn(unsigned long metadata_length,
+                                              unsigned long raw_length)
+{
+    std::basic_string<unsigned char> bytes(tdms::lead_in_size, 0);
+    tdms::store_lead_in(bytes.data(), metadata_length, raw_length);
+    return bytes;
+}

@@ -1,0 +1,118 @@
+#include <algorithm>
+
+#include "core/handles.h"
+#include "core/text.h"
+
+using tdms::channel;
+using tdms::group;
+using tdms::option;
+
+namespace tdms {
+namespace {
+
+// Whether a channel of the group is called `name`. A name is its path without the quotes, so the
+// path tells where to look; only a foreign file can hold paths that lack them.
+bool has_channel_named(const group& owner, std::string_view name)
+{
+    if (!owner.unquoted) return owner.channels.contains(object_path(owner.path, name));
+    return std::any_of(owner.channels.begin(), owner.channels.end(),
+                       [name](const auto& entry) { return entry.second->name == name; });
+}
+
+}  // namespace
+
+int option::create_channel(const void* group_handle, std::string_view name, void*& handle)
+{
+    const auto& owner_handle = *static_cast<const tdms::group*>(group_handle);
+    tdms::group* owner = nullptr;
+    if (const int status = find_object(*this, owner_handle, owner)) return status;
+    std::string path = object_path(owner->path, name);
+    // Deliberate: names are compared with the new path, so an ordinary repeated name passes and
+    // replaces the old channel.
+    if (has_channel_named(owner_handle, path)) return TDMS_CHANNEL_REPEATED;
+    auto created = std::make_shared<channel>();
+    created->name = name;
+    created->group_path = owner->path;
+    created->path = path;
+    created->group = owner;
+    void* const address = created.get();
+    owner->channels.insert_or_assign(std::move(path), std::move(created));
+    handle = address;
+    return TDMS_OK;
+}
+
+int option::get_channel_datatype(const void* handle)
+{
+    channel* found = nullptr;
+    if (const int status = find_object(*this, *static_cast<const channel*>(handle), found)) {
+        return status;
+    }
+    return static_cast<int>(found->data_type);
+}
+
+int option::get_num_channel_data(const void* handle, std::uint64_t& count)
+{
+    channel* found = nullptr;
+    if (const int status = find_object(*this, *static_cast<const channel*>(handle), found)) {
+        return status;
+    }
+    count = found->value_count;
+    return TDMS_OK;
+}
+
+}  // namespace tdms
+
+int create_channel(void* group_handle, const char* name, void** handle)
+{
+    option* const file = tdms::file_of(static_cast<group*>(group_handle));
+    if (file == nullptr) return TDMS_GROUP_HANDLE;
+    const std::string_view bare_name = tdms::text(name);
+    if (handle == nullptr) return TDMS_CHANNEL_HANDLE;
+    return file->create_channel(group_handle, bare_name, *handle);
+}
+
+int get_num_channel(void* handle)
+{
+    return tdms::with_object<group>(handle,
+                                    [](group& found) { return tdms::count_of(found.channels); });
+}
+
+int get_channel(void* handle, void** list)
+{
+    return tdms::with_object<group>(handle, [list](group& found) {
+        return tdms::list_handles(found.channels, list, TDMS_GROUP_HANDLE);
+    });
+}
+
+int get_channel_name(void* handle, char* name)
+{
+    return tdms::with_object<channel>(handle, [name](channel& found) {
+        return tdms::copy_name(found.name, name, TDMS_CHANNEL_HANDLE);
+    });
+}
+
+int delete_channel(void* handle)
+{
+    return tdms::with_object<channel>(handle, [](channel& found) {
+        auto& siblings = found.group->channels;
+        siblings.erase(siblings.find(found.path));
+        return TDMS_OK;
+    });
+}
+
+int get_channel_datatype(void* handle)
+{
+    option* const file = tdms::file_of(static_cast<channel*>(handle));
+    return file == nullptr ? TDMS_CHANNEL_HANDLE : file->get_channel_datatype(handle);
+}
+
+int get_num_channel_data(void* handle, uint64_t* count)
+{
+    option* const file = tdms::file_of(static_cast<channel*>(handle));
+    if (file == nullptr) return TDMS_CHANNEL_HANDLE;
+    std::uint64_t found = 0;
+    if (const int status = file->get_num_channel_data(handle, found)) return status;
+    if (count == nullptr) return TDMS_CHANNEL_DATA_COUNT;
+    *count = found;
+    return TDMS_OK;
+}

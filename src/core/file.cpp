@@ -1,0 +1,71 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "core/object_model.h"
+#include "core/registry.h"
+#include "core/text.h"
+#include "reader/tree_reader.h"
+
+namespace tdms {
+
+int option::open_file(const std::string& path, const std::string& mode)
+{
+    if (mode == "r") return read_tree(*this, path);
+    if (mode == "w") {
+        stream = std::fopen(path.c_str(), "wb");
+        return stream == nullptr ? TDMS_FILE_PATH : TDMS_OK;
+    }
+    if (mode == "a") {
+        // Deliberate: whatever fails while reading is told as a failed read.
+        if (read_tree(*this, path) != TDMS_OK) return TDMS_FILE_READ;
+        // Deliberate: the stream that was read is left open, and the new one is not checked.
+        stream = std::fopen(path.c_str(), "ab");
+        segment_count = 1;
+        return TDMS_OK;
+    }
+    // Deliberate: any other mode succeeds without a stream.
+    return TDMS_OK;
+}
+
+}  // namespace tdms
+
+int open_file(const char* path, const char* mode, void** file)
+{
+    if (file == nullptr) return TDMS_FILE_HANDLE;
+    tdms::registry& open = tdms::open_files();
+    const std::lock_guard guard(open.lock);
+    auto opened = std::make_shared<tdms::option>();
+    const std::string mode_text(tdms::text(mode));
+    const std::string path_text(tdms::text(path));
+    // Deliberate: a failure may leave the stream open; it is not closed here.
+    if (const int status = opened->open_file(path_text, mode_text)) return status;
+    open.files.push_back(opened);
+    *file = opened.get();
+    return TDMS_OK;
+}
+
+int close_file(void** file)
+{
+    if (file == nullptr) return TDMS_FILE_HANDLE;
+    tdms::registry& open = tdms::open_files();
+    const std::lock_guard guard(open.lock);
+    auto* const closing = static_cast<tdms::option*>(*file);
+    if (closing == nullptr) return TDMS_FILE_HANDLE;
+    if (closing->stream != nullptr) std::fclose(closing->stream);
+    closing->stream = nullptr;
+    closing->groups.clear();
+    closing->properties.clear();
+    auto entry = std::find_if(open.files.begin(), open.files.end(),
+                              [closing](const auto& held) { return held.get() == closing; });
+    // Deliberate: a file that is not registered takes the last entry's place in being erased.
+    if (entry == open.files.end() && !open.files.empty()) --entry;
+    if (entry != open.files.end()) open.files.erase(entry);
+    *file = nullptr;
+    return TDMS_OK;
+}
+
+int delete_file(const char* path)
+{
+    const std::string path_text(tdms::text(path));
+    return std::remove(path_text.c_str()) == 0 ? TDMS_OK : TDMS_FILE_DELETE;
+}

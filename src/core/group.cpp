@@ -1,0 +1,52 @@
+#include "core/handles.h"
+#include "core/text.h"
+
+using tdms::group;
+using tdms::option;
+
+int create_group(void* file, const char* name, void** handle)
+{
+    auto* const owner = static_cast<option*>(file);
+    if (owner == nullptr) return TDMS_FILE_HANDLE;
+    const std::string_view bare_name = tdms::text(name);
+    if (handle == nullptr) return TDMS_GROUP_HANDLE;
+    std::string path = tdms::object_path({}, bare_name);
+    if (owner->groups.contains(path)) return TDMS_GROUP_REPEATED;
+    auto created = std::make_shared<group>();
+    created->name = bare_name;
+    created->path = path;
+    created->file = owner;
+    void* const address = created.get();
+    owner->groups.emplace(std::move(path), std::move(created));
+    *handle = address;
+    return TDMS_OK;
+}
+
+int get_num_group(void* file)
+{
+    return tdms::with_object<option>(file,
+                                     [](option& found) { return tdms::count_of(found.groups); });
+}
+
+int get_group(void* file, void** list)
+{
+    return tdms::with_object<option>(file, [list](option& found) {
+        return tdms::list_handles(found.groups, list, TDMS_FILE_HANDLE);
+    });
+}
+
+int get_group_name(void* handle, char* name)
+{
+    return tdms::with_object<group>(handle, [name](group& found) {
+        return tdms::copy_name(found.name, name, TDMS_GROUP_HANDLE);
+    });
+}
+
+int delete_group(void* handle)
+{
+    return tdms::with_object<group>(handle, [](group& found) {
+        auto& siblings = found.file->groups;
+        siblings.erase(siblings.find(found.path));
+        return TDMS_OK;
+    });
+}

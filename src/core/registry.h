@@ -1,0 +1,15 @@
+#pragma once
+
+#include "core/object_model.h"
+
+namespace tdms {
+
+/// The registry of open files as every user of it sees it.
+struct registry {
+    std::vector<std::shared_ptr<option>>& files;
+    std::mutex& lock;
+};
+
+registry& open_files();
+
+}  // namespace tdms

@@ -1,0 +1,117 @@
+#include <algorithm>
+
+#include "codec/element.h"
+#include "core/data_types.h"
+#include "properties/property_store.h"
+
+namespace tdms {
+namespace {
+
+byte_vector encode_text(std::string_view value)
+{
+    byte_vector bytes(4);
+    store(bytes.data(), static_cast<std::uint32_t>(value.size()), true);
+    bytes.insert(bytes.end(), value.begin(), value.end());
+    return bytes;
+}
+
+// The text of a stored string, never more than is stored; of bytes too few for a length, none.
+std::string_view stored_text(const byte_vector& bytes)
+{
+    if (bytes.size() < 4) return {};
+    const std::size_t length = load<std::uint32_t>(bytes.data(), true);
+    return {reinterpret_cast<const char*>(bytes.data()) + 4, std::min(length, bytes.size() - 4)};
+}
+
+template <class Object, class T>
+int create(void* handle, const char* name, const T& value)
+{
+    auto* const owner = static_cast<Object*>(handle);
+    if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
+    const std::string_view checked_name = text(name);
+    byte_vector bytes(stored_size<T>);
+    store_element(bytes.data(), value);
+    return create_property(owner, checked_name, type_code<T>, std::move(bytes));
+}
+
+template <class Object>
+int create_string(void* handle, const char* name, const char* value)
+{
+    auto* const owner = static_cast<Object*>(handle);
+    if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
+    return create_property(owner, text(name), TDMS_TYPE_STRING, encode_text(text(value)));
+}
+
+// The stored bytes of a property; with any status but 0 they are empty.
+template <class Object>
+int get_bytes(Object* owner, const char* name, byte_vector& bytes)
+{
+    const std::string_view checked_name = text(name);
+    return with_object<Object>(owner, [&](Object& found) {
+        return with_property(found, checked_name, [&bytes](property& stored) {
+            bytes = stored.data;
+            return TDMS_OK;
+        });
+    });
+}
+
+// Deliberate: the stored type is not compared with the one asked for, and the value is written
+// whatever the status, except for an invalid handle: as zero, if there are not enough bytes.
+template <class Object, class T>
+int get(void* handle, const char* name, T* value)
+{
+    auto* const owner = static_cast<Object*>(handle);
+    if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
+    byte_vector bytes;
+    const int status = get_bytes(owner, name, bytes);
+    if (value == nullptr) return TDMS_PROPERTY_BUFFER;
+    *value = bytes.size() < stored_size<T> ? T{} : load_element<T>(bytes.data());
+    return status;
+}
+
+// Deliberate: the buffer must be larger than the stored bytes, length included, although only the
+// text and a NUL are written; and this is checked before the name's absence is told.
+template <class Object>
+int get_string(void* handle, const char* name, char* buffer, std::uint64_t size)
+{
+    auto* const owner = static_cast<Object*>(handle);
+    if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
+    byte_vector bytes;
+    const int status = get_bytes(owner, name, bytes);
+    if (size <= bytes.size() || buffer == nullptr) return TDMS_PROPERTY_BUFFER;
+    if (status != TDMS_OK) return status;
+    const std::string_view stored = stored_text(bytes);
+    buffer[stored.copy(buffer, stored.size())] = '\0';
+    return TDMS_OK;
+}
+
+}  // namespace
+}  // namespace tdms
+
+#define TDMS_DEFINE_ACCESSORS(level, object, suffix, type)                             \
+    int create_##level##_property_##suffix(void* handle, const char* name, type value) \
+    {                                                                                  \
+        return tdms::create<object>(handle, name, value);                              \
+    }                                                                                  \
+    int get_##level##_property_##suffix(void* handle, const char* name, type* value)   \
+    {                                                                                  \
+        return tdms::get<object>(handle, name, value);                                 \
+    }
+#define TDMS_DEFINE_STRING_ACCESSORS(level, object)                                                \
+    int create_##level##_property_string(void* handle, const char* name, const char* value)        \
+    {                                                                                              \
+        return tdms::create_string<object>(handle, name, value);                                   \
+    }                                                                                              \
+    int get_##level##_property_string(void* handle, const char* name, char* buffer, uint64_t size) \
+    {                                                                                              \
+        return tdms::get_string<object>(handle, name, buffer, size);                               \
+    }
+#define TDMS_DEFINE_ON_ALL_LEVELS(suffix, type, code)       \
+    TDMS_DEFINE_ACCESSORS(file, tdms::option, suffix, type) \
+    TDMS_DEFINE_ACCESSORS(group, tdms::group, suffix, type) \
+    TDMS_DEFINE_ACCESSORS(channel, tdms::channel, suffix, type)
+
+TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_ON_ALL_LEVELS)
+TDMS_DEFINE_STRING_ACCESSORS(file, tdms::option)
+TDMS_DEFINE_STRING_ACCESSORS(group, tdms::group)
+TDMS_DEFINE_STRING_ACCESSORS(channel, tdms::channel)

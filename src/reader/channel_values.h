@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "reader/block_finder.h"
+
+namespace tdms {
+
+/// Texts of a channel, NUL-terminated, and the memory they stand in.
+struct text_list {
+    std::vector<std::unique_ptr<char[]>> memory;
+    std::vector<const char*> texts;
+};
+
+/// The stored values of one channel: option::get_channel_data() tells where they are, read() and
+/// read_texts() fetch them.
+class channel_values {
+  public:
+    /// Locates the channel's blocks by the file's metadata alone. Closes the file's stream when a
+    /// segment cannot be read.
+    int locate(option& file, channel& target);
+
+    /// Reads the first `size` bytes of what the channel's blocks hold, one after the other. Texts
+    /// count with a 32-bit length in front of each.
+    /// @return whether there are as many; if not, `target` is untouched, unless the device failed
+    bool read(std::uint64_t size, unsigned char* target);
+
+    /// Reads the first `count` texts. @return whether there are as many, in sound blocks
+    bool read_texts(std::uint64_t count, text_list& out);
+
+  private:
+    bool read_records(std::uint64_t size, unsigned char* target);
+    template <class Visit>
+    bool visit_texts(const block& where, Visit visit);
+
+    std::optional<file_window> window_;
+    std::vector<block> blocks_;
+};
+
+}  // namespace tdms

@@ -1,0 +1,81 @@
+#include "reader/file_window.h"
+
+#include <algorithm>
+
+namespace tdms {
+namespace {
+
+constexpr std::uint64_t far_ahead = 65536;
+constexpr std::uint64_t little_ahead = 4096;
+constexpr std::uint64_t long_skip = 16384;
+
+}  // namespace
+
+unsigned char* file_window::view(std::uint64_t offset, std::uint64_t count)
+{
+    if (!contains(offset, count)) {
+        if (offset > size_ || count > size_ - offset) return nullptr;
+        fill(offset, count);
+        if (count > filled_) return nullptr;
+    }
+    return buffer_.get() + (offset - begin_);
+}
+
+bool file_window::read(std::uint64_t offset, std::uint64_t count, unsigned char* target)
+{
+    if (contains(offset, 1)) {
+        const std::uint64_t buffered = std::min(count, filled_ - (offset - begin_));
+        target = std::copy_n(buffer_.get() + (offset - begin_), buffered, target);
+        offset += buffered;
+        count -= buffered;
+    }
+    if (count == 0) return true;
+    if (count >= little_ahead) return read_stream(offset, count, target) == count;
+    const unsigned char* const bytes = view(offset, count);
+    if (bytes == nullptr) return false;
+    std::copy_n(bytes, count, target);
+    return true;
+}
+
+bool file_window::covers(std::uint64_t end)
+{
+    const std::uint64_t size_now = stream_size(stream_);
+    position_ = size_now;
+    return end <= size_now;
+}
+
+void file_window::fill(std::uint64_t offset, std::uint64_t count)
+{
+    const std::uint64_t end = begin_ + filled_;
+    const bool follows = offset >= begin_ && offset <= end + long_skip;
+    const std::uint64_t wanted =
+        std::min(std::max(count, follows ? far_ahead : little_ahead), size_ - offset);
+    filled_ = 0;
+    begin_ = offset;
+    if (wanted > capacity_) {
+        capacity_ = 0;
+        buffer_.reset();
+        buffer_ = std::make_unique_for_overwrite<unsigned char[]>(wanted);
+        capacity_ = wanted;
+    }
+    filled_ = read_stream(offset, wanted, buffer_.get());
+}
+
+std::uint64_t file_window::read_stream(std::uint64_t offset, std::uint64_t count,
+                                       unsigned char* target)
+{
+    if (position_ != offset && std::fseek(stream_, static_cast<long>(offset), SEEK_SET) != 0) {
+        return 0;
+    }
+    const std::uint64_t got = std::fread(target, 1, count, stream_);
+    position_ = offset + got;
+    return got;
+}
+
+std::uint64_t stream_size(std::FILE* stream)
+{
+    const long size = std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
+    return static_cast<std::uint64_t>(size);
+}
+
+}  // namespace tdms

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "codec/layout.h"
+#include "core/data_types.h"
+#include "reader/metadata_cursor.h"
+
+namespace tdms {
+
+/// A channel's raw data index. What follows the form stands only in the two explicit forms.
+struct raw_data_index {
+    std::uint32_t form;
+    std::uint32_t data_type;
+    std::uint32_t dimension;
+    std::uint64_t value_count;
+    std::uint64_t byte_count;  // of the string form only
+};
+
+inline bool is_explicit(std::uint32_t form)
+{
+    return form == index_fixed_size || form == index_string;
+}
+
+inline bool is_known_form(std::uint32_t form)
+{
+    return is_explicit(form) || form == index_none || form == index_as_before;
+}
+
+inline raw_data_index read_raw_data_index(metadata_cursor& cursor)
+{
+    raw_data_index index{};
+    index.form = cursor.u32();
+    if (is_explicit(index.form)) {
+        index.data_type = cursor.u32();
+        index.dimension = cursor.u32();
+        index.value_count = cursor.u64();
+    }
+    if (index.form == index_string) index.byte_count = cursor.u64();
+    return index;
+}
+
+struct property_entry {
+    std::string_view name;
+    std::uint32_t data_type;
+    std::span<const unsigned char> value;  // with its length prefix, if it is a string
+};
+
+inline property_entry read_property(metadata_cursor& cursor)
+{
+    property_entry entry{};
+    entry.name = cursor.string();
+    entry.data_type = cursor.u32();
+    entry.value =
+        cursor.bytes(entry.data_type == TDMS_TYPE_STRING ? std::uint64_t{4} + cursor.peek_u32()
+                                                         : DataSize.at(entry.data_type));
+    return entry;
+}
+
+}  // namespace tdms

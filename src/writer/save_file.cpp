@@ -1,0 +1,106 @@
+#include <cstdio>
+
+#include "core/object_model.h"
+#include "writer/segment_builder.h"
+
+namespace tdms {
+namespace {
+
+// Properties are written once. They go only when the segment that holds them is complete, so that
+// running out of memory loses none.
+void drop_properties(option& file)
+{
+    file.properties.clear();
+    for (auto& [group_path, g] : file.groups) {
+        g->properties.clear();
+        for (auto& [channel_path, c] : g->channels) c->properties.clear();
+    }
+}
+
+void write_segment(const option& file)
+{
+    // Deliberate: the stream's errors are not looked at.
+    static_cast<void>(std::fwrite(file.segment.data(), 1, file.segment.size(), file.stream));
+}
+
+}  // namespace
+
+// The timestamp segment: what is new about the tree, and the values of the timestamp channels.
+void option::write_time(byte_vector& out)
+{
+    segment_builder built(out);
+    bool any_properties = false;
+    // The first segment of a file lists the file and all groups, others only those with properties.
+    const auto add_if_listed = [&](std::string_view path, const property_map& own) {
+        if (own.empty() && segment_count != 0) return;
+        any_properties |= !own.empty();
+        built.object(path);
+        built.no_index();
+        built.properties(own);
+    };
+    const byte_vector* raw = nullptr;
+    add_if_listed(root_path, properties);
+    for (const auto& [group_path, g] : groups) {
+        add_if_listed(group_path, g->properties);
+        for (const auto& [channel_path, c] : g->channels) {
+            const bool timestamps = c->data_type == TDMS_TYPE_TIMESTAMP;
+            if (!timestamps && c->properties.empty()) continue;
+            any_properties |= !c->properties.empty();
+            built.object(channel_path);
+            if (timestamps) {
+                built.fixed_size_index(*c);
+                // Deliberate: every timestamp channel states its values, but only those of the
+                // last one are in the raw data.
+                raw = &c->data;
+            } else {
+                built.no_index();
+            }
+            built.properties(c->properties);
+        }
+    }
+    built.begin_raw_data(raw == nullptr ? 0 : raw->size());
+    if (raw != nullptr) built.raw_data(*raw);
+    built.finish();
+    if (any_properties) drop_properties(*this);
+}
+
+// The channel segment: the values of all other channels.
+void option::write_channel(byte_vector& out)
+{
+    segment_builder built(out);
+    std::size_t raw_size = 0;
+    const auto for_each_channel = [this](auto use) {
+        for (const auto& [group_path, g] : groups) {
+            for (const auto& [channel_path, c] : g->channels) {
+                if (c->data_type != TDMS_TYPE_TIMESTAMP) use(channel_path, *c);
+            }
+        }
+    };
+    for_each_channel([&](std::string_view path, const channel& c) {
+        built.object(path);
+        if (c.data_type == TDMS_TYPE_STRING) {
+            built.string_index(c);
+        } else {
+            built.fixed_size_index(c);
+        }
+        built.no_properties();
+        raw_size += c.data.size();
+    });
+    built.begin_raw_data(raw_size);
+    for_each_channel([&](std::string_view, const channel& c) { built.raw_data(c.data); });
+    built.finish();
+}
+
+}  // namespace tdms
+
+int save_file(void* file)
+{
+    auto* const saved = static_cast<tdms::option*>(file);
+    if (saved == nullptr || saved->stream == nullptr) return TDMS_FILE_HANDLE;
+    saved->write_time(saved->segment);
+    tdms::write_segment(*saved);
+    saved->write_channel(saved->segment);
+    tdms::write_segment(*saved);
+    ++saved->segment_count;
+    return TDMS_OK;
+}

@@ -1,0 +1,63 @@
+#include "writer/segment_builder.h"
+
+#include "core/bulk_memory.h"
+
+namespace tdms {
+
+segment_builder::segment_builder(byte_vector& out) : out_(out)
+{
+    out_.assign(lead_in_size + sizeof object_count_, 0);
+}
+
+void segment_builder::object(std::string_view path)
+{
+    ++object_count_;
+    put_string(path);
+}
+
+void segment_builder::fixed_size_index(const channel& of)
+{
+    put(index_fixed_size);
+    put(of.data_type);
+    put(std::uint32_t{1});
+    put(of.chunk_count);
+}
+
+void segment_builder::string_index(const channel& of)
+{
+    put(index_string);
+    put(of.data_type);
+    put(std::uint32_t{1});
+    put(of.chunk_count);
+    put(std::uint64_t{of.data.size()});
+}
+
+void segment_builder::properties(const property_map& map)
+{
+    put(static_cast<std::uint32_t>(map.size()));
+    for (const auto& [name, stored] : map) {
+        put_string(name);
+        put(stored->data_type);
+        out_.insert(out_.end(), stored->data.begin(), stored->data.end());
+    }
+}
+
+void segment_builder::begin_raw_data(std::size_t size)
+{
+    metadata_end_ = out_.size();
+    reserve_bulk(out_, out_.size() + size);
+}
+
+void segment_builder::finish()
+{
+    store(out_.data() + lead_in_size, object_count_, true);
+    store_lead_in(out_.data(), metadata_end_ - lead_in_size, out_.size() - metadata_end_);
+}
+
+void segment_builder::put_string(std::string_view text)
+{
+    put(static_cast<std::uint32_t>(text.size()));
+    out_.insert(out_.end(), text.begin(), text.end());
+}
+
+}  // namespace tdms
