@@ -11,8 +11,9 @@
  *     count, or that ask for a type, return the count or the type code instead of 0.
  *     get_error_description() turns a status into text. Outputs are written on success only.
  *  2. Handles are opaque pointers. A file handle lives until close_file(); a group or channel
- *     handle until its object is deleted or replaced, its group deleted, or its file closed. Using
- *     a handle after that is undefined, as it is for a closed `FILE*`. The library owns what
+ *     handle until its object is deleted or replaced, its group deleted, or its file closed; none
+ *     outlives the process's exit. Using a handle after that is undefined, as it is for a closed
+ *     `FILE*`. The library owns what
  *     handles refer to. A null handle is answered with its level's status: #TDMS_FILE_HANDLE,
  *     #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel, #TDMS_GROUP_HANDLE means that its
  *     group is no longer in the file.
@@ -28,8 +29,9 @@
  *     different threads at once. Opening and closing lock a registry, so they wait for each other.
  *  8. No function catches what the C++ library throws. A null name, path or mode, or a null text
  *     among string values, raises a logic error; a data type that the format does not know, met in
- *     a file, raises an out-of-range error; failed allocations raise std::bad_alloc. Nothing is
- *     lost or left locked; in a C program these end the process.
+ *     a file, raises an out-of-range error; failed allocations raise std::bad_alloc, or
+ *     std::length_error where a count is beyond any memory. Nothing is lost or left locked; in a C
+ *     program these end the process.
  */
 #ifndef TDMS_H
 #define TDMS_H
@@ -148,6 +150,10 @@ TDMS_API int open_file(const char* path, const char* mode, void** file);
  * created again. Staged values stay and are written again by the next save, unless new ones are
  * staged. Of several timestamp channels in a file only the last one's values are stored.
  *
+ * In a file opened with "a", every channel that the file holds must be staged before the first
+ * save, with a count of 0 if there is nothing to add: a channel that was not staged states the
+ * number of values it had last, without values, and the file then holds fewer bytes than it claims.
+ *
  * The stream's own errors (a full disk) are not reported, and its buffer is not flushed before
  * close_file().
  * @return 0; #TDMS_FILE_HANDLE when `file` is null or has no stream: then nothing changes
@@ -173,7 +179,9 @@ TDMS_API int delete_file(const char* path);
  *  @{ */
 
 /**
- * Creates an empty group.
+ * Creates an empty group. A name with a slash is not read back as a group of that name: in a file
+ * the slashes of a path tell groups from channels. With a slash at its end or alone it makes a file
+ * that cannot be opened.
  * @param[out] group the new group's handle
  * @return 0; #TDMS_FILE_HANDLE; #TDMS_GROUP_REPEATED when the file has a group of that name;
  *         #TDMS_GROUP_HANDLE when `group` is null
@@ -210,7 +218,9 @@ TDMS_API int delete_group(void* group);
 
 /**
  * Creates a channel without a type or values. A channel of the same name is replaced: it is
- * destroyed with its properties and staged values, and its handle is no longer valid.
+ * destroyed with its properties and staged values, and its handle is no longer valid. If the file
+ * on disk has values of it already, stage values of the same type before the next save, even none:
+ * a file in which a channel changes its type cannot be opened.
  * @param[out] channel the new channel's handle
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_REPEATED when the group has a channel whose name is
  *         the new channel's whole path; #TDMS_CHANNEL_HANDLE when `channel` is null

@@ -32,14 +32,12 @@ class data_size_table {
     /// Deliberate: an unknown type is an exception, not a status; it leaves the exported function.
     constexpr std::uint32_t at(std::uint32_t code) const
     {
-        const auto found =
+        const auto* const found =
             std::lower_bound(entries_.begin(), entries_.end(), code,
                              [](const entry& e, std::uint32_t c) { return e.code < c; });
         if (found == entries_.end() || found->code != code) throw std::out_of_range("map::at");
         return found->size;
     }
-
-    constexpr std::size_t size() const { return entries_.size(); }
 
   private:
     struct entry {
@@ -48,7 +46,7 @@ class data_size_table {
     };
 
     // Sorted by code.
-    static constexpr std::array<entry, 22> entries_{{
+    std::array<entry, 22> entries_{{
         {0x00, 0},  // void
         {TDMS_TYPE_INT8, 1},
         {TDMS_TYPE_INT16, 2},

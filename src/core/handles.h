@@ -96,7 +96,8 @@ int count_of(const Map& map)
 template <class Object>
 int list_handles(const object_map<Object>& objects, void** list, int status_if_null)
 {
-    if (list == nullptr && !objects.empty()) return status_if_null;
+    if (objects.empty()) return TDMS_OK;
+    if (list == nullptr) return status_if_null;
     for (const auto& entry : objects) *list++ = entry.second.get();
     return TDMS_OK;
 }

@@ -64,23 +64,24 @@ struct option {
     std::uint64_t segment_count;  // 0 until the first save of a new file
     object_map<group> groups;
     property_map properties;
-    byte_vector segment;  // the segment a save builds, kept for its capacity
+    byte_vector time_segment;  // the two segments of a save, kept for their capacity
+    byte_vector channel_segment;
 
     int open_file(const std::string& path, const std::string& mode);
 
-    int create_channel(const void* group, std::string_view name, void*& channel);
-    int get_channel_datatype(const void* channel);
-    int get_num_channel_data(const void* channel, std::uint64_t& count);
+    int create_channel(const void* group_handle, std::string_view name, void*& handle);
+    int get_channel_datatype(const void* handle);
+    int get_num_channel_data(const void* handle, std::uint64_t& count);
 
     /// Stages a copy of `bytes`, or `bytes` themselves.
-    int set_channel_data(const void* channel, std::uint32_t type, std::uint64_t count,
+    int set_channel_data(const void* handle, std::uint32_t type, std::uint64_t count,
                          std::span<const unsigned char> bytes);
-    int set_channel_data(const void* channel, std::uint32_t type, std::uint64_t count,
+    int set_channel_data(const void* handle, std::uint32_t type, std::uint64_t count,
                          byte_vector&& bytes);
-    int get_channel_data(const void* channel, channel_values& values);
+    int get_channel_data(const void* handle, channel_values& values);
 
-    void write_time(byte_vector& out);
-    void write_channel(byte_vector& out);
+    bool write_time(byte_vector& out) const;
+    void write_channel(byte_vector& out) const;
 };
 
 }  // namespace tdms

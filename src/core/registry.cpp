@@ -1,6 +1,7 @@
 #include "core/registry.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 std::vector<std::shared_ptr<tdms::option>> fileHandles;
 std::mutex mtx;
@@ -10,12 +11,19 @@ namespace {
 
 // The library is linked so that its names mean its own objects: a program's own `mtx`, a common
 // name, must never be taken for ours. But a program that refers to our `mtx` may hold the one copy
-// of it that the loader made for the whole process. Only that copy carries our symbol version.
+// of it that the loader made for the whole process. Such a copy is in the program itself, and
+// carries our symbol version.
 template <class T>
 T& process_wide(T& own, const char* name)
 {
-    void* const seen = dlvsym(RTLD_DEFAULT, name, TDMS_SYMBOL_VERSION);
-    return seen == nullptr ? own : *static_cast<T*>(seen);
+    void* const program = dlopen(nullptr, RTLD_LAZY);
+    link_map* program_map = nullptr;
+    if (program == nullptr || dlinfo(program, RTLD_DI_LINKMAP, &program_map) != 0) return own;
+    void* const seen = dlvsym(program, name, TDMS_SYMBOL_VERSION);
+    Dl_info info;
+    void* holder = nullptr;
+    if (seen == nullptr || dladdr1(seen, &info, &holder, RTLD_DL_LINKMAP) == 0) return own;
+    return holder == program_map ? *static_cast<T*>(seen) : own;
 }
 
 }  // namespace

@@ -13,7 +13,8 @@ template <class Object>
 int list_properties(void* handle, const char** names)
 {
     return with_object<Object>(handle, [names](Object& owner) mutable -> int {
-        if (names == nullptr && !owner.properties.empty()) return level<Object>::property_absent;
+        if (owner.properties.empty()) return TDMS_OK;
+        if (names == nullptr) return level<Object>::property_absent;
         for (const auto& entry : owner.properties) *names++ = entry.first.c_str();
         return TDMS_OK;
     });

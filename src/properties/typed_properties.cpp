@@ -9,9 +9,9 @@ namespace {
 
 byte_vector encode_text(std::string_view value)
 {
-    byte_vector bytes(4);
+    byte_vector bytes(4 + value.size());
     store(bytes.data(), static_cast<std::uint32_t>(value.size()), true);
-    bytes.insert(bytes.end(), value.begin(), value.end());
+    std::copy(value.begin(), value.end(), bytes.begin() + 4);
     return bytes;
 }
 

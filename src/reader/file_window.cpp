@@ -39,9 +39,9 @@ bool file_window::read(std::uint64_t offset, std::uint64_t count, unsigned char*
 
 bool file_window::covers(std::uint64_t end)
 {
-    const std::uint64_t size_now = stream_size(stream_);
-    position_ = size_now;
-    return end <= size_now;
+    const std::int64_t size_now = stream_size(stream_);
+    position_ = static_cast<std::uint64_t>(size_now);
+    return size_now >= 0 && end <= position_;
 }
 
 void file_window::fill(std::uint64_t offset, std::uint64_t count)
@@ -72,10 +72,9 @@ std::uint64_t file_window::read_stream(std::uint64_t offset, std::uint64_t count
     return got;
 }
 
-std::uint64_t stream_size(std::FILE* stream)
+std::int64_t stream_size(std::FILE* stream)
 {
-    const long size = std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
-    return static_cast<std::uint64_t>(size);
+    return std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
 }
 
 }  // namespace tdms

@@ -42,8 +42,8 @@ class file_window {
     std::uint64_t filled_ = 0;  // bytes in the buffer
 };
 
-/// The size of the file behind a stream, which is left at its end. A file whose size cannot be
-/// told, such as a pipe, counts as endless: reading it fails, since it cannot be moved over.
-std::uint64_t stream_size(std::FILE* stream);
+/// The size of the file behind a stream, which is left at its end; less than 0 if it cannot be
+/// told, as for a pipe.
+std::int64_t stream_size(std::FILE* stream);
 
 }  // namespace tdms

@@ -34,8 +34,8 @@ class tree_builder {
         }
         if (path.size() < 2) return TDMS_CHANNEL_READ;
         const std::size_t first_slash = path.find('/');
-        if (first_slash == path.npos) return TDMS_CHANNEL_READ;
-        if (path.find('/', first_slash + 1) == path.npos) {
+        if (first_slash == std::string_view::npos) return TDMS_CHANNEL_READ;
+        if (path.find('/', first_slash + 1) == std::string_view::npos) {
             if (!find_or_add_group(path)) return TDMS_CHANNEL_READ;
             skip_index(cursor);
             return add_properties(cursor, group_->properties);
@@ -143,7 +143,9 @@ int read_tree(option& file, const std::string& path)
     if (file.stream == nullptr) return TDMS_FILE_PATH;
     // The window is the buffer.
     std::setvbuf(file.stream, nullptr, _IONBF, 0);
-    file.file_size = stream_size(file.stream);
+    const std::int64_t size = stream_size(file.stream);
+    if (size < 0) return reading_failed(file.stream);
+    file.file_size = static_cast<std::uint64_t>(size);
     file_window window(file.stream, file.file_size);
     tree_builder tree(file);
     return walk_segments(file.stream, file.file_size, window,

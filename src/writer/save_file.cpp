@@ -6,8 +6,6 @@
 namespace tdms {
 namespace {
 
-// Properties are written once. They go only when the segment that holds them is complete, so that
-// running out of memory loses none.
 void drop_properties(option& file)
 {
     file.properties.clear();
@@ -17,16 +15,17 @@ void drop_properties(option& file)
     }
 }
 
-void write_segment(const option& file)
+void write_segment(std::FILE* stream, const byte_vector& segment)
 {
     // Deliberate: the stream's errors are not looked at.
-    static_cast<void>(std::fwrite(file.segment.data(), 1, file.segment.size(), file.stream));
+    static_cast<void>(std::fwrite(segment.data(), 1, segment.size(), stream));
 }
 
 }  // namespace
 
 // The timestamp segment: what is new about the tree, and the values of the timestamp channels.
-void option::write_time(byte_vector& out)
+// Returns whether it holds properties.
+bool option::write_time(byte_vector& out) const
 {
     segment_builder built(out);
     bool any_properties = false;
@@ -61,11 +60,11 @@ void option::write_time(byte_vector& out)
     built.begin_raw_data(raw == nullptr ? 0 : raw->size());
     if (raw != nullptr) built.raw_data(*raw);
     built.finish();
-    if (any_properties) drop_properties(*this);
+    return any_properties;
 }
 
 // The channel segment: the values of all other channels.
-void option::write_channel(byte_vector& out)
+void option::write_channel(byte_vector& out) const
 {
     segment_builder built(out);
     std::size_t raw_size = 0;
@@ -97,10 +96,14 @@ int save_file(void* file)
 {
     auto* const saved = static_cast<tdms::option*>(file);
     if (saved == nullptr || saved->stream == nullptr) return TDMS_FILE_HANDLE;
-    saved->write_time(saved->segment);
-    tdms::write_segment(*saved);
-    saved->write_channel(saved->segment);
-    tdms::write_segment(*saved);
+    // Both are complete before anything is written or dropped: running out of memory loses nothing,
+    // and leaves no half of a save behind.
+    const bool properties_written = saved->write_time(saved->time_segment);
+    saved->write_channel(saved->channel_segment);
+    tdms::write_segment(saved->stream, saved->time_segment);
+    tdms::write_segment(saved->stream, saved->channel_segment);
+    // Properties are written once.
+    if (properties_written) tdms::drop_properties(*saved);
     ++saved->segment_count;
     return TDMS_OK;
 }

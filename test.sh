@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# Builds and tests everything: the plain build, the same tests under the address and undefined
+# behaviour sanitizers, the threads test under the thread sanitizer, the code's format and clang-tidy.
+# The last line tells how many tests passed and failed; the status is 0 if none failed.
+set -uo pipefail
+cd "$(dirname "$0")"
+
+cmake/install-packages.sh build test lint || exit 1
+
+jobs=$(nproc)
+passed=0
+failed=0
+
+count() { # NAME STATUS: one test that is a whole command
+    if (($2 == 0)); then
+        ((++passed))
+    else
+        ((++failed))
+        echo "FAILED: $1"
+    fi
+}
+
+build() { # NAME OPTION...: configures and builds
+    local name=$1
+    shift
+    echo "== $name"
+    cmake -S . -B "build/$name" "$@" >/dev/null && cmake --build "build/$name" --parallel "$jobs" >/dev/null
+    local status=$?
+    count "building $name" $status
+    return $status
+}
+
+run_tests() { # NAME CTEST-OPTION...: runs a build's tests
+    local name=$1 output
+    shift
+    output=$("${fixed_addresses[@]}" ctest --test-dir "build/$name" --parallel "$jobs" \
+        --output-on-failure --no-tests=error "$@" 2>&1)
+    if [[ $output =~ ([0-9]+)\ tests\ failed\ out\ of\ ([0-9]+) ]]; then
+        ((failed += BASH_REMATCH[1], passed += BASH_REMATCH[2] - BASH_REMATCH[1]))
+        ((BASH_REMATCH[1] == 0)) || echo "$output"
+    else
+        count "tests of $name" 1
+        echo "$output"
+    fi
+}
+
+fixed_addresses=()
+build release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON && run_tests release
+# No test needs this much memory at once, and no damaged file may make the library ask for it.
+export ASAN_OPTIONS=max_allocation_size_mb=64
+build memory -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTDMS_SANITIZE=address,undefined && run_tests memory
+
+# The thread sanitizer's memory layout does not go with every randomisation of addresses.
+setarch -R true 2>/dev/null && fixed_addresses=(setarch -R)
+build threads -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTDMS_SANITIZE=thread &&
+    run_tests threads --tests-regex Threads
+
+echo "== lint"
+mapfile -t sources < <(find include src tests fuzz bench examples tools -name '*.h' -o -name '*.c' -o -name '*.cpp')
+clang-format --dry-run --Werror "${sources[@]}"
+count "clang-format" $?
+mapfile -t units < <(find src tools -name '*.cpp')
+printf '%s\n' "${units[@]}" | xargs -P "$jobs" -n 4 clang-tidy --quiet -p build/release 2>/dev/null
+count "clang-tidy" $?
+
+echo "$passed passed, $failed failed"
+((failed == 0))

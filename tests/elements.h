@@ -1,0 +1,51 @@
+#pragma once
+
+#include <limits>
+#include <vector>
+
+#include "support.h"
+
+// The functions of one element type, and values of it that a wrong width, sign or conversion would
+// change.
+template <class T>
+struct property_functions {
+    int (*create)(void*, const char*, T);
+    int (*get)(void*, const char*, T*);
+};
+
+#define TEST_ELEMENT(suffix, type, type_code, ...)                              \
+    struct element_##suffix {                                                   \
+        using value = type;                                                     \
+        static constexpr int code = type_code;                                  \
+        static std::vector<type> samples() { return {__VA_ARGS__}; }            \
+        static constexpr auto set = set_channel_data_##suffix;                  \
+        static constexpr auto get = get_channel_data_##suffix;                  \
+        static constexpr property_functions<type> properties[] = {              \
+            {create_file_property_##suffix, get_file_property_##suffix},        \
+            {create_group_property_##suffix, get_group_property_##suffix},      \
+            {create_channel_property_##suffix, get_channel_property_##suffix}}; \
+    };
+
+TEST_ELEMENT(int8, std::int8_t, 1, -128, -1, 127)
+TEST_ELEMENT(int16, std::int16_t, 2, -32768, 0x1234, -2)
+TEST_ELEMENT(int32, std::int32_t, 3, INT32_MIN, 0x12345678, -3)
+TEST_ELEMENT(int64, std::int64_t, 4, INT64_MIN, 0x123456789ABCDEF0, -4)
+TEST_ELEMENT(uint8, std::uint8_t, 5, 0, 255, 128)
+TEST_ELEMENT(uint16, std::uint16_t, 6, 65535, 0x1234, 0)
+TEST_ELEMENT(uint32, std::uint32_t, 7, UINT32_MAX, 0x12345678, 0)
+TEST_ELEMENT(uint64, std::uint64_t, 8, UINT64_MAX, 0x123456789ABCDEF0, 0)
+TEST_ELEMENT(float, float, 9, -0.0F, 1.5F, std::numeric_limits<float>::denorm_min())
+TEST_ELEMENT(double, double, 10, -0.0, 1e-300, std::numeric_limits<double>::infinity())
+TEST_ELEMENT(bool, bool, 33, true, false, true)
+TEST_ELEMENT(timestamp, timestamp_fields, 68, {2024, 2, 29, 23, 59, 58, 999999},
+             {1970, 1, 2, 0, 0, 1, 0}, {2037, 12, 31, 12, 0, 59, 1})
+
+using all_elements =
+    ::testing::Types<element_int8, element_int16, element_int32, element_int64, element_uint8,
+                     element_uint16, element_uint32, element_uint64, element_float, element_double,
+                     element_bool, element_timestamp>;
+
+inline bool operator==(const timestamp_fields& a, const timestamp_fields& b)
+{
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}

@@ -1,0 +1,263 @@
+// Files, groups and channels in memory: statuses, order, replacement, the registry.
+#include "core/object_model.h"
+#include "support.h"
+
+namespace {
+
+const char* const null_text = "basic_string::_M_construct null not valid";
+
+TEST(Status, EveryCodeHasItsText)
+{
+    const struct {
+        int code;
+        const char* text;
+    } rows[] = {
+        {0, "no error!"},
+        {-5001, "file path is error!"},
+        {-5002, "file TAG is error!"},
+        {-5003, "file TOC is error!"},
+        {-5004, "file version is error!"},
+        {-5005, "file handle is invalid!"},
+        {-5006, "file reads falied!"},
+        {-5007, "file property name is invalid!"},
+        {-5008, "file_property name is repeated!"},
+        {-5009, "file deletes failed!"},
+        {-5010, "the index is error!"},
+        {-5011, "group handle is invalid!"},
+        {-5012, "error code is error!"},  // deliberately none of its own
+        {-5013, "group property name is invalid!"},
+        {-5014, "group property name is repeated!"},
+        {-5015, "channel handle is invalid!"},
+        {-5016, "channel reads failed!"},
+        {-5017, "channel name is repeated!"},
+        {-5018, "channel property name is invalid!"},
+        {-5019, "channel property name is repeated!"},
+        {-5020, "channel datatype is error!"},
+        {-5021, "channel data reads failed!"},
+        {-5022, "channel data num data reads failed!"},
+        {-5023, "property buffer is insufficient!"},
+        {-5024, "error code is error!"},
+        {-5000, "error code is error!"},
+        {1, "error code is error!"},
+    };
+    for (const auto& row : rows)
+        EXPECT_STREQ(row.text, get_error_description(row.code)) << row.code;
+}
+
+TEST(Registry, ClosingErasesTheFileOrElseTheLastOne)
+{
+    const scratch_file scratch;
+    void* a = nullptr;
+    void* b = nullptr;
+    void* c = nullptr;
+    ASSERT_EQ(0, open_file(scratch.path(), "w", &a));
+    ASSERT_EQ(0, open_file(scratch.path(), "w", &b));
+    ASSERT_EQ(0, open_file(scratch.path(), "w", &c));
+    ASSERT_EQ(3u, fileHandles.size());
+    EXPECT_EQ(b, fileHandles[1].get());
+    {
+        const std::unique_lock guard(mtx, std::try_to_lock);
+        EXPECT_TRUE(guard.owns_lock()) << "no call leaves it locked";
+    }
+    EXPECT_EQ(0u, fileHandles[1]->segment_count);
+    EXPECT_EQ(0, save_file(b));
+    EXPECT_EQ(0, save_file(b));
+    EXPECT_EQ(2u, fileHandles[1]->segment_count);
+
+    // A file that is not in the registry takes the last one along.
+    const auto apart = fileHandles[0];
+    fileHandles.erase(fileHandles.begin());
+    EXPECT_EQ(0, close_file(&a));
+    EXPECT_EQ(nullptr, a);
+    ASSERT_EQ(1u, fileHandles.size());
+    EXPECT_EQ(b, fileHandles[0].get());
+    EXPECT_EQ(TDMS_FILE_HANDLE, close_file(&a));
+    EXPECT_EQ(TDMS_FILE_HANDLE, close_file(nullptr));
+
+    const auto last = fileHandles[0];
+    fileHandles.clear();
+    EXPECT_EQ(0, close_file(&b)) << "an empty registry has nothing to erase";
+    EXPECT_TRUE(fileHandles.empty());
+}
+
+TEST(Files, StatusesOfOpeningAndDeleting)
+{
+    const scratch_file scratch;
+    void* file = &file;
+    EXPECT_EQ(TDMS_FILE_PATH, open_file(scratch.path(), "r", &file));
+    EXPECT_EQ(TDMS_FILE_READ, open_file(scratch.path(), "a", &file));
+    EXPECT_EQ(TDMS_FILE_PATH, open_file("/nowhere/at/all", "w", &file));
+    EXPECT_EQ(TDMS_FILE_READ, open_file("/", "r", &file));
+    EXPECT_EQ(&file, file) << "untouched by failures";
+    EXPECT_EQ(TDMS_FILE_HANDLE, open_file(scratch.path(), "w", nullptr));
+    EXPECT_EQ(TDMS_FILE_DELETE, delete_file(scratch.path()));
+    EXPECT_EQ(null_text, thrown_text([&] { open_file(nullptr, "w", &file); }));
+    EXPECT_EQ(null_text, thrown_text([&] { open_file(scratch.path(), nullptr, &file); }));
+    EXPECT_EQ(null_text, thrown_text([] { delete_file(nullptr); }));
+
+    ASSERT_EQ(0, open_file(scratch.path(), "w", &file));
+    EXPECT_EQ(0, delete_file(scratch.path()));
+    EXPECT_FALSE(std::filesystem::exists(scratch.path()));
+    EXPECT_EQ(0, save_file(file)) << "a handle outlives its file's name";
+    EXPECT_EQ(0, close_file(&file));
+}
+
+// Any other mode gives a handle without a stream: everything in memory works, nothing is lost.
+TEST(Files, AnUnknownModeHasNoStream)
+{
+    const scratch_file scratch;
+    open_tdms file(scratch, "rw");
+    ASSERT_EQ(0, file.status);
+    EXPECT_EQ(0, create_file_property_int8(file.handle, "p", 1));
+    void* const channel = add_channel(file.add_group("g"), "c");
+    std::int32_t value = 4;
+    EXPECT_EQ(0, set_channel_data_int32(channel, 1, &value));
+    EXPECT_EQ(TDMS_FILE_HANDLE, save_file(file.handle));
+    EXPECT_EQ(1, get_num_file_property(file.handle));
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int32(channel, &value));
+    EXPECT_EQ(4, value);
+    file.close();
+    EXPECT_FALSE(std::filesystem::exists(scratch.path()));
+}
+
+TEST(Tree, ListsInTheOrderOfPaths)
+{
+    const scratch_file scratch;
+    const open_tdms file(scratch, "w");
+    for (const char* name : {"b", "ab", "a", "", "B", "ab!", "abc"}) file.add_group(name);
+    void* const group = file.group(0);
+    for (const char* name : {"b", "a", "A", "it's/odd"}) add_channel(group, name);
+    std::string groups;
+    std::string channels;
+    for (int i = 0; i != get_num_group(file.handle); ++i) {
+        groups += name_of(get_group_name, file.group(static_cast<std::size_t>(i))) + ";";
+    }
+    for (int i = 0; i != get_num_channel(group); ++i) {
+        channels += name_of(get_channel_name, file.channel(0, static_cast<std::size_t>(i))) + ";";
+    }
+    EXPECT_EQ(";B;a;ab!;ab;abc;b;", groups);
+    EXPECT_EQ("A;a;b;it's/odd;", channels);
+}
+
+TEST(Tree, RepeatedNames)
+{
+    const scratch_file scratch;
+    const open_tdms file(scratch, "w");
+    void* const group = file.add_group("g");
+    void* other = &other;
+    EXPECT_EQ(TDMS_GROUP_REPEATED, create_group(file.handle, "g", &other));
+    EXPECT_EQ(&other, other);
+
+    // An ordinary repeated name replaces the channel.
+    void* const first = add_channel(group, "x");
+    EXPECT_EQ(0, create_channel_property_int8(first, "p", 1));
+    void* const second = add_channel(group, "x");
+    EXPECT_EQ(1, get_num_channel(group));
+    EXPECT_EQ(second, file.channel(0, 0));
+    EXPECT_EQ(0, get_num_channel_property(second));
+    EXPECT_EQ(0, get_channel_datatype(second));
+
+    // Only a name that is the new channel's whole path is in the way.
+    void* const in_the_way = add_channel(group, "/'g'/'y'");
+    EXPECT_EQ(TDMS_CHANNEL_REPEATED, create_channel(group, "y", &other));
+    EXPECT_EQ(0, delete_channel(in_the_way));
+    EXPECT_EQ(0, create_channel(group, "y", &other));
+
+    EXPECT_EQ(0, delete_group(group));
+    EXPECT_EQ(0, get_num_group(file.handle));
+    EXPECT_EQ(0, get_num_channel(file.add_group("g")));
+}
+
+// A foreign file may have channel paths without quotes; names are compared all the same.
+TEST(Tree, RepeatedNamesInAForeignFile)
+{
+    const scratch_file scratch;
+    scratch.fill(segment({object("/'g'", none), object("/'g'/x/'g'/'y''", none)}));
+    const open_tdms file(scratch, "r");
+    ASSERT_EQ(0, file.status);
+    EXPECT_EQ("/'g'/'y'", name_of(get_channel_name, file.channel(0, 0)));
+    void* channel = nullptr;
+    EXPECT_EQ(TDMS_CHANNEL_REPEATED, create_channel(file.group(0), "y", &channel));
+}
+
+// Handles are validated by their paths: what is alive but no longer in its file is refused.
+TEST(Tree, ObjectsThatLeftTheirFile)
+{
+    const scratch_file scratch;
+    const open_tdms file(scratch, "w");
+    void* const group = file.add_group("g");
+    void* const gone = add_channel(group, "gone");
+    void* const orphan = add_channel(group, "orphan");
+    const auto kept_group = fileHandles.back()->groups.begin()->second;
+    const auto kept_channel = kept_group->channels.begin()->second;
+    char name[8];
+    std::int8_t value = 0;
+    const auto statuses = [&](void* channel) {
+        return std::vector<int>{get_channel_name(channel, name),
+                                delete_channel(channel),
+                                get_channel_datatype(channel),
+                                get_num_channel_property(channel),
+                                create_channel_property_int8(channel, "p", 1),
+                                set_channel_data_int8(channel, 1, &value)};
+    };
+    EXPECT_EQ(0, delete_channel(gone));
+    EXPECT_EQ(std::vector<int>(6, TDMS_CHANNEL_HANDLE), statuses(gone));
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int8(gone, &value));
+    EXPECT_EQ(0, delete_group(group));
+    EXPECT_EQ(std::vector<int>(6, TDMS_GROUP_HANDLE), statuses(orphan));
+    void* channel = nullptr;
+    EXPECT_EQ(TDMS_GROUP_HANDLE, get_group_name(group, name));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, delete_group(group));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, create_channel(group, "c", &channel));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, get_num_channel(group));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, get_num_group_property(group));
+    kept_group->file = nullptr;
+    EXPECT_EQ(std::vector<int>(6, TDMS_CHANNEL_HANDLE), statuses(orphan));
+}
+
+TEST(Tree, NullHandlesNamesAndOutputs)
+{
+    const scratch_file scratch;
+    const open_tdms file(scratch, "w");
+    void* const group = file.add_group("g");
+    void* const channel = add_channel(group, "c");
+    void* out = nullptr;
+    char name[8];
+    std::uint64_t count = 0;
+    const struct {
+        int expected;
+        int got;
+    } rows[] = {
+        {TDMS_FILE_HANDLE, save_file(nullptr)},
+        {TDMS_FILE_HANDLE, create_group(nullptr, nullptr, &out)},
+        {TDMS_FILE_HANDLE, get_num_group(nullptr)},
+        {TDMS_FILE_HANDLE, get_group(nullptr, &out)},
+        {TDMS_GROUP_HANDLE, get_group_name(nullptr, name)},
+        {TDMS_GROUP_HANDLE, delete_group(nullptr)},
+        {TDMS_GROUP_HANDLE, create_channel(nullptr, nullptr, &out)},
+        {TDMS_GROUP_HANDLE, get_num_channel(nullptr)},
+        {TDMS_GROUP_HANDLE, get_channel(nullptr, &out)},
+        {TDMS_CHANNEL_HANDLE, get_channel_name(nullptr, name)},
+        {TDMS_CHANNEL_HANDLE, delete_channel(nullptr)},
+        {TDMS_CHANNEL_HANDLE, get_channel_datatype(nullptr)},
+        {TDMS_CHANNEL_HANDLE, get_num_channel_data(nullptr, &count)},
+        {TDMS_CHANNEL_HANDLE, set_channel_data_int8(nullptr, 0, nullptr)},
+        {TDMS_CHANNEL_HANDLE, set_channel_data_string(nullptr, 0, nullptr)},
+        {TDMS_CHANNEL_HANDLE, get_channel_data_int8(nullptr, nullptr)},
+        {TDMS_CHANNEL_HANDLE, get_channel_data_string(nullptr, nullptr)},
+        {TDMS_GROUP_HANDLE, create_group(file.handle, "h", nullptr)},
+        {TDMS_FILE_HANDLE, get_group(file.handle, nullptr)},
+        {TDMS_GROUP_HANDLE, get_group_name(group, nullptr)},
+        {TDMS_CHANNEL_HANDLE, create_channel(group, "d", nullptr)},
+        {TDMS_GROUP_HANDLE, get_channel(group, nullptr)},
+        {TDMS_CHANNEL_HANDLE, get_channel_name(channel, nullptr)},
+        {TDMS_CHANNEL_DATA_COUNT, get_num_channel_data(channel, nullptr)},
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.expected, row.got) << "row " << &row - rows;
+    EXPECT_EQ(null_text, thrown_text([&] { create_group(file.handle, nullptr, &out); }));
+    EXPECT_EQ(null_text, thrown_text([&] { create_channel(group, nullptr, &out); }));
+    EXPECT_EQ(1, get_num_group(file.handle));
+    EXPECT_EQ(1, get_num_channel(group));
+}
+
+}  // namespace

@@ -1,0 +1,150 @@
+// Whatever is written comes back: every type on every level, over several saves, in every mode.
+#include <memory>
+
+#include "elements.h"
+
+namespace {
+
+template <class Element>
+class RoundTrip : public ::testing::Test {
+};
+TYPED_TEST_SUITE(RoundTrip, all_elements);
+
+template <class T>
+std::vector<T> read_all(int (*get)(void*, T*), void* channel)
+{
+    const std::uint64_t count = value_count(channel);
+    const std::unique_ptr<T[]> values(new T[count]);
+    EXPECT_EQ(0, get(channel, values.get()));
+    return std::vector<T>(values.get(), values.get() + count);
+}
+
+TYPED_TEST(RoundTrip, ValuesAndProperties)
+{
+    using T = typename TypeParam::value;
+    const std::vector<T> samples = TypeParam::samples();
+    const std::unique_ptr<T[]> array(new T[samples.size()]);
+    std::copy(samples.begin(), samples.end(), array.get());
+
+    const scratch_file scratch;
+    {
+        open_tdms file(scratch, "w");
+        void* const group = file.add_group("g");
+        void* const channel = add_channel(group, "c");
+        void* const levels[] = {file.handle, group, channel};
+        for (std::size_t i = 0; i != 3; ++i) {
+            EXPECT_EQ(0, TypeParam::properties[i].create(levels[i], "p", samples[i]));
+        }
+        EXPECT_EQ(0, TypeParam::set(channel, samples.size(), array.get()));
+        EXPECT_EQ(0, save_file(file.handle));
+        EXPECT_EQ(0, get_num_channel_property(channel)) << "saved properties leave memory";
+        EXPECT_EQ(0, TypeParam::set(channel, 1, array.get() + 1));
+        EXPECT_EQ(0, save_file(file.handle));
+    }
+    {
+        open_tdms file(scratch, "a");
+        ASSERT_EQ(0, file.status);
+        void* const channel = file.channel(0, 0);
+        EXPECT_EQ(TypeParam::code, get_channel_datatype(channel));
+        EXPECT_EQ(TypeParam::code == 3 ? TDMS_OK : TDMS_CHANNEL_DATATYPE,
+                  set_channel_data_int32(channel, 0, nullptr));
+        EXPECT_EQ(0, TypeParam::set(channel, 2, array.get()));
+        EXPECT_EQ(0, save_file(file.handle));
+    }
+    const open_tdms file(scratch, "r");
+    ASSERT_EQ(0, file.status);
+    void* const channel = file.channel(0, 0);
+    std::vector<T> expected = samples;
+    expected.insert(expected.end(), {samples[1], samples[0], samples[1]});
+    EXPECT_TRUE(expected == read_all(TypeParam::get, channel));
+    EXPECT_TRUE(expected == read_all(TypeParam::get, channel)) << "reading twice gives the same";
+    void* const levels[] = {file.handle, file.group(0), channel};
+    for (std::size_t i = 0; i != 3; ++i) {
+        T value{};
+        EXPECT_EQ(0, TypeParam::properties[i].get(levels[i], "p", &value));
+        EXPECT_TRUE(samples[i] == value) << "level " << i;
+    }
+}
+
+TYPED_TEST(RoundTrip, TheWrongTypeIsRefusedAndNothingWritten)
+{
+    using T = typename TypeParam::value;
+    const scratch_file scratch;
+    scratch.fill(
+        segment({object("/'g'", none), object("/'g'/'c'", string_index(1, 5))}, u32(1) + "x"));
+    const open_tdms file(scratch, "r");
+    unsigned char untouched[sizeof(T)];
+    std::memset(untouched, 0xA5, sizeof untouched);
+    T value;
+    std::memcpy(&value, untouched, sizeof value);
+    EXPECT_EQ(TDMS_CHANNEL_DATATYPE, TypeParam::get(file.channel(0, 0), &value));
+    EXPECT_EQ(0, std::memcmp(&value, untouched, sizeof value));
+}
+
+// Blocks larger and smaller than any buffer, so that each way of reading them is taken.
+TEST(Values, ManySegmentsAndLongOnes)
+{
+    const scratch_file scratch;
+    const std::size_t counts[] = {3, 100000, 1, 0, 700, 3000, 40000, 2};
+    std::vector<std::int32_t> expected;
+    {
+        open_tdms file(scratch, "w");
+        void* const group = file.add_group("g");
+        void* const other = add_channel(group, "before");
+        void* const channel = add_channel(group, "c");
+        for (const std::size_t count : counts) {
+            std::vector<std::int32_t> values(count);
+            for (auto& v : values) v = static_cast<std::int32_t>(expected.size() + count);
+            const std::vector<double> noise(count / 3, 0.5);
+            EXPECT_EQ(0, set_channel_data_int32(channel, count, values.data()));
+            EXPECT_EQ(0, set_channel_data_double(other, noise.size(), noise.data()));
+            EXPECT_EQ(0, save_file(file.handle));
+            expected.insert(expected.end(), values.begin(), values.end());
+        }
+    }
+    const open_tdms file(scratch, "r");
+    EXPECT_EQ(expected, int32_values(file.channel(0, 1)));
+}
+
+// What a mode reads: nothing in "w", and in "a" only what was there, as long as it was nothing.
+TEST(Values, ModesThatDoNotRead)
+{
+    const scratch_file scratch;
+    std::int32_t value = 5;
+    {
+        open_tdms file(scratch, "w");
+        void* const channel = add_channel(file.add_group("g"), "c");
+        EXPECT_EQ(0, set_channel_data_int32(channel, 1, &value));
+        EXPECT_EQ(0, save_file(file.handle));
+        EXPECT_EQ(0, get_channel_data_int32(channel, nullptr));
+        EXPECT_EQ(0, save_file(file.handle)) << "appends: reading did not move the stream";
+    }
+    const std::string two_saves = scratch.bytes();
+    open_tdms file(scratch, "a");
+    ASSERT_EQ(0, file.status);
+    void* const channel = file.channel(0, 0);
+    EXPECT_EQ(2u, value_count(channel));
+    EXPECT_EQ(0, set_channel_data_int32(channel, 1, &value));
+    EXPECT_EQ(0, save_file(file.handle));
+    EXPECT_EQ(0, create_file_property_int8(file.handle, "p", 1));
+    std::int32_t untouched[2] = {8, 9};
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int32(channel, untouched));
+    EXPECT_EQ(8, untouched[0]);
+    EXPECT_EQ(TDMS_FILE_HANDLE, save_file(file.handle)) << "the failed read closed the stream";
+    EXPECT_EQ(1, get_num_file_property(file.handle)) << "nothing is lost from memory";
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int32(channel, untouched));
+    file.close();
+    const std::string third = segment({}) + two_saves.substr(two_saves.size() - 72);
+    EXPECT_EQ(two_saves + third, scratch.bytes());
+
+    const scratch_file empty;
+    empty.fill("");
+    const open_tdms fresh(empty, "a");
+    ASSERT_EQ(0, fresh.status);
+    void* const first = add_channel(fresh.add_group("g"), "c");
+    EXPECT_EQ(0, set_channel_data_int32(first, 1, &value));
+    EXPECT_EQ(0, get_channel_data_int32(first, nullptr)) << "no values were in the file";
+    EXPECT_EQ(0, save_file(fresh.handle));
+}
+
+}  // namespace

@@ -1,0 +1,178 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tdms.h"
+
+// A path of its own for each test, removed at its end.
+class scratch_file {
+  public:
+    scratch_file()
+        : path_((std::filesystem::temp_directory_path() /
+                 ("tdms_test_" + std::to_string(getpid()) + "_" + std::to_string(count_++)))
+                    .string())
+    {
+    }
+    ~scratch_file() { std::filesystem::remove(path_); }
+    scratch_file(const scratch_file&) = delete;
+    scratch_file& operator=(const scratch_file&) = delete;
+
+    const char* path() const { return path_.c_str(); }
+
+    std::string bytes() const
+    {
+        std::ifstream in(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    void fill(const std::string& bytes) const
+    {
+        std::ofstream(path_, std::ios::binary | std::ios::trunc) << bytes;
+    }
+
+  private:
+    static inline int count_ = 0;
+    std::string path_;
+};
+
+// An open file, closed at the end of the test.
+class open_tdms {
+  public:
+    open_tdms(const scratch_file& file, const char* mode)
+        : status(open_file(file.path(), mode, &handle))
+    {
+    }
+    ~open_tdms() { close(); }
+    open_tdms(const open_tdms&) = delete;
+    open_tdms& operator=(const open_tdms&) = delete;
+
+    void close()
+    {
+        if (handle == nullptr) return;
+        EXPECT_EQ(0, close_file(&handle));
+    }
+
+    void* add_group(const char* name) const
+    {
+        void* group = nullptr;
+        EXPECT_EQ(0, create_group(handle, name, &group));
+        return group;
+    }
+
+    // The group at a position, or its channel at one.
+    void* group(std::size_t i) const
+    {
+        std::vector<void*> list(static_cast<std::size_t>(get_num_group(handle)));
+        EXPECT_EQ(0, get_group(handle, list.data()));
+        return list.at(i);
+    }
+    void* channel(std::size_t g, std::size_t c) const
+    {
+        std::vector<void*> list(static_cast<std::size_t>(get_num_channel(group(g))));
+        EXPECT_EQ(0, get_channel(group(g), list.data()));
+        return list.at(c);
+    }
+
+    void* handle = nullptr;
+    int status;
+};
+
+inline void* add_channel(void* group, const char* name)
+{
+    void* channel = nullptr;
+    EXPECT_EQ(0, create_channel(group, name, &channel));
+    return channel;
+}
+
+inline std::string name_of(int (*get_name)(void*, char*), void* handle)
+{
+    char name[256];
+    EXPECT_EQ(0, get_name(handle, name));
+    return name;
+}
+
+inline std::uint64_t value_count(void* channel)
+{
+    std::uint64_t count = 0;
+    EXPECT_EQ(0, get_num_channel_data(channel, &count));
+    return count;
+}
+
+inline std::vector<std::int32_t> int32_values(void* channel)
+{
+    std::vector<std::int32_t> values(value_count(channel));
+    EXPECT_EQ(0, get_channel_data_int32(channel, values.data()));
+    return values;
+}
+
+// The bytes of a file, spelled out independently of the library.
+template <class T>
+std::string le(T value)
+{
+    std::string bytes;
+    for (std::size_t i = 0; i != sizeof(T); ++i) {
+        bytes += static_cast<char>(static_cast<std::uint64_t>(value) >> (8 * i));
+    }
+    return bytes;
+}
+inline std::string u32(std::uint32_t value)
+{
+    return le(value);
+}
+inline std::string u64(std::uint64_t value)
+{
+    return le(value);
+}
+inline std::string text(const std::string& s)
+{
+    return u32(static_cast<std::uint32_t>(s.size())) + s;
+}
+
+const std::string none = u32(0xFFFFFFFF);
+const std::string as_before = u32(0);
+const std::string no_properties = u32(0);
+
+inline std::string fixed_index(std::uint32_t type, std::uint64_t count, std::uint32_t dimension = 1)
+{
+    return u32(20) + u32(type) + u32(dimension) + u64(count);
+}
+inline std::string string_index(std::uint64_t count, std::uint64_t size, std::uint32_t type = 32)
+{
+    return u32(28) + u32(type) + u32(1) + u64(count) + u64(size);
+}
+inline std::string object(const std::string& path, const std::string& index,
+                          const std::string& properties = no_properties)
+{
+    return text(path) + index + properties;
+}
+inline std::string lead_in(std::uint64_t metadata, std::uint64_t raw)
+{
+    return "TDSm" + u32(14) + u32(4713) + u64(metadata + raw) + u64(metadata);
+}
+inline std::string segment(const std::vector<std::string>& objects, const std::string& raw = {})
+{
+    std::string metadata = u32(static_cast<std::uint32_t>(objects.size()));
+    for (const std::string& o : objects) metadata += o;
+    return lead_in(metadata.size(), raw.size()) + metadata + raw;
+}
+
+// The logic errors and failed lookups that leave the library.
+template <class Call>
+std::string thrown_text(Call call)
+{
+    try {
+        call();
+    } catch (const std::exception& e) {
+        return e.what();
+    }
+    return "nothing";
+}
