@@ -484,8 +484,10 @@ TDMS_API int set_channel_data_timestamp(void* channel, uint64_t count,
  *
  * In a segment, values of another group's channel that stand before those of the wanted channel's
  * group are refused with #TDMS_CHANNEL_DATA_READ; an object of another group that stands after a
- * channel of the wanted group raises an out-of-range error. A file opened with "w" has no values
- * to read; one opened with "a" cannot be read unless it was empty, and trying closes its stream.
+ * channel of the wanted group raises an out-of-range error. In a file of several groups that have
+ * values or channel properties, this concerns files that this library wrote itself. A file opened
+ * with "w" has no values to read; one opened with "a" cannot be read unless it was empty, and
+ * trying closes its stream.
  * @param[out] values as many values as get_num_channel_data() tells. On failure it is untouched,
  *             except when the device itself fails while values are on their way
  * @return 0; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATA_READ when anything about the file or the

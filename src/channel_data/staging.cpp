@@ -3,7 +3,6 @@
 #include <limits>
 
 #include "codec/element.h"
-#include "core/bulk_memory.h"
 #include "core/data_types.h"
 #include "core/handles.h"
 #include "core/text.h"
@@ -13,7 +12,7 @@ namespace {
 
 static_assert(host_is_little, "an array in memory is staged as it is");
 
-// Finds the channel and gives it its type, if it has none.
+// Finds the channel. It must have that type or none yet.
 int prepare_staging(option& file, const void* handle, std::uint32_t type, channel*& found)
 {
     if (const int status = find_object(file, *static_cast<const channel*>(handle), found)) {
@@ -50,16 +49,21 @@ int stage(void* handle, std::uint64_t count, const T* values)
 // The end offsets of the texts, then their bytes.
 byte_vector encode_texts(std::uint64_t count, const char* const* values)
 {
-    byte_vector bytes(size_of(count, 4));
-    std::size_t end = 0;
+    // One look at each text: room for texts of 16 bytes, and half as much again whenever it is
+    // full.
+    byte_vector bytes(size_of(count, 4 + 16));
+    const std::size_t table_size = 4 * count;
+    std::size_t size = table_size;
     for (std::uint64_t i = 0; i != count; ++i) {
-        end += text(values[i]).size();
-        store(bytes.data() + 4 * i, static_cast<std::uint32_t>(end), true);
+        const std::string_view value = text(values[i]);
+        if (value.size() > bytes.size() - size) {
+            bytes.resize(bytes.size() + bytes.size() / 2 + value.size());
+        }
+        std::memcpy(bytes.data() + size, value.data(), value.size());
+        size += value.size();
+        store(bytes.data() + 4 * i, static_cast<std::uint32_t>(size - table_size), true);
     }
-    reserve_bulk(bytes, bytes.size() + end);
-    for (std::uint64_t i = 0; i != count; ++i) {
-        bytes.insert(bytes.end(), values[i], values[i] + std::strlen(values[i]));
-    }
+    bytes.resize(size);
     return bytes;
 }
 
@@ -73,10 +77,11 @@ int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64
     byte_vector& staged = found->data;
     if (bytes.size() > staged.capacity()) {
         byte_vector fresh;
-        reserve_bulk(fresh, bytes.size());
+        fresh.reserve(bytes.size());
         staged.swap(fresh);
     }
-    staged.assign(bytes.begin(), bytes.end());
+    staged.clear();
+    append(staged, bytes.data(), bytes.size());
     found->data_type = type;
     found->chunk_count = count;
     return TDMS_OK;

@@ -21,16 +21,16 @@ int locate_values(void* handle, std::uint32_t type, channel_values& values, std:
     return TDMS_OK;
 }
 
-// Where in the caller's array the stored bytes are read to: its end, so that values which are
-// larger in memory than in the file can be decoded from the front.
+// How far behind the beginning of the caller's array the stored bytes are read to: up to its end,
+// so that values which are larger in memory than in the file can be decoded from the front.
 template <class T>
-unsigned char* stored_part(T* values, std::uint64_t count)
+std::uint64_t stored_offset(std::uint64_t count)
 {
     static_assert(sizeof(T) >= stored_size<T>);
-    return reinterpret_cast<unsigned char*>(values) + (sizeof(T) - stored_size<T>)*count;
+    return (sizeof(T) - stored_size<T>)*count;
 }
 
-// Turns stored bytes into values where they stand.
+// Turns the stored bytes into values where they stand.
 template <class T>
 void decode_in_place(T*, std::uint64_t)
 {
@@ -39,13 +39,14 @@ void decode_in_place(T*, std::uint64_t)
 
 void decode_in_place(bool* values, std::uint64_t count)
 {
-    unsigned char* const bytes = stored_part(values, count);
+    auto* const bytes = reinterpret_cast<unsigned char*>(values);
     for (std::uint64_t i = 0; i != count; ++i) bytes[i] = bytes[i] != 0;
 }
 
 void decode_in_place(timestamp_fields* values, std::uint64_t count)
 {
-    decode_timestamps(stored_part(values, count), count, values);
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(values);
+    decode_timestamps(bytes + stored_offset<timestamp_fields>(count), count, values);
 }
 
 template <class T>
@@ -56,7 +57,8 @@ int fetch(void* handle, T* values)
     if (const int status = locate_values(handle, type_code<T>, stored, count)) return status;
     if (count == 0) return TDMS_OK;
     if (values == nullptr || count > ~std::uint64_t{0} / sizeof(T)) return TDMS_CHANNEL_DATA_READ;
-    if (!stored.read(count * stored_size<T>, stored_part(values, count))) {
+    auto* const bytes = reinterpret_cast<unsigned char*>(values);
+    if (!stored.read(count * stored_size<T>, bytes, stored_offset<T>(count))) {
         return TDMS_CHANNEL_DATA_READ;
     }
     decode_in_place(values, count);

@@ -1,5 +1,7 @@
 #include "codec/timestamp_codec.h"
 
+#include <algorithm>
+
 #include "codec/byte_order.h"
 
 namespace tdms {
@@ -19,7 +21,7 @@ int wrapping_difference(std::int32_t a, std::uint32_t b)
     return static_cast<int>(static_cast<std::uint32_t>(a) - b);
 }
 
-std::int64_t local_to_seconds(const timestamp_fields& t, std::int32_t second)
+std::int64_t local_to_seconds(const timestamp_fields& t)
 {
     std::tm fields{};
     fields.tm_year = wrapping_difference(t.year, 1900);
@@ -27,46 +29,47 @@ std::int64_t local_to_seconds(const timestamp_fields& t, std::int32_t second)
     fields.tm_mday = t.day;
     fields.tm_hour = t.hour;
     fields.tm_min = t.minute;
-    fields.tm_sec = second;
+    fields.tm_sec = t.second;
     // Deliberate: tm_isdst stays 0, so the fields are standard time also in summer.
     return std::mktime(&fields);
 }
 
-// mktime() is slow, and consecutive samples fall in the same minute. When a minute comes up again,
-// its two ends are converted; if nothing happens to the clock between them, all its seconds follow
-// by addition. A minute in which the zone's offset changes is converted second by second.
+// mktime() is slow, and many samples fall in the same minute. Between two seconds of a minute that
+// mktime() itself has put as far apart as they stand, all others follow by addition. No call is
+// made that a value by itself would not make: what mktime() answers where the clock was set back
+// depends on its calls before.
 class calendar_to_seconds {
   public:
-    std::int64_t seconds(const timestamp_fields& t)
+    std::int64_t operator()(const timestamp_fields& t)
     {
-        if (t.second < 0 || t.second > 59) return local_to_seconds(t, t.second);
-        if (!same_minute(t)) {
-            minute_ = t;
-            state_ = state::seen_once;
-            return local_to_seconds(t, t.second);
-        }
-        if (state_ == state::seen_once) measure();
-        return state_ == state::even ? start_ + t.second : local_to_seconds(t, t.second);
+        const bool known = same_minute(t) && t.second >= first_ && t.second <= last_;
+        return known ? start_ + t.second : convert(t);
     }
 
   private:
-    enum class state { none, seen_once, even, uneven };
-
     bool same_minute(const timestamp_fields& t) const
     {
-        return state_ != state::none && t.minute == minute_.minute && t.hour == minute_.hour &&
-               t.day == minute_.day && t.month == minute_.month && t.year == minute_.year;
+        return t.minute == minute_.minute && t.hour == minute_.hour && t.day == minute_.day &&
+               t.month == minute_.month && t.year == minute_.year;
     }
 
-    void measure()
+    std::int64_t convert(const timestamp_fields& t)
     {
-        start_ = local_to_seconds(minute_, 0);
-        state_ = local_to_seconds(minute_, 59) - start_ == 59 ? state::even : state::uneven;
+        const std::int64_t seconds = local_to_seconds(t);
+        const bool continues = same_minute(t) && first_ <= last_ && seconds - t.second == start_;
+        // Outside of its minute a second is not one of it, and knowledge of the minute ends.
+        const bool within = t.second >= 0 && t.second <= 59;
+        minute_ = t;
+        start_ = seconds - t.second;
+        first_ = within ? (continues ? std::min(first_, t.second) : t.second) : 1;
+        last_ = within ? (continues ? std::max(last_, t.second) : t.second) : 0;
+        return seconds;
     }
 
     timestamp_fields minute_{};
-    std::int64_t start_ = 0;
-    state state_ = state::none;
+    std::int64_t start_ = 0;  // of the minute
+    std::int32_t first_ = 1;  // the seconds between which the minute is even; at first none
+    std::int32_t last_ = 0;
 };
 
 std::tm localtime_of(std::int64_t seconds)
@@ -77,7 +80,9 @@ std::tm localtime_of(std::int64_t seconds)
     return fields;
 }
 
-// The same for localtime(). tzset() makes a change of TZ take effect, as localtime() does.
+// localtime() is as slow. When a minute comes up again, its two ends are converted; if nothing
+// happens to the clock between them, all its seconds follow by addition. tzset() makes a change of
+// TZ take effect, as localtime() does.
 class seconds_to_calendar {
   public:
     seconds_to_calendar() { tzset(); }
@@ -123,13 +128,13 @@ class seconds_to_calendar {
 
 void encode(const timestamp_fields& t, calendar_to_seconds& clock, unsigned char* p, bool little)
 {
-    // Deliberate: the seconds are taken off the microseconds in 32 bits. Times the fraction's
-    // unit that leaves a few nanoseconds' worth for each second beside the microseconds.
+    // Deliberate: the seconds are taken off the microseconds in 32 bits. Times the fraction's unit
+    // that leaves less than a picosecond for each second beside the microseconds.
     const std::int32_t f = wrapping_difference(
         t.microsecond, microseconds_per_second * static_cast<std::uint32_t>(t.second));
     store(p, static_cast<std::uint64_t>(static_cast<std::int64_t>(f)) * fraction_per_microsecond,
           little);
-    store(p + 8, clock.seconds(t) + epoch_seconds, little);
+    store(p + 8, clock(t) + epoch_seconds, little);
 }
 
 timestamp_fields decode(const unsigned char* p, seconds_to_calendar& clock, bool little)

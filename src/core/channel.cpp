@@ -21,7 +21,7 @@ bool has_channel_named(const group& owner, std::string_view name)
 
 }  // namespace
 
-int option::create_channel(const void* group_handle, std::string_view name, void*& handle)
+int option::create_channel(const void* group_handle, std::string_view name, void** handle)
 {
     const auto& owner_handle = *static_cast<const tdms::group*>(group_handle);
     tdms::group* owner = nullptr;
@@ -30,6 +30,7 @@ int option::create_channel(const void* group_handle, std::string_view name, void
     // Deliberate: names are compared with the new path, so an ordinary repeated name passes and
     // replaces the old channel.
     if (has_channel_named(owner_handle, path)) return TDMS_CHANNEL_REPEATED;
+    if (handle == nullptr) return TDMS_CHANNEL_HANDLE;
     auto created = std::make_shared<channel>();
     created->name = name;
     created->group_path = owner->path;
@@ -37,7 +38,7 @@ int option::create_channel(const void* group_handle, std::string_view name, void
     created->group = owner;
     void* const address = created.get();
     owner->channels.insert_or_assign(std::move(path), std::move(created));
-    handle = address;
+    *handle = address;
     return TDMS_OK;
 }
 
@@ -66,9 +67,7 @@ int create_channel(void* group_handle, const char* name, void** handle)
 {
     option* const file = tdms::file_of(static_cast<group*>(group_handle));
     if (file == nullptr) return TDMS_GROUP_HANDLE;
-    const std::string_view bare_name = tdms::text(name);
-    if (handle == nullptr) return TDMS_CHANNEL_HANDLE;
-    return file->create_channel(group_handle, bare_name, *handle);
+    return file->create_channel(group_handle, tdms::text(name), handle);
 }
 
 int get_num_channel(void* handle)

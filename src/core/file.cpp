@@ -31,12 +31,12 @@ int option::open_file(const std::string& path, const std::string& mode)
 
 int open_file(const char* path, const char* mode, void** file)
 {
-    if (file == nullptr) return TDMS_FILE_HANDLE;
     tdms::registry& open = tdms::open_files();
     const std::lock_guard guard(open.lock);
     auto opened = std::make_shared<tdms::option>();
     const std::string mode_text(tdms::text(mode));
     const std::string path_text(tdms::text(path));
+    if (file == nullptr) return TDMS_FILE_HANDLE;
     // Deliberate: a failure may leave the stream open; it is not closed here.
     if (const int status = opened->open_file(path_text, mode_text)) return status;
     open.files.push_back(opened);
@@ -57,7 +57,7 @@ int close_file(void** file)
     closing->properties.clear();
     auto entry = std::find_if(open.files.begin(), open.files.end(),
                               [closing](const auto& held) { return held.get() == closing; });
-    // Deliberate: a file that is not registered takes the last entry's place in being erased.
+    // Deliberate: for a file that is not registered, the last entry is erased in its place.
     if (entry == open.files.end() && !open.files.empty()) --entry;
     if (entry != open.files.end()) open.files.erase(entry);
     *file = nullptr;

@@ -9,9 +9,9 @@ int create_group(void* file, const char* name, void** handle)
     auto* const owner = static_cast<option*>(file);
     if (owner == nullptr) return TDMS_FILE_HANDLE;
     const std::string_view bare_name = tdms::text(name);
-    if (handle == nullptr) return TDMS_GROUP_HANDLE;
     std::string path = tdms::object_path({}, bare_name);
     if (owner->groups.contains(path)) return TDMS_GROUP_REPEATED;
+    if (handle == nullptr) return TDMS_GROUP_HANDLE;
     auto created = std::make_shared<group>();
     created->name = bare_name;
     created->path = path;

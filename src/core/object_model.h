@@ -11,11 +11,10 @@
 #include <string_view>
 #include <vector>
 
+#include "core/byte_vector.h"
 #include "tdms.h"
 
 namespace tdms {
-
-using byte_vector = std::vector<unsigned char>;
 
 /// Objects by path, or properties by name, in byte order; the map is their only owner. Keys can be
 /// looked up without making a string of them.
@@ -69,7 +68,7 @@ struct option {
 
     int open_file(const std::string& path, const std::string& mode);
 
-    int create_channel(const void* group_handle, std::string_view name, void*& handle);
+    int create_channel(const void* group_handle, std::string_view name, void** handle);
     int get_channel_datatype(const void* handle);
     int get_num_channel_data(const void* handle, std::uint64_t& count);
 

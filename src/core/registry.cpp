@@ -34,4 +34,11 @@ registry& open_files()
     return all;
 }
 
+namespace {
+
+// Looked up while the library is loaded: the loader's lock and the initialisation of a static,
+// taken by two threads in different orders, would wait for each other.
+[[maybe_unused]] const registry& looked_up_at_load = open_files();
+
+}  // namespace
 }  // namespace tdms

@@ -56,7 +56,7 @@ int get_bytes(Object* owner, const char* name, byte_vector& bytes)
 }
 
 // Deliberate: the stored type is not compared with the one asked for, and the value is written
-// whatever the status, except for an invalid handle: as zero, if there are not enough bytes.
+// whatever the status, except for a handle without a file: as zero, if there are not enough bytes.
 template <class Object, class T>
 int get(void* handle, const char* name, T* value)
 {
@@ -78,8 +78,9 @@ int get_string(void* handle, const char* name, char* buffer, std::uint64_t size)
     if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
     byte_vector bytes;
     const int status = get_bytes(owner, name, bytes);
-    if (size <= bytes.size() || buffer == nullptr) return TDMS_PROPERTY_BUFFER;
+    if (size <= bytes.size()) return TDMS_PROPERTY_BUFFER;
     if (status != TDMS_OK) return status;
+    if (buffer == nullptr) return TDMS_PROPERTY_BUFFER;
     const std::string_view stored = stored_text(bytes);
     buffer[stored.copy(buffer, stored.size())] = '\0';
     return TDMS_OK;

@@ -15,10 +15,10 @@ int channel_values::locate(option& file, channel& target)
                          [&finder](const segment& s) { return finder.add_segment(s); });
 }
 
-bool channel_values::read(std::uint64_t size, unsigned char* target)
+bool channel_values::read(std::uint64_t size, unsigned char* array, std::uint64_t skip)
 {
     if (std::any_of(blocks_.begin(), blocks_.end(), [](const block& b) { return b.texts; })) {
-        return read_records(size, target);
+        return read_records(size, array, skip);
     }
     std::uint64_t held = 0;  // cannot wrap: the blocks lie apart in one file
     for (const block& b : blocks_) held += b.size;
@@ -26,6 +26,7 @@ bool channel_values::read(std::uint64_t size, unsigned char* target)
     // The file may have become shorter since it was opened.
     if (!blocks_.empty() && !window_->covers(blocks_.back().offset + blocks_.back().size))
         return false;
+    unsigned char* target = array + skip;
     for (const block& b : blocks_) {
         const std::uint64_t part = std::min(b.size, size);
         if (!window_->read(b.offset, part, target)) return false;
@@ -56,15 +57,15 @@ bool channel_values::visit_texts(const block& where, Visit visit)
 }
 
 // A channel of numbers may claim blocks of texts; then their records are what is decoded.
-bool channel_values::read_records(std::uint64_t size, unsigned char* target)
+bool channel_values::read_records(std::uint64_t size, unsigned char* array, std::uint64_t skip)
 {
     byte_vector records;
     for (const block& b : blocks_) {
         const auto add_record = [&records](const unsigned char* text, std::uint32_t length) {
             unsigned char prefix[4];
             store(prefix, length, true);
-            records.insert(records.end(), prefix, prefix + 4);
-            records.insert(records.end(), text, text + length);
+            append(records, prefix, sizeof prefix);
+            append(records, text, length);
         };
         if (b.texts) {
             if (!visit_texts(b, add_record)) return false;
@@ -72,10 +73,10 @@ bool channel_values::read_records(std::uint64_t size, unsigned char* target)
         }
         const unsigned char* const bytes = window_->view(b.offset, b.size);
         if (bytes == nullptr) return false;
-        records.insert(records.end(), bytes, bytes + b.size);
+        append(records, bytes, b.size);
     }
     if (records.size() < size) return false;
-    std::copy_n(records.begin(), size, target);
+    std::copy_n(records.begin(), size, array + skip);
     return true;
 }
 

@@ -24,14 +24,15 @@ class channel_values {
 
     /// Reads the first `size` bytes of what the channel's blocks hold, one after the other. Texts
     /// count with a 32-bit length in front of each.
-    /// @return whether there are as many; if not, `target` is untouched, unless the device failed
-    bool read(std::uint64_t size, unsigned char* target);
+    /// They are put `skip` bytes behind the beginning of `array`.
+    /// @return whether there are as many; if not, the array is untouched, unless the device failed
+    bool read(std::uint64_t size, unsigned char* array, std::uint64_t skip);
 
     /// Reads the first `count` texts. @return whether there are as many, in sound blocks
     bool read_texts(std::uint64_t count, text_list& out);
 
   private:
-    bool read_records(std::uint64_t size, unsigned char* target);
+    bool read_records(std::uint64_t size, unsigned char* array, std::uint64_t skip);
     template <class Visit>
     bool visit_texts(const block& where, Visit visit);
 

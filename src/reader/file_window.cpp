@@ -1,6 +1,9 @@
 #include "reader/file_window.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 
 namespace tdms {
 namespace {
@@ -40,8 +43,7 @@ bool file_window::read(std::uint64_t offset, std::uint64_t count, unsigned char*
 bool file_window::covers(std::uint64_t end)
 {
     const std::int64_t size_now = stream_size(stream_);
-    position_ = static_cast<std::uint64_t>(size_now);
-    return size_now >= 0 && end <= position_;
+    return size_now >= 0 && end <= static_cast<std::uint64_t>(size_now);
 }
 
 void file_window::fill(std::uint64_t offset, std::uint64_t count)
@@ -62,13 +64,17 @@ void file_window::fill(std::uint64_t offset, std::uint64_t count)
 }
 
 std::uint64_t file_window::read_stream(std::uint64_t offset, std::uint64_t count,
-                                       unsigned char* target)
+                                       unsigned char* target) const
 {
-    if (position_ != offset && std::fseek(stream_, static_cast<long>(offset), SEEK_SET) != 0) {
-        return 0;
+    // Past the stream's own position: moving it would be a system call of its own for each read.
+    std::uint64_t got = 0;
+    while (got != count) {
+        const ssize_t part =
+            pread(fileno(stream_), target + got, count - got, static_cast<off_t>(offset + got));
+        if (part < 0 && errno == EINTR) continue;
+        if (part <= 0) break;
+        got += static_cast<std::uint64_t>(part);
     }
-    const std::uint64_t got = std::fread(target, 1, count, stream_);
-    position_ = offset + got;
     return got;
 }
 

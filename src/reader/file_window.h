@@ -31,11 +31,11 @@ class file_window {
     }
 
     void fill(std::uint64_t offset, std::uint64_t count);
-    std::uint64_t read_stream(std::uint64_t offset, std::uint64_t count, unsigned char* target);
+    std::uint64_t read_stream(std::uint64_t offset, std::uint64_t count,
+                              unsigned char* target) const;
 
     std::FILE* stream_;
     std::uint64_t size_;
-    std::uint64_t position_ = ~std::uint64_t{0};  // of the stream; unknown at first
     std::unique_ptr<unsigned char[]> buffer_;
     std::uint64_t capacity_ = 0;
     std::uint64_t begin_ = 0;   // offset of the first byte in the buffer

@@ -1,12 +1,10 @@
 #include "writer/segment_builder.h"
 
-#include "core/bulk_memory.h"
-
 namespace tdms {
 
 segment_builder::segment_builder(byte_vector& out) : out_(out)
 {
-    out_.assign(lead_in_size + sizeof object_count_, 0);
+    out_.resize(lead_in_size + sizeof object_count_);
 }
 
 void segment_builder::object(std::string_view path)
@@ -38,14 +36,14 @@ void segment_builder::properties(const property_map& map)
     for (const auto& [name, stored] : map) {
         put_string(name);
         put(stored->data_type);
-        out_.insert(out_.end(), stored->data.begin(), stored->data.end());
+        append(out_, stored->data.data(), stored->data.size());
     }
 }
 
 void segment_builder::begin_raw_data(std::size_t size)
 {
     metadata_end_ = out_.size();
-    reserve_bulk(out_, out_.size() + size);
+    out_.reserve(out_.size() + size);
 }
 
 void segment_builder::finish()
@@ -57,7 +55,7 @@ void segment_builder::finish()
 void segment_builder::put_string(std::string_view text)
 {
     put(static_cast<std::uint32_t>(text.size()));
-    out_.insert(out_.end(), text.begin(), text.end());
+    append(out_, text.data(), text.size());
 }
 
 }  // namespace tdms

@@ -24,7 +24,7 @@ class segment_builder {
 
     /// Ends the metadata and makes room for the raw data, once.
     void begin_raw_data(std::size_t size);
-    void raw_data(const byte_vector& bytes) { out_.insert(out_.end(), bytes.begin(), bytes.end()); }
+    void raw_data(const byte_vector& bytes) { append(out_, bytes.data(), bytes.size()); }
 
     /// Completes the lead-in.
     void finish();
@@ -35,7 +35,7 @@ class segment_builder {
     {
         unsigned char bytes[sizeof(T)];
         store(bytes, value, true);
-        out_.insert(out_.end(), bytes, bytes + sizeof(T));
+        append(out_, bytes, sizeof(T));
     }
 
     void put_string(std::string_view text);

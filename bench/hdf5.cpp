@@ -1,0 +1,198 @@
+/** The workloads with HDF5, as its users write them. */
+#include "workloads.h"
+
+#ifndef TDMS_BENCH_HDF5
+
+const bench::Runs bench::hdf5_runs{};
+
+#else
+
+#include <hdf5.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace bench {
+
+namespace {
+
+void check(herr_t status)
+{
+    require(status >= 0, "HDF5");
+}
+
+/** HDF5 keeps freed memory in lists of its own. Scattered over the heap it would slow down whoever
+ *  runs next, so it is given back. */
+template <class Work>
+double timed_alone(const Work& work)
+{
+    const double seconds = timed(work);
+    check(H5garbage_collect());
+    return seconds;
+}
+
+/** An identifier with the function that releases it. */
+class Handle {
+  public:
+    Handle(hid_t id, herr_t (*close)(hid_t)) : id_(id), close_(close) { require(id >= 0, "HDF5"); }
+    Handle(Handle&& other) noexcept : id_(std::exchange(other.id_, -1)), close_(other.close_) {}
+    Handle& operator=(Handle&&) = delete;
+    ~Handle()
+    {
+        if (id_ >= 0) close_(id_);
+    }
+    operator hid_t() const { return id_; }
+
+  private:
+    hid_t id_;
+    herr_t (*close_)(hid_t);
+};
+
+Handle create(const std::string& path)
+{
+    return {H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT), H5Fclose};
+}
+
+Handle open(const std::string& path)
+{
+    return {H5Fopen(path.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT), H5Fclose};
+}
+
+Handle extent(hsize_t size, hsize_t limit)
+{
+    return {H5Screate_simple(1, &size, &limit), H5Sclose};
+}
+
+Handle create_dataset(hid_t file, std::size_t index, hid_t type, hid_t space, hid_t properties)
+{
+    const std::string name = channel_name(index);
+    return {H5Dcreate2(file, name.c_str(), type, space, H5P_DEFAULT, properties, H5P_DEFAULT),
+            H5Dclose};
+}
+
+void read_dataset(hid_t file, std::size_t index, hid_t type, void* target)
+{
+    const std::string name = channel_name(index);
+    const Handle dataset(H5Dopen2(file, name.c_str(), H5P_DEFAULT), H5Dclose);
+    check(H5Dread(dataset, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, target));
+}
+
+/** All values at once: contiguous datasets. */
+void write_contiguous(hid_t file, const Series& series)
+{
+    const Handle space = extent(series.values, series.values);
+    for (std::size_t i = 0; i != series.channels; ++i) {
+        const Handle set = create_dataset(file, i, H5T_NATIVE_DOUBLE, space, H5P_DEFAULT);
+        check(H5Dwrite(set, H5T_NATIVE_DOUBLE, H5S_ALL, H5S_ALL, H5P_DEFAULT, series.source(i)));
+    }
+}
+
+std::vector<Handle> create_growing(hid_t file, const Series& series)
+{
+    const hsize_t chunk = std::min<hsize_t>(series.values * series.saves, 1000);
+    const Handle properties(H5Pcreate(H5P_DATASET_CREATE), H5Pclose);
+    check(H5Pset_chunk(properties, 1, &chunk));
+    const Handle space = extent(0, H5S_UNLIMITED);
+    std::vector<Handle> sets;
+    for (std::size_t i = 0; i != series.channels; ++i)
+        sets.push_back(create_dataset(file, i, H5T_NATIVE_DOUBLE, space, properties));
+    return sets;
+}
+
+void append(hid_t set, hid_t memory, hsize_t written, hsize_t count, const double* source)
+{
+    const hsize_t size = written + count;
+    check(H5Dset_extent(set, &size));
+    const Handle space(H5Dget_space(set), H5Sclose);
+    check(H5Sselect_hyperslab(space, H5S_SELECT_SET, &written, nullptr, &count, nullptr));
+    check(H5Dwrite(set, H5T_NATIVE_DOUBLE, memory, space, H5P_DEFAULT, source));
+}
+
+void write_growing(hid_t file, const Series& series)
+{
+    const std::vector<Handle> sets = create_growing(file, series);
+    const Handle memory = extent(series.values, series.values);
+    for (std::size_t save = 0; save != series.saves; ++save) {
+        for (std::size_t i = 0; i != series.channels; ++i)
+            append(sets[i], memory, save * series.values, series.values, series.source(i));
+    }
+}
+
+double write(Series& series)
+{
+    const std::string path = vacated(series.file(".h5"));
+    return timed_alone([&] {
+        const Handle file = create(path);
+        series.saves == 1 ? write_contiguous(file, series) : write_growing(file, series);
+    });
+}
+
+/** Opens the file and reads its first channels. */
+double read_channels(Series& series, std::size_t count)
+{
+    const std::string path = series.file(".h5");
+    if (!exists(path)) write(series);
+    series.clear();
+    const double seconds = timed_alone([&] {
+        const Handle file = open(path);
+        for (std::size_t i = 0; i != count; ++i)
+            read_dataset(file, i, H5T_NATIVE_DOUBLE, series.target(i));
+    });
+    series.verify(count);
+    return seconds;
+}
+
+double read(Series& series)
+{
+    return read_channels(series, series.channels);
+}
+
+/** Opening alone looks at nothing; a channel's description is found when the channel is read. */
+double open_and_read_one(Series& series)
+{
+    return read_channels(series, 1);
+}
+
+Handle text_type()
+{
+    Handle type(H5Tcopy(H5T_C_S1), H5Tclose);
+    check(H5Tset_size(type, H5T_VARIABLE));
+    return type;
+}
+
+double write_texts(Series&)
+{
+    const std::string path = vacated(scratch("texts.h5"));
+    const Handle type = text_type();
+    const Handle space = extent(texts().size(), texts().size());
+    return timed_alone([&] {
+        const Handle file = create(path);
+        const Handle set = create_dataset(file, 0, type, space, H5P_DEFAULT);
+        check(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, text_pointers().data()));
+    });
+}
+
+/** Releasing the texts does not count, since this library keeps its own. */
+double read_texts(Series& none)
+{
+    const std::string path = scratch("texts.h5");
+    if (!exists(path)) write_texts(none);
+    const Handle type = text_type();
+    std::vector<char*> read(texts().size());
+    const double seconds = timed_alone([&] { read_dataset(open(path), 0, type, read.data()); });
+    verify_texts(read);
+    check(H5Dvlen_reclaim(type, extent(read.size(), read.size()), H5P_DEFAULT, read.data()));
+    return seconds;
+}
+
+}  // namespace
+
+const Runs hdf5_runs{.write = write,
+                     .open = open_and_read_one,
+                     .read = read,
+                     .write_texts = write_texts,
+                     .read_texts = read_texts};
+
+}  // namespace bench
+
+#endif

@@ -1,0 +1,181 @@
+/** The workloads with this library, used as an acquisition program uses it. */
+#include <cstring>
+#include <stdexcept>
+
+#include "workloads.h"
+
+namespace bench {
+
+namespace {
+
+void check(int status)
+{
+    if (status < 0) throw std::runtime_error(get_error_description(status));
+}
+
+class File {
+  public:
+    File(const std::string& path, const char* mode)
+    {
+        check(open_file(path.c_str(), mode, &file_));
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    ~File() { close_file(&file_); }
+
+    std::vector<void*> create_channels(std::size_t count)
+    {
+        void* group = nullptr;
+        check(create_group(file_, "group", &group));
+        std::vector<void*> channels(count);
+        for (std::size_t i = 0; i != count; ++i)
+            check(create_channel(group, channel_name(i).c_str(), &channels[i]));
+        return channels;
+    }
+
+    std::vector<void*> channels()
+    {
+        void* group = nullptr;
+        check(get_group(file_, &group));
+        const int count = get_num_channel(group);
+        check(count);
+        std::vector<void*> list(static_cast<std::size_t>(count));
+        check(get_channel(group, list.data()));
+        return list;
+    }
+
+    void save() { check(save_file(file_)); }
+
+  private:
+    void* file_ = nullptr;
+};
+
+void write_file(const Series& series, const std::string& path)
+{
+    File file(path, "w");
+    const std::vector<void*> channels = file.create_channels(series.channels);
+    for (std::size_t save = 0; save != series.saves; ++save) {
+        for (std::size_t i = 0; i != channels.size(); ++i)
+            check(set_channel_data_double(channels[i], series.values, series.source(i)));
+        file.save();
+    }
+}
+
+void read_channels(const std::vector<void*>& channels, Series& series)
+{
+    for (std::size_t i = 0; i != channels.size(); ++i)
+        check(get_channel_data_double(channels[i], series.target(i)));
+}
+
+double write(Series& series)
+{
+    const std::string path = vacated(series.file(".tdms"));
+    return timed([&] { write_file(series, path); });
+}
+
+double open(Series& series)
+{
+    const std::string path = library_file(series);
+    return timed([&] { const File file(path, "r"); });
+}
+
+double read(Series& series)
+{
+    const std::string path = library_file(series);
+    series.clear();
+    const double seconds = timed([&] {
+        File file(path, "r");
+        read_channels(file.channels(), series);
+    });
+    series.verify(series.channels);
+    return seconds;
+}
+
+double read_opened(Series& series)
+{
+    File file(library_file(series), "r");
+    const std::vector<void*> channels = file.channels();
+    series.clear();
+    const double seconds = timed([&] { read_channels(channels, series); });
+    series.verify(series.channels);
+    return seconds;
+}
+
+/** A file of one channel, whose values `stage` sets. */
+template <class Stage>
+double write_channel(const std::string& path, const Stage& stage)
+{
+    return timed([&] {
+        File file(path, "w");
+        check(stage(file.create_channels(1).front()));
+        file.save();
+    });
+}
+
+double write_texts(Series&)
+{
+    return write_channel(vacated(scratch("texts.tdms")), [](void* channel) {
+        return set_channel_data_string(channel, texts().size(), text_pointers().data());
+    });
+}
+
+double read_texts(Series&)
+{
+    std::vector<const char*> read(texts().size());
+    const std::string path = library_text_file();
+    const double seconds = timed([&] {
+        File file(path, "r");
+        check(get_channel_data_string(file.channels().front(), read.data()));
+    });
+    verify_texts(read);
+    return seconds;
+}
+
+double write_times(Series&)
+{
+    return write_channel(vacated(scratch("times.tdms")), [](void* channel) {
+        return set_channel_data_timestamp(channel, timestamps().size(), timestamps().data());
+    });
+}
+
+double read_times(Series& none)
+{
+    const std::string path = scratch("times.tdms");
+    if (!exists(path)) write_times(none);
+    std::vector<timestamp_fields> read(timestamps().size());
+    const double seconds = timed([&] {
+        File file(path, "r");
+        check(get_channel_data_timestamp(file.channels().front(), read.data()));
+    });
+    const std::size_t size = read.size() * sizeof read[0];
+    require(std::memcmp(read.data(), timestamps().data(), size) == 0, "reading timestamps back");
+    return seconds;
+}
+
+}  // namespace
+
+std::string library_file(const Series& series)
+{
+    const std::string path = series.file(".tdms");
+    if (!exists(path)) write_file(series, path);
+    return path;
+}
+
+std::string library_text_file()
+{
+    Series none({});
+    const std::string path = scratch("texts.tdms");
+    if (!exists(path)) write_texts(none);
+    return path;
+}
+
+const Runs library_runs{.write = write,
+                        .open = open,
+                        .read = read,
+                        .read_opened = read_opened,
+                        .write_texts = write_texts,
+                        .read_texts = read_texts,
+                        .write_times = write_times,
+                        .read_times = read_times};
+
+}  // namespace bench
