@@ -6,7 +6,7 @@ packages=()
 for group in "$@"; do
     case $group in
         build) packages+=(g++ cmake make) ;;
-        test) packages+=(libgtest-dev) ;;
+        test) packages+=(libgtest-dev tzdata) ;;
         lint) packages+=(clang-format clang-tidy) ;;
         tool) packages+=(libcli11-dev nlohmann-json3-dev gnuplot-nox) ;;
         bench) packages+=(libbenchmark-dev libhdf5-dev) ;;
