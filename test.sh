@@ -5,7 +5,7 @@
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test lint || exit 1
+cmake/install-packages.sh build test lint tool || exit 1
 
 jobs=$(nproc)
 passed=0

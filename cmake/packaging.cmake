@@ -8,13 +8,16 @@ endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tdms)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_CONTACT "The tdms authors <tdms@users.noreply.github.com>")
+set(CPACK_PACKAGE_CONTACT "The tdms authors <authors@tdms.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each description has a first line of its own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development tool)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -22,25 +25,24 @@ set(TDMS_SAME_VERSION "libtdms${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}-1)"
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtdms${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/triggers)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "TDMS measurement files: library
- A library with a C interface that reads and writes measurement files in the
- TDMS format: a tree of groups and channels, with typed properties and values.")
+A library with a C interface that reads and writes measurement files in the
+TDMS format: a tree of groups and channels, with typed properties and values.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtdms-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ${TDMS_SAME_VERSION})
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "TDMS measurement files: development files
- The header of the TDMS library, and what pkg-config and CMake need to find it.")
+The header of the TDMS library, and what pkg-config and CMake need to find it.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tdms-tools)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS ${TDMS_SAME_VERSION})
 set(CPACK_DEBIAN_TOOL_PACKAGE_RECOMMENDS gnuplot-nox)
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "TDMS measurement files: command-line tool
- The program tdms shows what a measurement file in the TDMS format holds, writes
- values as CSV, draws channels, checks files and salvages torn ones.")
+The program tdms shows what a measurement file in the TDMS format holds, writes
+values as CSV, draws channels, checks files and salvages torn ones.")
 
 # Every package carries its copyright and its changes.
 file(READ LICENSE license)

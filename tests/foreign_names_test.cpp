@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "tdms.h"
@@ -58,7 +59,9 @@ int main()
     if (own.value + other.value + option::open_file() != 3) return fail("own classes");
     for (int& word : mtx) word = -1;
 
-    const std::string path = "/tmp/tdms_foreign_names_" + std::to_string(getpid());
+    const std::string path = (std::filesystem::temp_directory_path() /
+                              ("tdms_foreign_names_" + std::to_string(getpid())))
+                                 .string();
     const int32_t written = 42;
     int32_t read = 0;
     void* file = nullptr;

@@ -1,0 +1,135 @@
+#include <CLI/CLI.hpp>
+#include <csignal>
+
+#include "commands.h"
+
+namespace tool {
+namespace {
+
+// The parser takes an argument in brackets for a list of arguments. A name may stand in brackets
+// all the same: while the line is parsed, a byte goes in front of it that no argument begins with.
+constexpr char bracket_mark = '\1';
+
+std::vector<std::string> marked_arguments(int count, char** arguments)
+{
+    std::vector<std::string> marked;
+    for (int i = count - 1; i > 0; --i) {  // the parser takes them from the back
+        marked.emplace_back(arguments[i]);
+        if (marked.back().starts_with('[')) marked.back().insert(0, 1, bracket_mark);
+    }
+    return marked;
+}
+
+// A command about one file, whose failures are told with the file's name.
+template <class Options>
+bool run_one(bool (*command)(const Options&), const Options& options)
+{
+    return for_each_file({options.file}, [&](const std::string&) { return command(options); });
+}
+
+template <class T>
+CLI::Option* add(CLI::App& command, const char* name, T& variable, const char* what)
+{
+    return command.add_option(name, variable, what)->transform([](const std::string& argument) {
+        return argument.find(bracket_mark) == 0 ? argument.substr(1) : argument;
+    });
+}
+
+// Help and version are asked for; all else that ends the parsing is bad usage.
+int end_early(const CLI::App& app, const CLI::ParseError& e)
+{
+    std::ostringstream asked_for;
+    std::ostringstream complaint;
+    if (app.exit(e, asked_for, complaint) == 0) {
+        output out;
+        out.put(asked_for.str());
+        out.flush();
+        return 0;
+    }
+    const std::vector<std::string> unknown = app.remaining();
+    const std::string what = unknown.empty() ? e.what() : "unknown command: " + unknown.front();
+    report("", what + "\nTry 'tdms --help'.");
+    return 2;
+}
+
+int parse_and_run(int argc, char** argv)
+{
+    CLI::App app("Shows, converts, draws, checks and salvages TDMS measurement files", "tdms");
+    app.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
+    app.require_subcommand(1);
+    app.get_formatter()->column_width(30);
+    app.footer("Except for salvage, FILE may be - for standard input. More: man tdms");
+    const char* const about_files = "The measurement files";
+    const char* const about_file = "The measurement file";
+    const char* const about_channels = "GROUP/CHANNEL, or GROUP for all in it";
+    bool all_well = true;
+
+    info_options infos;
+    CLI::App& info_command =
+        *app.add_subcommand("info", "Show the tree: types, counts, properties");
+    add(info_command, "FILE", infos.files, about_files)->required();
+    CLI::Option* json = info_command.add_flag("--json", infos.json, "As JSON, an array of files");
+    info_command.add_flag("--names", infos.names, "Only GROUP/CHANNEL, one a line")->excludes(json);
+    info_command.callback([&] { all_well = info(infos); });
+
+    dump_options dumps;
+    CLI::App& dump_command = *app.add_subcommand("dump", "Print values as CSV");
+    add(dump_command, "FILE", dumps.file, about_file)->required();
+    add(dump_command, "CHANNEL", dumps.channels, about_channels);
+    dump_command.add_option("--from", dumps.from, "The first row, counted from 0");
+    dump_command.add_option("--count", dumps.count, "How many rows at most");
+    dump_command.add_flag("--crlf", dumps.crlf, "End lines with CR LF");
+    dump_command.callback([&] { all_well = run_one(dump, dumps); });
+
+    plot_options plots;
+    CLI::App& plot_command = *app.add_subcommand("plot", "Draw channels");
+    add(plot_command, "FILE", plots.file, about_file)->required();
+    add(plot_command, "CHANNEL", plots.channels, about_channels)->required();
+    add(plot_command, "-o,--output", plots.target, "A picture, .svg or .png; else the terminal");
+    plot_command.callback([&] { all_well = run_one(plot, plots); });
+
+    std::vector<std::string> checked;
+    CLI::App& check_command = *app.add_subcommand("check", "Tell of each segment if it is whole");
+    add(check_command, "FILE", checked, about_files)->required();
+    check_command.callback([&] { all_well = check(checked); });
+
+    salvage_options salvaged;
+    CLI::App& salvage_command = *app.add_subcommand("salvage", "Copy a torn file's whole segments");
+    add(salvage_command, "FILE", salvaged.file, about_file)->required();
+    add(salvage_command, "-o,--output", salvaged.target, "The file to write")->required();
+    salvage_command.callback([&] { all_well = run_one(salvage, salvaged); });
+
+    try {
+        app.parse(marked_arguments(argc, argv));
+        return all_well ? 0 : 1;
+    } catch (const CLI::ParseError& e) {
+        return end_early(app, e);
+    }
+}
+
+int run(int argc, char** argv)
+{
+    try {
+        return parse_and_run(argc, argv);
+    } catch (const closed_pipe&) {
+        return 0;
+    } catch (const usage_error& e) {
+        report("", e.what());
+        return 2;
+    } catch (const std::bad_alloc&) {
+        report("", "out of memory");
+    } catch (const std::exception& e) {
+        report("", e.what());
+    }
+    return 1;
+}
+
+}  // namespace
+}  // namespace tool
+
+int main(int argc, char** argv)
+{
+    // Who stops reading our output is told apart by the error of the write.
+    std::signal(SIGPIPE, SIG_IGN);
+    return tool::run(argc, argv);
+}

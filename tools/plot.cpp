@@ -1,0 +1,144 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+
+#include "commands.h"
+#include "gnuplot.h"
+#include "new_file.h"
+#include "plot_script.h"
+#include "value_text.h"
+
+namespace tool {
+namespace {
+
+std::string text_property(const channel& c, std::string_view name)
+{
+    for (const property& p : c.properties) {
+        const auto* const text = std::get_if<std::string>(&p.value);
+        if (p.name == name && text != nullptr) return *text;
+    }
+    return {};
+}
+
+std::vector<double> numbers(const channel_values& values)
+{
+    std::vector<double> out;
+    std::visit(
+        [&out](const auto& held) {
+            if constexpr (requires { static_cast<double>(held.items[0]); }) {
+                out.reserve(held.count);
+                for (std::uint64_t i = 0; i != held.count; ++i) {
+                    out.push_back(static_cast<double>(held.items[i]));
+                }
+            }
+        },
+        values);
+    return out;
+}
+
+double seconds_of(const timestamp_fields& t)
+{
+    using namespace std::chrono;
+    const sys_days day =
+        year(t.year) / month(static_cast<unsigned>(t.month)) / static_cast<int>(t.day);
+    const int clock = 3600 * t.hour + 60 * t.minute + t.second;
+    return 86400.0 * static_cast<double>(day.time_since_epoch().count()) + clock +
+           1e-6 * t.microsecond;
+}
+
+// The group's first timestamp channel that can be read and has a time for each of `count` samples.
+// A file whose end was torn off may have more.
+std::optional<time_axis> times_of(const measurement_file& file, const group& g, std::size_t count)
+{
+    for (const channel& c : g.channels) {
+        if (c.type != TDMS_TYPE_TIMESTAMP || c.count < count) continue;
+        try {
+            const channel_values read = file.read(c);
+            const auto& times = std::get<value_array<timestamp_fields>>(read);
+            time_axis axis{std::string(c.own_name()), text_of(times.items[0]).substr(0, 10), {}};
+            for (std::uint64_t i = 0; i != times.count; ++i) {
+                axis.seconds.push_back(seconds_of(times.items[i]));
+            }
+            return axis;
+        } catch (const failure&) {
+            continue;  // perhaps another one
+        }
+    }
+    return std::nullopt;
+}
+
+// The curves of the channels wanted; `all_read` tells whether each of them became one.
+std::vector<curve> read_curves(const measurement_file& file, const plot_options& wanted,
+                               bool& all_read)
+{
+    std::vector<curve> curves;
+    for (const auto& [owner, chosen] : select(file, wanted.channels)) {
+        const channel& c = *chosen;
+        const bool drawable = c.type != TDMS_TYPE_STRING && c.type != TDMS_TYPE_TIMESTAMP;
+        const auto& names = wanted.channels;
+        const bool named = std::find(names.begin(), names.end(), c.name) != names.end();
+        // Of a whole group, the channels with something to draw are meant.
+        if (!named && (!drawable || c.count == 0)) continue;
+        try {
+            if (!drawable)
+                throw failure("values of type " + type_name(c.type) + " cannot be drawn");
+            std::vector<double> values;
+            if (c.count != 0) values = numbers(file.read(c));
+            if (std::none_of(values.begin(), values.end(), is_drawable)) {
+                throw failure("it has no values to draw");
+            }
+            std::string label = text_property(c, "name");
+            if (label.empty()) label = c.own_name();
+            curves.push_back(
+                {owner, std::move(label), text_property(c, "unit"), std::move(values)});
+        } catch (const failure& e) {
+            report(wanted.file, in_quotes(c.name) + ": " + e.what());
+            all_read = false;
+        }
+    }
+    return curves;
+}
+
+// The times of all curves' groups; none, unless all of them have their times.
+time_axes read_times(const measurement_file& file, const std::vector<curve>& curves)
+{
+    std::map<const group*, std::size_t> longest;
+    for (const curve& c : curves) longest[c.owner] = std::max(longest[c.owner], c.values.size());
+    time_axes times;
+    for (const auto& [owner, count] : longest) {
+        std::optional<time_axis> axis = times_of(file, *owner, count);
+        if (!axis) return {};
+        times.emplace(owner, std::move(*axis));
+    }
+    return times;
+}
+
+}  // namespace
+
+bool plot(const plot_options& wanted)
+{
+    check_picture_name(wanted.target);
+    const input from(wanted.file);
+    const measurement_file file(from);
+    bool all_read = true;
+    const std::vector<curve> curves = read_curves(file, wanted, all_read);
+    if (curves.empty()) throw failure("there is nothing to draw");
+    const time_axes times = read_times(file, curves);
+    const std::string title = wanted.file.substr(wanted.file.rfind('/') + 1);
+    const std::string script = plot_script(curves, times, title, wanted.target);
+    if (wanted.target.empty()) {
+        run_gnuplot(script, STDOUT_FILENO);
+        output out;
+        out.put('\n');  // which gnuplot leaves out
+        out.flush();
+    } else {
+        new_file picture(wanted.target);
+        run_gnuplot(script, picture.file());
+        picture.commit();
+    }
+    return all_read;
+}
+
+}  // namespace tool

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cmath>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "measurement_file.h"
+
+namespace tool {
+
+/// The times of a group's samples, in seconds of the local clock.
+struct time_axis {
+    std::string name;
+    std::string first_day;
+    std::vector<double> seconds;
+};
+
+struct curve {
+    const group* owner;
+    std::string name;
+    std::string unit;
+    std::vector<double> values;
+};
+
+using time_axes = std::map<const group*, time_axis>;
+
+/// Whether a value is a number, and one with which the width of an axis can be computed.
+inline bool is_drawable(double value)
+{
+    return std::abs(value) <= 1e300;
+}
+
+/// Throws a usage_error if no picture can have that name. An empty one stands for the terminal.
+void check_picture_name(const std::string& target);
+
+/// The script by which gnuplot draws the curves, over the times of their groups, or over the
+/// samples' numbers if there are no times.
+std::string plot_script(const std::vector<curve>& curves, const time_axes& times,
+                        const std::string& title, const std::string& target);
+
+}  // namespace tool

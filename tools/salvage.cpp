@@ -1,0 +1,67 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "commands.h"
+#include "measurement_file.h"
+#include "new_file.h"
+#include "segments.h"
+
+namespace tool {
+namespace {
+
+bool is_same_file(int file, const std::string& path)
+{
+    struct stat left {};
+    struct stat right {};
+    return fstat(file, &left) == 0 && stat(path.c_str(), &right) == 0 &&
+           left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
+void copy_begin(const input& from, std::uint64_t size, new_file& to)
+{
+    progress shown("copying", size);
+    std::vector<char> bytes(1 << 20);
+    if (lseek(from.file(), 0, SEEK_SET) != 0) throw system_failure("reading");
+    for (std::uint64_t done = 0; done != size; shown.at(done)) {
+        const auto part = std::min<std::uint64_t>(bytes.size(), size - done);
+        const std::size_t got = read_some(from.file(), bytes.data(), part, "reading");
+        if (got == 0) throw failure("the file has become shorter");
+        to.write(bytes.data(), got);
+        done += got;
+    }
+}
+
+}  // namespace
+
+bool salvage(const salvage_options& wanted)
+{
+    const input from(wanted.file);
+    if (is_same_file(from.file(), wanted.target)) {
+        throw usage_error("the file to write is the file to read: " + in_quotes(wanted.target));
+    }
+    sound_part sound;
+    {
+        progress shown("checking", from.size());
+        sound = walk_file(from, [&shown](const segment_facts& s) { shown.at(s.offset); });
+    }
+    if (sound.size == 0 && sound.file_size != 0) {
+        throw failure("there is nothing to keep: " + sound.fault);
+    }
+    new_file to(wanted.target);
+    copy_begin(from, sound.size, to);
+    const measurement_file opens{input(to.path())};
+    to.commit();
+    output out;
+    out.put("kept: " + count_of(sound.segments, "segment") + ", " + count_of(sound.size, "byte") +
+            ", " + count_of(sound.values, "value") + '\n');
+    const std::uint64_t lost = sound.file_size - sound.size;
+    out.put(lost == 0 ? "lost: nothing\n"
+                      : "lost: " + count_of(lost, "byte") + " from offset " +
+                            std::to_string(sound.size) + " on: " + sound.fault + '\n');
+    out.flush();
+    return true;
+}
+
+}  // namespace tool
