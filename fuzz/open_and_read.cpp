@@ -11,29 +11,31 @@
 
 namespace {
 
-// More values than any input can hold; a count beyond it must be refused without an array.
+// More values than any input can hold: such a count must be refused without an array.
 constexpr std::uint64_t most_values = 1 << 16;
 
 template <class T>
 void read_values(int (*get)(void*, T*), void* channel, std::uint64_t count)
 {
-    std::vector<unsigned char> memory(count * sizeof(T));
-    if (get(channel, count == 0 ? nullptr : reinterpret_cast<T*>(memory.data())) == 0 &&
-        count == 0) {
-        std::uint64_t stated = 0;
-        get_num_channel_data(channel, &stated);
-        if (stated != 0) __builtin_trap();
-    }
+    const bool impossible = count > most_values;
+    std::vector<timestamp_fields> memory(impossible ? 0 : count);
+    const int status = get(channel, reinterpret_cast<T*>(impossible ? nullptr : memory.data()));
+    if (impossible && status == 0) __builtin_trap();
 }
 
 void read_channel(void* channel)
 {
+    std::vector<const char*> names(static_cast<std::size_t>(get_num_channel_property(channel)));
+    get_channel_property(channel, names.data());
+    for (const char* name : names) {
+        char buffer[64];
+        timestamp_fields time;
+        get_channel_property_string(channel, name, buffer, sizeof buffer);
+        get_channel_property_timestamp(channel, name, &time);
+    }
     std::uint64_t count = 0;
     get_num_channel_data(channel, &count);
-    if (count > most_values) count = 0;
     switch (get_channel_datatype(channel)) {
-        case TDMS_TYPE_INT8:
-            return read_values(get_channel_data_int8, channel, count);
         case TDMS_TYPE_INT32:
             return read_values(get_channel_data_int32, channel, count);
         case TDMS_TYPE_DOUBLE:
@@ -45,22 +47,7 @@ void read_channel(void* channel)
         case TDMS_TYPE_TIMESTAMP:
             return read_values(get_channel_data_timestamp, channel, count);
         default:
-            return read_values(get_channel_data_uint16, channel, count);
-    }
-}
-
-void read_properties(void* channel)
-{
-    std::vector<const char*> names(static_cast<std::size_t>(get_num_channel_property(channel)));
-    get_channel_property(channel, names.data());
-    for (const char* name : names) {
-        char buffer[64];
-        double number = 0;
-        timestamp_fields time;
-        get_channel_property_datatype(channel, name);
-        get_channel_property_string(channel, name, buffer, sizeof buffer);
-        get_channel_property_double(channel, name, &number);
-        get_channel_property_timestamp(channel, name, &time);
+            return read_values(get_channel_data_int8, channel, count);
     }
 }
 
@@ -72,7 +59,6 @@ void walk(void* file)
         std::vector<void*> channels(static_cast<std::size_t>(get_num_channel(group)));
         get_channel(group, channels.data());
         for (void* channel : channels) {
-            read_properties(channel);
             try {
                 read_channel(channel);
             } catch (const std::out_of_range&) {

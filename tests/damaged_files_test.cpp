@@ -22,71 +22,60 @@ std::string metadata(std::uint32_t objects, const std::string& bytes)
 }
 
 struct open_row {
+    int expected;
     const char* what;
     std::string file;
-    int expected;
 };
 
 TEST(DamagedFiles, Opening)
 {
     const std::string huge(8, '\xFF');
-    const std::string body = u32(0);
+    const std::string empty = u32(0);
+    const std::string lengths = u64(4) + u64(4) + empty;
     const std::string property = object("/", none, u32(1) + text("p"));
+    const std::string c = "/'g'/'c'";
+    const std::string no_texts = object(c, string_index(0, 0));
+    const int damaged = TDMS_CHANNEL_READ;
     const open_row rows[] = {
-        {"empty", "", 0},
-        {"no objects", segment({}), 0},
-        {"stray bytes behind the last segment", segment({}) + "TDSm", TDMS_FILE_READ},
-        {"stray lead-in length behind it", segment({}) + std::string(28, 'x'), TDMS_FILE_TAG},
-        {"tag first of all faults", "TDSn" + u32(0) + u32(0) + u64(0) + u64(0), TDMS_FILE_TAG},
-        {"big-endian flag", "TDSm" + u32(0x4E) + u32(0) + u64(4) + u64(4) + body, TDMS_FILE_TOC},
-        {"interleaved", "TDSm" + u32(0x2E) + u32(4713) + u64(4) + u64(4) + body, TDMS_FILE_TOC},
-        {"no new object list", "TDSm" + u32(10) + u32(4713) + u64(4) + u64(4) + body,
-         TDMS_FILE_TOC},
-        {"version", "TDSm" + u32(14) + u32(4712) + u64(4) + u64(4) + body, TDMS_FILE_VERSION},
-        {"no metadata", lead_in(0, 0), TDMS_FILE_READ},
-        {"metadata longer than the file", lead_in(5, 0) + body, TDMS_FILE_READ},
-        {"metadata of 2^64-1 bytes", "TDSm" + u32(14) + u32(4713) + huge + huge + body,
-         TDMS_FILE_READ},
-        {"raw data longer than the file", lead_in(4, 1) + body, TDMS_FILE_READ},
-        {"raw data that would lead backwards", lead_in(4, ~std::uint64_t{0} - 31) + body,
-         TDMS_FILE_READ},
-        {"metadata's fault before that of the raw data", lead_in(4, 1) + u32(1), TDMS_CHANNEL_READ},
-        {"object count", metadata(0xFFFFFFFF, ""), TDMS_CHANNEL_READ},
-        {"path length", metadata(1, u32(0xFFFFFFFF) + "/'g'"), TDMS_CHANNEL_READ},
-        {"index cut", metadata(1, text("/'g'") + "\xFF\xFF"), TDMS_CHANNEL_READ},
-        {"property count", segment({object("/", none, u32(0xFFFFFFFF))}), TDMS_CHANNEL_READ},
-        {"property text length", segment({property + u32(32) + huge}), TDMS_CHANNEL_READ},
-        {"property value cut", segment({property + u32(4) + "1234567"}), TDMS_CHANNEL_READ},
-        {"property without bytes", segment({property + u32(11)}), 0},
-        {"path of no character", segment({object("", none)}), TDMS_CHANNEL_READ},
-        {"path of one character", segment({object("a", none)}), TDMS_CHANNEL_READ},
-        {"path without a slash", segment({object("abc", none)}), TDMS_CHANNEL_READ},
-        {"group path of two characters", segment({object("/a", none)}), TDMS_CHANNEL_READ},
-        {"group path of three characters", segment({object("/ab", none)}), 0},
-        {"channel of a group path too short", segment({object("//'c'", none)}), TDMS_CHANNEL_READ},
-        {"channel path without room for a name", segment({object("/'g'/'", none)}),
-         TDMS_CHANNEL_READ},
-        {"channel with an empty name", segment({object("/'g'/''", none)}), 0},
-        {"index of unknown form", segment({group_g, object("/'g'/'c'", u32(24))}), TDMS_INDEX},
-        {"dimension", segment({group_g, object("/'g'/'c'", fixed_index(3, 1, 2))}),
-         TDMS_CHANNEL_READ},
-        {"another type", segment({one_value, object("/'g'/'c'", fixed_index(10, 1))}),
-         TDMS_CHANNEL_READ},
-        {"texts in a channel of numbers",
-         segment({one_value, object("/'g'/'c'", string_index(1, 5))}), TDMS_CHANNEL_READ},
-        {"texts whose index states another type",
-         segment(
-             {object("/'g'/'c'", string_index(0, 0)), object("/'g'/'c'", string_index(0, 0, 77))}),
-         0},
-        {"numbers in a channel of texts",
-         segment({object("/'g'/'c'", string_index(0, 0)), object("/'g'/'c'", fixed_index(3, 0))}),
-         TDMS_CHANNEL_READ},
-        {"a group's index is passed over",
-         segment({object("/'g'", u32(7) + "abc"), one_value}, u32(1)), 0},
-        {"a group's index beyond the metadata", segment({object("/'g'", u32(1000))}),
-         TDMS_CHANNEL_READ},
-        {"a group's index of one byte", metadata(1, text("/'g'") + u32(1) + std::string(1, '\0')),
-         0},
+        {0, "empty", ""},
+        {0, "no objects", segment({})},
+        {TDMS_FILE_READ, "stray bytes behind the last segment", segment({}) + "TDSm"},
+        {TDMS_FILE_TAG, "as many as a lead-in", segment({}) + std::string(28, 'x')},
+        {TDMS_FILE_TAG, "the tag first", "TDSn" + u32(0) + u32(0) + lengths},
+        {TDMS_FILE_TOC, "big-endian flag", "TDSm" + u32(0x4E) + u32(0) + lengths},
+        {TDMS_FILE_TOC, "interleaved", "TDSm" + u32(0x2E) + u32(4713) + lengths},
+        {TDMS_FILE_TOC, "no new object list", "TDSm" + u32(10) + u32(4713) + lengths},
+        {TDMS_FILE_VERSION, "version", "TDSm" + u32(14) + u32(4712) + lengths},
+        {TDMS_FILE_READ, "no metadata", lead_in(0, 0)},
+        {TDMS_FILE_READ, "metadata longer than the file", lead_in(5, 0) + empty},
+        {TDMS_FILE_READ, "of 2^64-1 bytes", "TDSm" + u32(14) + u32(4713) + huge + huge + empty},
+        {TDMS_FILE_READ, "raw data longer than the file", lead_in(4, 1) + empty},
+        {TDMS_FILE_READ, "raw data that leads backwards", lead_in(4, ~0ull - 31) + empty},
+        {damaged, "metadata's fault before that of the raw data", lead_in(4, 1) + u32(1)},
+        {damaged, "object count", metadata(0xFFFFFFFF, "")},
+        {damaged, "path length", metadata(1, u32(0xFFFFFFFF) + "/'g'")},
+        {damaged, "index cut", metadata(1, text("/'g'") + "\xFF\xFF")},
+        {damaged, "property count", segment({object("/", none, u32(0xFFFFFFFF))})},
+        {damaged, "property text length", segment({property + u32(32) + huge})},
+        {damaged, "property value cut", segment({property + u32(4) + "1234567"})},
+        {0, "property without bytes", segment({property + u32(11)})},
+        {damaged, "path of no character", segment({object("", none)})},
+        {damaged, "path of one character", segment({object("a", none)})},
+        {damaged, "path without a slash", segment({object("abc", none)})},
+        {damaged, "group path of two characters", segment({object("/a", none)})},
+        {0, "group path of three characters", segment({object("/ab", none)})},
+        {damaged, "channel of a group path too short", segment({object("//'c'", none)})},
+        {damaged, "no room for a channel's name", segment({object("/'g'/'", none)})},
+        {0, "channel with an empty name", segment({object("/'g'/''", none)})},
+        {TDMS_INDEX, "index of unknown form", segment({group_g, object(c, u32(24))})},
+        {damaged, "dimension", segment({group_g, object(c, fixed_index(3, 1, 2))})},
+        {damaged, "another type", segment({one_value, object(c, fixed_index(10, 1))})},
+        {damaged, "texts for numbers", segment({one_value, object(c, string_index(1, 5))})},
+        {0, "texts of another type", segment({no_texts, object(c, string_index(0, 0, 77))})},
+        {damaged, "numbers for texts", segment({no_texts, object(c, fixed_index(3, 0))})},
+        {0, "a group's index", segment({object("/'g'", u32(7) + "abc"), one_value}, u32(1))},
+        {damaged, "one beyond the metadata", segment({object("/'g'", u32(1000))})},
+        {0, "one of one byte", metadata(1, text("/'g'") + u32(1) + std::string(1, '\0'))},
     };
     const scratch_file scratch;
     for (const open_row& row : rows) {
@@ -123,118 +112,91 @@ TEST(ForeignFiles, NamesAndGroupsThatWereNeverListed)
     EXPECT_EQ(32, get_channel_property_datatype(file.channel(0, 1), "p")) << "the later one counts";
 }
 
+constexpr int refused = TDMS_CHANNEL_DATA_READ;
+constexpr int failed_lookup = 1;
+
 struct fetch_row {
+    int expected;  // a status, or a failed lookup
     const char* what;
     std::string file;
-    int expected;  // a status, or 1 for a failed lookup
-    std::vector<std::int32_t> values;
+    std::vector<std::int32_t> values = {};
 };
 
-// Reads channel 'c' of group 'g' as 32-bit integers from an array that knows what was written.
+// Channel c of group g, wherever it is.
+void* channel_c(const open_tdms& file)
+{
+    for (std::size_t g = 0;; ++g) {
+        if (name_of(get_group_name, file.group(g)) != "g") continue;
+        for (std::size_t c = 0;; ++c) {
+            if (name_of(get_channel_name, file.channel(g, c)) == "c") return file.channel(g, c);
+        }
+    }
+}
+
+// Reads 32-bit integers into an array that knows what was written.
 TEST(DamagedFiles, FetchingNumbers)
 {
     const std::string c = "/'g'/'c'";
     const std::string b = "/'g'/'b'";
     const std::string same = object(c, as_before);
-    const std::uint64_t wraps = (std::uint64_t{1} << 62) + 1;  // times 4 is 4
-    const int failed_lookup = 1;
+    const std::string seven = segment({one_value}, u32(7));
+    const std::string eight = segment({one_value}, u32(8));
+    const std::string huge_text = object(b, string_index(0, ~3ull));
+    const std::string wrapping_b = int32_channel(b, (1ull << 62) + 1);  // times 4 is 4
+    const std::string wrapping_c = int32_channel(c, (1ull << 62) + 1);
+    const std::string no_c = object(c, none);
+    const std::string h = object("/'h'", none);
+    const std::string one_b = int32_channel(b, 1);
+    const std::string two_b = int32_channel(b, 2);
+    const std::string b_text = object(b, string_index(1, 5));
+    const std::string c_text = object(c, string_index(1, 8, 3));
+    const std::string a_x = int32_channel("/'a'/'x'", 1);
+    const std::string h_x = int32_channel("/'h'/'x'", 1);
+    const std::string unknown = object(b, fixed_index(0x4F, 1));
+    const std::string five = object(c, fixed_index(3, 5));
+    const std::string two_seven = u32(1) + u32(7);
+    const std::string b_same = segment({object(b, as_before), same}, u32(2) + u32(8));
     const fetch_row rows[] = {
-        {"two segments", segment({one_value}, u32(7)) + segment({one_value}, u32(8)), 0, {7, 8}},
-        {"the same index as before",
-         segment({one_value}, u32(7)) + segment({same}, u32(8)),
-         0,
-         {7, 8}},
-        {"the first chunk only", segment({one_value}, u32(7) + u32(8)), 0, {7}},
-        {"no values", segment({object(c, none)}), TDMS_CHANNEL_DATATYPE, {}},
-        {"behind another channel",
-         segment({int32_channel(b, 2), one_value}, u32(1) + u32(2) + u32(7)),
-         0,
-         {7}},
-        {"behind texts",
-         segment({object(b, string_index(1, 5)), one_value}, u32(1) + "x" + u32(7)),
-         0,
-         {7}},
-        {"behind an index as before",
-         segment({int32_channel(b, 1), one_value}, u32(1) + u32(7)) +
-             segment({object(b, as_before), same}, u32(2) + u32(8)),
-         0,
-         {7, 8}},
-        {"block beyond the raw data",
-         segment({int32_channel(c, 2)}, u32(7)),
-         TDMS_CHANNEL_DATA_READ,
-         {}},
-        {"block behind too long a block",
-         segment({int32_channel(b, 2), one_value}, u32(7)),
-         TDMS_CHANNEL_DATA_READ,
-         {}},
-        {"no block behind too long a block",
-         segment({int32_channel(b, 2), object(c, none)}, u32(7)) + segment({one_value}, u32(8)),
-         0,
-         {8}},
-        {"a product that wraps",
-         segment({int32_channel(c, wraps)}, u32(7)),
-         TDMS_CHANNEL_DATA_READ,
-         {}},
-        {"a product before it that wraps",
-         segment({int32_channel(b, wraps), one_value}, u32(1) + u32(7)),
-         TDMS_CHANNEL_DATA_READ,
-         {}},
-        {"a sum that wraps",
-         segment({object(b, string_index(0, ~std::uint64_t{3})), one_value,
-                  int32_channel("/'g'/'d'", 0)},
-                 u32(7)),
-         TDMS_CHANNEL_DATA_READ,
-         {}},
-        {"the same index, never given", segment({same}) + segment({one_value}, u32(7)), 0, {7}},
-        {"count without bytes",
-         segment({one_value}, u32(7)) +
-             segment({object(c, fixed_index(3, 5)), same}, std::string(20, 'x')),
-         TDMS_CHANNEL_DATA_READ,
-         {}},
-        {"root and groups before it",
+        {0, "two segments", seven + eight, {7, 8}},
+        {0, "the same index as before", seven + segment({same}, u32(8)), {7, 8}},
+        {0, "the same index, never given", segment({same}) + seven, {7}},
+        {0, "the first chunk only", segment({one_value}, u32(7) + u32(8)), {7}},
+        {TDMS_CHANNEL_DATATYPE, "no values", segment({no_c})},
+        {0, "behind values", segment({two_b, one_value}, u32(1) + two_seven), {7}},
+        {0, "behind texts", segment({b_text, one_value}, u32(1) + "x" + u32(7)), {7}},
+        {0, "behind one as before", segment({one_b, one_value}, two_seven) + b_same, {7, 8}},
+        {0,
+         "behind the root and groups",
          segment({object("/", none), group_g, one_value}, u32(7)),
-         0,
          {7}},
-        {"values of another group before it",
-         segment({int32_channel("/'a'/'x'", 1), one_value}, u32(1) + u32(7)),
-         TDMS_CHANNEL_DATA_READ,
-         {}},
-        {"another group behind it",
-         segment({one_value, int32_channel("/'h'/'x'", 1)}, u32(7) + u32(1)),
-         0,
-         {7}},
-        {"another group behind a channel of the group",
-         segment({int32_channel(b, 0), object("/'h'", none), one_value}, u32(7)),
-         failed_lookup,
-         {}},
-        {"a type that is not known before it",
-         segment({object(b, fixed_index(0x4F, 1)), one_value}, u32(7)),
-         failed_lookup,
-         {}},
-        {"texts in a channel of numbers",
-         segment({object(c, string_index(1, 8, 3))}, u32(4) + "abcd"),
-         0,
-         {4}},
+        {0, "in front of another group", segment({one_value, h_x}, two_seven), {1}},
+        {refused, "behind another group's values", segment({a_x, one_value}, two_seven)},
+        {failed_lookup, "with a group between",
+         segment({int32_channel(b, 0), h, one_value}, u32(7))},
+        {failed_lookup, "behind an unknown type", segment({unknown, one_value}, u32(7))},
+        {refused, "beyond the raw data", segment({int32_channel(c, 2)}, u32(7))},
+        {refused, "behind too long a block", segment({two_b, one_value}, u32(7))},
+        {0, "no block behind too long a block", segment({two_b, no_c}, u32(7)) + eight, {8}},
+        {refused, "a product that wraps", segment({wrapping_c}, u32(7))},
+        {refused, "a product before it that wraps", segment({wrapping_b, one_value}, two_seven)},
+        {refused, "a sum that wraps", segment({huge_text, one_value}, u32(7))},
+        {refused, "a count without bytes", seven + segment({five, same}, std::string(20, 'x'))},
+        {0, "texts for numbers", segment({c_text}, u32(4) + "abcd"), {4}},
     };
     const scratch_file scratch;
     for (const fetch_row& row : rows) {
         scratch.fill(row.file);
         const open_tdms file(scratch, "r");
         ASSERT_EQ(0, file.status) << row.what;
+        void* const channel = channel_c(file);
         std::vector<std::int32_t> values(4, -1);
+        int got = failed_lookup;
+        const auto thrown =
+            thrown_text([&] { got = get_channel_data_int32(channel, values.data()); });
+        EXPECT_EQ(row.expected, got) << row.what;
+        EXPECT_EQ(row.expected == failed_lookup ? "map::at" : "nothing", thrown) << row.what;
         std::vector<std::int32_t> expected = row.values;
         expected.resize(4, -1);
-        const std::size_t group = std::strcmp(row.what, "values of another group before it") == 0;
-        const std::size_t last = static_cast<std::size_t>(get_num_channel(file.group(group))) - 1;
-        void* channel = file.channel(group, last);
-        if (name_of(get_channel_name, channel) != "c") channel = file.channel(group, last - 1);
-        if (row.expected == failed_lookup) {
-            EXPECT_EQ("map::at",
-                      thrown_text([&] { get_channel_data_int32(channel, values.data()); }))
-                << row.what;
-        } else {
-            EXPECT_EQ(row.expected, get_channel_data_int32(channel, values.data())) << row.what;
-        }
         EXPECT_EQ(expected, values) << row.what;
     }
 }
@@ -245,22 +207,19 @@ TEST(DamagedFiles, FetchingTexts)
     const auto texts = [&c](std::uint64_t count, const std::string& block) {
         return segment({object(c, string_index(count, block.size()))}, block);
     };
+    const std::string as_before_b = segment({object(c, as_before)}, u32(1) + "b");
     const open_row rows[] = {
-        {"sound", texts(2, u32(1) + u32(3) + "abc"), 0},
-        {"more bytes than the offsets need", texts(1, u32(1) + "abc"), 0},
-        {"falling offsets", texts(2, u32(3) + u32(1) + "abc"), TDMS_CHANNEL_DATA_READ},
-        {"an offset past the block", texts(2, u32(1) + u32(4) + "abc"), TDMS_CHANNEL_DATA_READ},
-        {"an offset far past it", texts(1, u32(0xFFFFFFFF) + "abc"), TDMS_CHANNEL_DATA_READ},
-        {"a table longer than the block", texts(3, u32(1) + u32(1)), TDMS_CHANNEL_DATA_READ},
-        {"a count that wraps", texts(std::uint64_t{1} << 62, "abcd"), TDMS_CHANNEL_DATA_READ},
-        {"a count without a block", segment({object(c, string_index(1, 0))}),
-         TDMS_CHANNEL_DATA_READ},
-        {"a size past the raw data", segment({object(c, string_index(1, 9))}, u32(0)),
-         TDMS_CHANNEL_DATA_READ},
-        {"numbers claimed as texts", segment({object(c, fixed_index(32, 1))}, u32(0)),
-         TDMS_CHANNEL_DATA_READ},
-        {"the same index as before",
-         texts(1, u32(1) + "a") + segment({object(c, as_before)}, u32(1) + "b"), 0},
+        {0, "sound", texts(2, u32(1) + u32(3) + "abc")},
+        {0, "more bytes than the offsets need", texts(1, u32(1) + "abc")},
+        {0, "the same index as before", texts(1, u32(1) + "a") + as_before_b},
+        {refused, "falling offsets", texts(2, u32(3) + u32(1) + "abc")},
+        {refused, "an offset past the block", texts(2, u32(1) + u32(4) + "abc")},
+        {refused, "an offset far past it", texts(1, u32(0xFFFFFFFF) + "abc")},
+        {refused, "a table longer than the block", texts(3, u32(1) + u32(1))},
+        {refused, "a count that wraps", texts(1ull << 62, "abcd")},
+        {refused, "a count without a block", segment({object(c, string_index(1, 0))})},
+        {refused, "a size past the raw data", segment({object(c, string_index(1, 9))}, u32(0))},
+        {refused, "numbers for texts", segment({object(c, fixed_index(32, 1))}, u32(0))},
     };
     const scratch_file scratch;
     for (const open_row& row : rows) {

@@ -14,7 +14,7 @@ namespace {
 // of it that the loader made for the whole process. Such a copy is in the program itself, and
 // carries our symbol version.
 template <class T>
-T& process_wide(T& own, const char* name)
+T& process_wide(T& own, const char* name) noexcept
 {
     void* const program = dlopen(nullptr, RTLD_LAZY);
     link_map* program_map = nullptr;
@@ -28,7 +28,7 @@ T& process_wide(T& own, const char* name)
 
 }  // namespace
 
-registry& open_files()
+registry& open_files() noexcept
 {
     static registry all{process_wide(fileHandles, "fileHandles"), process_wide(mtx, "mtx")};
     return all;

@@ -10,6 +10,6 @@ struct registry {
     std::mutex& lock;
 };
 
-registry& open_files();
+registry& open_files() noexcept;
 
 }  // namespace tdms
