@@ -4,6 +4,7 @@
 #include "measurement_file.h"
 #include "reader/metadata.h"
 #include "reader/object_finder.h"
+#include "reader/object_path.h"
 #include "reader/segment_walk.h"
 
 namespace tool {
@@ -39,34 +40,20 @@ class metadata_reader {
         std::uint64_t chunk_count = 0;
         std::uint64_t chunk_size = 0;
     };
-    enum class kind { unknown, plain, channel };
-
-    // The slashes of a path tell what it names.
-    static kind kind_of(std::string_view path)
-    {
-        if (path == tdms::root_path) return kind::plain;
-        const std::size_t first = path.find('/');
-        if (path.size() < 2 || first == std::string_view::npos) return kind::unknown;
-        if (path.find('/', first + 1) == std::string_view::npos) {
-            return path.size() < 3 ? kind::unknown : kind::plain;
-        }
-        const std::size_t split = path.find('/', 1);
-        return split < 3 || path.size() < split + 3 ? kind::unknown : kind::channel;
-    }
 
     int read_object(tdms::metadata_cursor& cursor, segment_facts& facts)
     {
         const std::string_view path = cursor.string();
-        const kind named = kind_of(path);
-        if (named == kind::unknown) {
+        const tdms::object_path_parts parts = tdms::parse_object_path(path);
+        if (parts.kind == tdms::object_kind::invalid) {
             return fault(TDMS_CHANNEL_READ, "has an invalid path: " + in_quotes(path));
         }
-        if (named == kind::plain) {
+        if (parts.kind != tdms::object_kind::channel) {
             const std::uint32_t first = cursor.peek_u32();
             const bool short_form = first == tdms::index_as_before || first == tdms::index_none;
             cursor.bytes(short_form ? 4 : first);
             regular_ = regular_ && first == tdms::index_none && !in_channels_;
-        } else if (const int status = read_index(cursor, path, facts)) {
+        } else if (const int status = read_index(cursor, path, parts.group_path, facts)) {
             return status;
         }
         const std::uint32_t count = cursor.u32();
@@ -77,33 +64,23 @@ class metadata_reader {
         return TDMS_OK;
     }
 
-    int read_index(tdms::metadata_cursor& cursor, std::string_view path, segment_facts& facts)
+    int read_index(tdms::metadata_cursor& cursor, std::string_view path, std::string_view group,
+                   segment_facts& facts)
     {
         known_channel* known = finder_.find(path);
         if (known == nullptr) known = &finder_.add(path);
-        const std::string_view group = path.substr(0, path.find('/', 1));
         if (group_.empty()) group_ = group;
         regular_ = regular_ && group == group_;
         in_channels_ = true;
         const tdms::raw_data_index index = tdms::read_raw_data_index(cursor);
         if (!cursor.ok()) return TDMS_OK;
-        if (!tdms::is_known_form(index.form)) {
-            return fault(TDMS_INDEX, "has a raw data index of the unknown form " +
-                                         std::to_string(index.form) + ": " + in_quotes(path));
+        const std::uint32_t type_before = known->data_type;
+        if (const int status = tdms::apply_index(index, known->data_type, known->chunk_count)) {
+            return fault(status, index_fault(index, type_before) + in_quotes(path));
         }
         if (tdms::is_explicit(index.form)) {
-            const bool texts = index.form == tdms::index_string;
-            const std::uint32_t stated = texts ? std::uint32_t{TDMS_TYPE_STRING} : index.data_type;
-            if (known->data_type == 0) {
-                known->data_type = index.data_type;
-            } else if (known->data_type != stated) {
-                return fault(TDMS_CHANNEL_READ, "changes its data type: " + in_quotes(path));
-            }
-            if (index.dimension != 1) {
-                return fault(TDMS_CHANNEL_READ, "has a dimension other than 1: " + in_quotes(path));
-            }
-            known->chunk_count = index.value_count;
-            known->chunk_size = texts ? index.byte_count : size_of(index);
+            known->chunk_size =
+                index.form == tdms::index_string ? index.byte_count : size_of(index);
         }
         if (index.form != tdms::index_none && known->chunk_count != 0) {
             ++facts.channels;
@@ -112,6 +89,18 @@ class metadata_reader {
             raw_left_ -= known->chunk_size;
         }
         return TDMS_OK;
+    }
+
+    // Why an index is refused, of a channel of that type.
+    static std::string index_fault(const tdms::raw_data_index& index, std::uint32_t type)
+    {
+        if (!tdms::is_known_form(index.form)) {
+            return "has a raw data index of the unknown form " + std::to_string(index.form) + ": ";
+        }
+        const bool texts = index.form == tdms::index_string;
+        const bool same_type = texts ? type == TDMS_TYPE_STRING : type == index.data_type;
+        return type == 0 || same_type ? "has a dimension other than 1: "
+                                      : "changes its data type: ";
     }
 
     // The bytes of a channel's values; of a type without a size, or if there are too many, all

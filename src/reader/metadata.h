@@ -38,6 +38,24 @@ inline raw_data_index read_raw_data_index(metadata_cursor& cursor)
     return index;
 }
 
+/// Takes an index into what is known of its channel: the type, 0 while it is open, and the number
+/// of values of the latest explicit index.
+inline int apply_index(const raw_data_index& index, std::uint32_t& data_type,
+                       std::uint64_t& chunk_count)
+{
+    if (!is_known_form(index.form)) return TDMS_INDEX;
+    if (!is_explicit(index.form)) return TDMS_OK;
+    // Deliberate: what type an index of the string form states does not matter, as long as the
+    // channel is known to hold strings.
+    const std::uint32_t stated =
+        index.form == index_string ? std::uint32_t{TDMS_TYPE_STRING} : index.data_type;
+    if (data_type != 0 && data_type != stated) return TDMS_CHANNEL_READ;
+    if (data_type == 0) data_type = index.data_type;
+    if (index.dimension != 1) return TDMS_CHANNEL_READ;
+    chunk_count = index.value_count;
+    return TDMS_OK;
+}
+
 struct property_entry {
     std::string_view name;
     std::uint32_t data_type;

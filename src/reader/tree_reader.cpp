@@ -1,7 +1,9 @@
 #include "reader/tree_reader.h"
 
+#include "core/text.h"
 #include "reader/metadata.h"
 #include "reader/object_finder.h"
+#include "reader/object_path.h"
 #include "reader/segment_walk.h"
 
 namespace tdms {
@@ -23,65 +25,65 @@ class tree_builder {
     }
 
   private:
-    // The slashes of a path tell what it names: "/" alone the file, one slash a group, else a
-    // channel, whose group's path ends before the second slash.
     int add_object(metadata_cursor& cursor)
     {
         const std::string_view path = cursor.string();
-        if (path == root_path) {
-            skip_index(cursor);
-            return add_properties(cursor, file_.properties);
+        const object_path_parts parts = parse_object_path(path);
+        switch (parts.kind) {
+            case object_kind::invalid:
+                return TDMS_CHANNEL_READ;
+            case object_kind::file:
+                skip_index(cursor);
+                return add_properties(cursor, file_.properties);
+            case object_kind::group:
+                break;
+            case object_kind::channel:
+                return add_channel(cursor, path, parts);
         }
-        if (path.size() < 2) return TDMS_CHANNEL_READ;
-        const std::size_t first_slash = path.find('/');
-        if (first_slash == std::string_view::npos) return TDMS_CHANNEL_READ;
-        if (path.find('/', first_slash + 1) == std::string_view::npos) {
-            if (!find_or_add_group(path)) return TDMS_CHANNEL_READ;
-            skip_index(cursor);
-            return add_properties(cursor, group_->properties);
-        }
-        channel* const found = find_or_add_channel(path);
-        if (found == nullptr) return TDMS_CHANNEL_READ;
-        if (const int status = add_index(cursor, *found)) return status;
-        return add_properties(cursor, found->properties);
+        find_or_add_group(path);
+        skip_index(cursor);
+        return add_properties(cursor, group_->properties);
+    }
+
+    int add_channel(metadata_cursor& cursor, std::string_view path, const object_path_parts& parts)
+    {
+        // The group need not have been listed: this library itself does not write a group that was
+        // created after the first save and has no properties.
+        find_or_add_group(parts.group_path);
+        channel& found = find_or_add_channel(path, parts.name);
+        const raw_data_index index = read_raw_data_index(cursor);
+        if (!cursor.ok()) return TDMS_CHANNEL_READ;
+        if (const int status = apply_index(index, found.data_type, found.chunk_count))
+            return status;
+        if (index.form != index_none) found.value_count += found.chunk_count;
+        return add_properties(cursor, found.properties);
     }
 
     // Makes the group at `path` the current one.
-    bool find_or_add_group(std::string_view path)
+    void find_or_add_group(std::string_view path)
     {
-        if (group_ != nullptr && group_->path == path) return true;
+        if (group_ != nullptr && group_->path == path) return;
         group* found = groups_.find(path);
         if (found == nullptr) {
-            if (path.size() < 3) return false;
             found = &groups_.add(path);
-            // The name is what stands between the first two characters and the last, whatever
-            // those are.
-            found->name = path.substr(2, path.size() - 3);
+            found->name = group_name(path);
             found->path = path;
             found->file = &file_;
         }
         group_ = found;
         channels_ = object_finder<channel>(found->channels);
-        return true;
     }
 
-    // A channel's group need not have been listed: this library itself does not write a group that
-    // was created after the first save and has no properties.
-    channel* find_or_add_channel(std::string_view path)
+    channel& find_or_add_channel(std::string_view path, std::string_view name)
     {
-        const std::size_t split = path.find('/', 1);
-        if (!find_or_add_group(path.substr(0, split))) return nullptr;
-        channel* found = channels_.find(path);
-        if (found == nullptr) {
-            if (path.size() < split + 3) return nullptr;
-            found = &channels_.add(path);
-            found->name = path.substr(split + 2, path.size() - split - 3);
-            found->group_path = group_->path;
-            found->path = path;
-            found->group = group_;
-            if (path[split + 1] != '\'' || path.back() != '\'') group_->unquoted = true;
-        }
-        return found;
+        if (channel* const found = channels_.find(path)) return *found;
+        channel& added = channels_.add(path);
+        added.name = name;
+        added.group_path = group_->path;
+        added.path = path;
+        added.group = group_;
+        if (path != object_path(group_->path, name)) group_->unquoted = true;
+        return added;
     }
 
     // The file and groups have no raw data. An index that they state all the same is passed over.
@@ -89,28 +91,6 @@ class tree_builder {
     {
         const std::uint32_t first = cursor.peek_u32();
         cursor.bytes(first == index_as_before || first == index_none ? 4 : first);
-    }
-
-    static int add_index(metadata_cursor& cursor, channel& target)
-    {
-        const raw_data_index index = read_raw_data_index(cursor);
-        if (!cursor.ok()) return TDMS_CHANNEL_READ;
-        if (!is_known_form(index.form)) return TDMS_INDEX;
-        if (is_explicit(index.form)) {
-            if (target.data_type == 0) {
-                target.data_type = index.data_type;
-            } else {
-                // Deliberate: what type an index of the string form states does not matter, as long
-                // as the channel is known to hold strings.
-                const std::uint32_t stated =
-                    index.form == index_string ? std::uint32_t{TDMS_TYPE_STRING} : index.data_type;
-                if (target.data_type != stated) return TDMS_CHANNEL_READ;
-            }
-            if (index.dimension != 1) return TDMS_CHANNEL_READ;
-            target.chunk_count = index.value_count;
-        }
-        if (index.form != index_none) target.value_count += target.chunk_count;
-        return TDMS_OK;
     }
 
     static int add_properties(metadata_cursor& cursor, property_map& properties)
