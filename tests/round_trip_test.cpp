@@ -106,6 +106,23 @@ TEST(Values, ManySegmentsAndLongOnes)
     EXPECT_EQ(expected, int32_values(file.channel(0, 1)));
 }
 
+// The count of a channel that was read and not staged is stated again, without values.
+TEST(Values, AppendingWithoutStaging)
+{
+    const scratch_file scratch;
+    const std::string whole = segment({object("/'g'/'c'", fixed_index(3, 2))}, u32(1) + u32(2));
+    scratch.fill(whole);
+    {
+        const open_tdms file(scratch, "a");
+        EXPECT_EQ(0, save_file(file.handle));
+        EXPECT_EQ(0, set_channel_data_int32(file.channel(0, 0), 0, nullptr));
+        EXPECT_EQ(0, save_file(file.handle));
+    }
+    EXPECT_EQ(whole + segment({}) + segment({object("/'g'/'c'", fixed_index(3, 2))}) + segment({}) +
+                  segment({object("/'g'/'c'", fixed_index(3, 0))}),
+              scratch.bytes());
+}
+
 // What a mode reads: nothing in "w", and in "a" only what was there, as long as it was nothing.
 TEST(Values, ModesThatDoNotRead)
 {

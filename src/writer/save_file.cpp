@@ -64,6 +64,8 @@ bool option::write_time(byte_vector& out) const
 }
 
 // The channel segment: the values of all other channels.
+// Deliberate: the count is not checked against the values. A channel that was read from the file
+// and not staged since states the count of its latest index again.
 void option::write_channel(byte_vector& out) const
 {
     segment_builder built(out);
