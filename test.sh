@@ -24,7 +24,7 @@ build() { # NAME OPTION...: configures and builds
     local name=$1
     shift
     echo "== $name"
-    cmake -S . -B "build/$name" "$@" >/dev/null && cmake --build "build/$name" --parallel "$jobs" >/dev/null
+    cmake -S . -B "build/$name" -DTDMS_BUILD_TESTS=ON -DTDMS_BUILD_TOOLS=ON "$@" >/dev/null && cmake --build "build/$name" --parallel "$jobs" >/dev/null
     local status=$?
     count "building $name" $status
     return $status
