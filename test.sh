@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds and tests everything: the plain build, the same tests under the address and undefined
-# behaviour sanitizers, the threads test under the thread sanitizer, the code's format and clang-tidy.
+# behaviour sanitizers, the sessions under the thread sanitizer, the code's format and clang-tidy.
 # The last line tells how many tests passed and failed; the status is 0 if none failed.
 set -uo pipefail
 cd "$(dirname "$0")"
@@ -53,7 +53,7 @@ build memory -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTDMS_SANITIZE=address,undefined
 # The thread sanitizer's memory layout does not go with every randomisation of addresses.
 setarch -R true 2>/dev/null && fixed_addresses=(setarch -R)
 build threads -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTDMS_SANITIZE=thread &&
-    run_tests threads --tests-regex Threads
+    run_tests threads --tests-regex Sessions
 
 echo "== lint"
 mapfile -t sources < <(find include src tests fuzz bench examples tools -name '*.h' -o -name '*.c' -o -name '*.cpp')

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <cstring>
 #include <limits>
-#include <vector>
+#include <string_view>
 
-#include "support.h"
+#include "tdms.h"
 
-// The functions of one element type, and values of it that a wrong width, sign or conversion would
-// change.
+// The thirteen element types: the functions of each, and values of it that a wrong width, sign or
+// conversion would change. Property functions are listed by level: file, group, channel.
 template <class T>
 struct property_functions {
     int (*create)(void*, const char*, T);
@@ -16,8 +17,9 @@ struct property_functions {
 #define TEST_ELEMENT(suffix, type, type_code, ...)                              \
     struct element_##suffix {                                                   \
         using value = type;                                                     \
+        static constexpr const char* name = #suffix;                            \
         static constexpr int code = type_code;                                  \
-        static std::vector<type> samples() { return {__VA_ARGS__}; }            \
+        static constexpr type samples[] = {__VA_ARGS__};                        \
         static constexpr auto set = set_channel_data_##suffix;                  \
         static constexpr auto get = get_channel_data_##suffix;                  \
         static constexpr property_functions<type> properties[] = {              \
@@ -40,12 +42,62 @@ TEST_ELEMENT(bool, bool, 33, true, false, true)
 TEST_ELEMENT(timestamp, timestamp_fields, 68, {2024, 2, 29, 23, 59, 58, 999999},
              {1970, 1, 2, 0, 0, 1, 0}, {2037, 12, 31, 12, 0, 59, 1})
 
-using all_elements =
-    ::testing::Types<element_int8, element_int16, element_int32, element_int64, element_uint8,
-                     element_uint16, element_uint32, element_uint64, element_float, element_double,
-                     element_bool, element_timestamp>;
+// The getters of texts take a buffer.
+#define get_text_property(level)                                                  \
+    [](void* owner, const char* name, const char** text) {                        \
+        static thread_local char buffer[64];                                      \
+        *text = buffer;                                                           \
+        return get_##level##_property_string(owner, name, buffer, sizeof buffer); \
+    }
+struct element_string {
+    using value = const char*;
+    static constexpr const char* name = "string";
+    static constexpr int code = 32;
+    // All the same: whichever texts of a process come first in its storage, they are these.
+    static constexpr const char* samples[] = {"a text", "a text", "a text"};
+    static constexpr auto set = set_channel_data_string;
+    static constexpr auto get = get_channel_data_string;
+    static constexpr property_functions<const char*> properties[] = {
+        {create_file_property_string, get_text_property(file)},
+        {create_group_property_string, get_text_property(group)},
+        {create_channel_property_string, get_text_property(channel)}};
+};
 
-inline bool operator==(const timestamp_fields& a, const timestamp_fields& b)
+// Texts come last: what is read of them stays in memory.
+template <class Use>
+void for_each_element(Use use)
 {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    const auto each = [&use]<class... Element>(Element... element) { (use(element), ...); };
+    each(element_int8{}, element_int16{}, element_int32{}, element_int64{}, element_uint8{},
+         element_uint16{}, element_uint32{}, element_uint64{}, element_float{}, element_double{},
+         element_bool{}, element_timestamp{}, element_string{});
 }
+
+template <class T>
+bool is_same(const T& a, const T& b)
+{
+    if constexpr (std::is_same_v<T, const char*>)
+        return std::string_view(a) == b;
+    else
+        return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+// The functions for properties of any type, by level.
+struct property_level {
+    int invalid_handle;
+    int absent;
+    int repeated;
+    int (*count)(void*);
+    int (*list)(void*, const char**);
+    int (*datatype)(void*, const char*);
+    int (*remove)(void*, const char*);
+    int (*get_string)(void*, const char*, char*, std::uint64_t);
+};
+#define PROPERTY_LEVEL(name, NAME)                                                            \
+    {                                                                                         \
+        TDMS_##NAME##_HANDLE, TDMS_##NAME##_PROPERTY_NAME, TDMS_##NAME##_PROPERTY_REPEATED,   \
+            get_num_##name##_property, get_##name##_property, get_##name##_property_datatype, \
+            delete_##name##_property, get_##name##_property_string                            \
+    }
+constexpr property_level levels[] = {PROPERTY_LEVEL(file, FILE), PROPERTY_LEVEL(group, GROUP),
+                                     PROPERTY_LEVEL(channel, CHANNEL)};

@@ -3,8 +3,6 @@
 
 namespace {
 
-const char* const null_text = "basic_string::_M_construct null not valid";
-
 TEST(FileFormat, TheSmallestFileByteForByte)
 {
     const scratch_file scratch;

@@ -4,8 +4,6 @@
 
 namespace {
 
-const char* const null_text = "basic_string::_M_construct null not valid";
-
 TEST(Status, EveryCodeHasItsText)
 {
     const char* const fallback = "error code is error!";

@@ -1,6 +1,38 @@
 // The texts of string channels go into one storage of the process. This is a program of one test,
-// so that its first call is the process's first.
+// so that its first call is the process's first. And its own names are those that the library has
+// within and without: it must link, and the library must go on using its own.
+#include <algorithm>
+
 #include "support.h"
+
+int mtx[64];
+char fileHandles[256];
+
+class group {
+  public:
+    virtual ~group() = default;
+};
+class option {
+  public:
+    static int open_file() { return 1; }
+};
+
+extern "C" int delete_file(const char*)
+{
+    std::abort();
+}
+extern "C" int get_num_channel_data(void*, uint64_t*)
+{
+    std::abort();
+}
+unsigned int read_uint32(const unsigned char*, bool)
+{
+    std::abort();
+}
+int read_leadIn(unsigned char*, unsigned long&, unsigned long&)
+{
+    std::abort();
+}
 
 namespace {
 
@@ -41,6 +73,14 @@ TEST(TextStorage, HandsOutItsFirstTextsAndNeverMovesThem)
     EXPECT_STREQ("a text that is not short", many.at(5));
     EXPECT_STREQ("x", first[0]);
     EXPECT_STREQ("p", second[2]);
+
+    // The program's own objects were not taken for the library's.
+    const group own;
+    EXPECT_NE(nullptr, typeid(own).name());
+    EXPECT_EQ(1, option::open_file());
+    EXPECT_EQ(0, std::count_if(std::begin(mtx), std::end(mtx), [](int word) { return word != 0; }));
+    EXPECT_EQ(0, std::count_if(std::begin(fileHandles), std::end(fileHandles),
+                               [](char byte) { return byte != 0; }));
 }
 
 }  // namespace

@@ -72,15 +72,15 @@ class string_storage {
     void add(text_list&& read, const char** out)
     {
         const std::lock_guard guard(lock_);
-        for (auto& memory : read.memory) memory_.push_back(std::move(memory));
         texts_.insert(texts_.end(), read.texts.begin(), read.texts.end());
+        memory_.splice(memory_.end(), read.memory);
         // Deliberate: the storage's first texts are handed out, not those just read.
         std::copy_n(texts_.begin(), read.texts.size(), out);
     }
 
   private:
     std::mutex lock_;
-    std::deque<std::unique_ptr<char[]>> memory_;
+    std::list<std::unique_ptr<char[]>> memory_;
     std::deque<const char*> texts_;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <list>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -10,7 +11,7 @@ namespace tdms {
 
 /// Texts of a channel, NUL-terminated, and the memory they stand in.
 struct text_list {
-    std::vector<std::unique_ptr<char[]>> memory;
+    std::list<std::unique_ptr<char[]>> memory;
     std::vector<const char*> texts;
 };
 
