@@ -1,9 +1,9 @@
 #!/bin/bash
 # Runs the command-line tool over sound, torn and unusual files.
-#     tool_test.sh TDMS RECORD SUMMARY        (paths of the three programs)
+#     tool_test.sh TDMS RECORD SUMMARY SEEDS        (paths of the four programs)
 set -u
 export LC_ALL=C TZ=UTC
-tdms=$(realpath "$1") record=$(realpath "$2") summary=$(realpath "$3")
+tdms=$(realpath "$1") record=$(realpath "$2") summary=$(realpath "$3") seeds=$(realpath "$4")
 work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT && cd "$work" || exit 1
 failures=0
 fail() { echo "FAILED: $1" && failures=$((failures + 1)); }
@@ -19,57 +19,30 @@ status() {
     ! grep -q Sanitizer err || fail "$*: $(head -c 3000 err)"
 }
 same() { cmp -s "$1" "$2" || fail "$3: $(diff "$1" "$2" | head -5)"; }
-# The bytes of a file, as escapes for printf %b. No name may hold a backslash.
-u32() { printf '\\x%02x\\x%02x\\x%02x\\0' $(($1 & 255)) $(($1 >> 8 & 255)) $(($1 >> 16 & 255)); }
-u64() { u32 "$1" && u32 0; }
-path() { u32 ${#1} && printf %s "$1"; }
-none='\xff\xff\xff\xff'
-fixed() { u32 20 && u32 "$1" && u32 1 && u64 "$2"; }           # type, count
-texts() { u32 28 && u32 32 && u32 1 && u64 "$1" && u64 "$2"; } # count, bytes
-object() { path "$1" && printf %s "$2" && u32 0; }             # path, index
-size() { printf %b "$1" | wc -c; }
-segment() { # number of objects, objects, raw data
-    local metadata=$(u32 "$1")$2
-    printf %b 'TDSm\x0e\0\0\0\x69\x12\0\0' "$(u64 $(($(size "$metadata") + $(size "$3"))))" \
-        "$(u64 "$(size "$metadata")")" "$metadata" "$3"
-}
-little_endian() { local i && for ((i = 14; i >= 0; i -= 2)); do printf '\\x%s' "${1:i:2}"; done; }
-column() { local all='' each && for each; do all+=$each && u32 ${#all}; done && printf %s "$all"; }
-# Doubles by their bits and the shortest texts that give them back, beside two columns of texts that
-# need quotes and are shorter.
-doubles=(3fb999999999999a 0.1 0000000000000001 5e-324 7fefffffffffffff 1.7976931348623157e+308
-    8000000000000000 -0 3ff0000000000001 1.0000000000000002 fff0000000000000 -inf
-    4340000000000001 9007199254740994)
-one=('x,y' '' 'say "hi"' ' ') two=(A $'B\nC' "D'")
-one_csv=('"x,y"' '""' '"say ""hi"""' ' ') two_csv=(A $'"B\nC"' "D'")
-raw=''
-echo '"g""/a,b","g""/s/1","g""/s/2"' >wanted.csv
-for i in {0..6}; do
-    raw+=$(little_endian "${doubles[2 * i]}")
-    echo "${doubles[2 * i + 1]},${one_csv[i]-},${two_csv[i]-}" >>wanted.csv
-done
-a=$(column "${one[@]}") b=$(column "${two[@]}")
-group="/'g\"'"
-objects=$(object / $none)$(object "$group" $none)$(object "$group/'a,b'" "$(fixed 10 7)")
-objects+=$(object "$group/'s/1'" "$(texts 4 "$(size "$a")")")
-objects+=$(object "$group/'s/2'" "$(texts 3 "$(size "$b")")")
-segment 5 "$objects" "$raw$a$b" >odd.tdms
-status 0 'g' "$tdms" dump odd.tdms
+"$seeds" files || fail seeds
+cp files/odd/* .
+cat >wanted.csv <<'END'
+"g""/a,b","g""/s/1","g""/s/2"
+0.1,"x,y",A
+5e-324,"","B
+C"
+1.7976931348623157e+308,"say ""hi""",D'
+-0, ,
+1.0000000000000002,,
+-inf,,
+9007199254740994,,
+END
+status 0 'g' "$tdms" dump values
 same out wanted.csv 'quotes, doubles, two string channels'
-status 0 'g' "$tdms" dump --crlf --from 4 --count 2 odd.tdms 'g"/s/2' 'g"/a,b'
+status 0 'g' "$tdms" dump --crlf --from 4 --count 2 values 'g"/s/2' 'g"/a,b'
 printf '"g""/s/2","g""/a,b"\r\n,1.0000000000000002\r\n,-inf\r\n' >wanted
 same out wanted 'columns and rows as asked for'
-# A second group behind the first: its values are there, but the library does not read them.
-objects=$(object "/'p'" $none)$(object "/'p'/'c'" "$(fixed 3 1)")
-objects+=$(object "/'q'" $none)$(object "/'q'/'c'" "$(fixed 3 1)")
-segment 4 "$objects" '\x7\0\0\0\x8\0\0\0' >groups.tdms
-status 1 'groups.tdms: "q/c": channel data reads failed!' "$tdms" dump groups.tdms
+# Values that are there, but that the library does not read.
+status 1 'groups: "q/c": channel data reads failed!' "$tdms" dump groups
 printf 'p/c,q/c\n7,\n' >wanted
 same out wanted 'the channel that can be read, and room for the other'
-status 0 'not readable: "q/c"' "$tdms" check groups.tdms
-# An object of no group behind one of the group.
-(cat groups.tdms && segment 2 "$(object "/'p'/'d'" "$(fixed 3 0)")$(object / $none)" '') >foreign.tdms
-status 1 '"p/c": .*foreign' "$tdms" dump foreign.tdms p
+status 0 'not readable: "q/c"' "$tdms" check groups
+status 1 '"p/c": .*foreign' "$tdms" dump foreign p
 
 # A recording, whole, and cut at several places of its third segment.
 "$record" whole.tdms 2 2000 || fail record
@@ -112,6 +85,19 @@ done <<'END'
 END
 same torn.tdms before 'the torn file, after all that'
 
+# Files of every damage: each command ends well, or with a message and its status.
+for file in files/[1-9]* files/cut files/everything; do
+    for command in 'info %' 'info --json %' 'check %' 'dump %' 'plot % g -o picture.svg' 'salvage % -o saved'; do
+        rm -f saved && timeout 20 "$tdms" ${command/\%/$file} >out 2>err
+        case $? in
+            0) [[ ! -e saved ]] || "$tdms" info saved >out 2>>err || fail "${command/\%/$file}: saved" ;;
+            [12]) grep -q '^tdms: ' err || fail "${command/\%/$file}: no message" ;;
+            *) fail "${command/\%/$file}: aborted, or hangs" ;;
+        esac
+        ! grep -q Sanitizer err || fail "${command/\%/$file}: $(head -c 3000 err)"
+    done
+done
+
 "$tdms" dump whole.tdms >direct # pipes and devices
 "$tdms" dump - <whole.tdms | cmp -s - direct || fail 'standard input'
 "$tdms" dump <(cat whole.tdms) | cmp -s - direct || fail 'a pipe'
@@ -123,7 +109,7 @@ status 1 'gnuplot is needed' env PATH=/nonexistent "$tdms" plot whole.tdms syste
 [[ -z $(ls empty) ]] || fail "left behind: $(ls empty)"
 if command -v gnuplot >/dev/null; then
     status 0 'load' "$tdms" plot whole.tdms system/load
-    status 0 '' "$tdms" plot odd.tdms 'g"/a,b' -o empty/picture.svg
+    status 0 '' "$tdms" plot values 'g"/a,b' -o empty/picture.svg
     grep -q '>a,b<' empty/picture.svg || fail 'the label in the picture'
     [[ ! -s err && $(ls empty) == picture.svg ]] || fail "beside the picture: $(cat err) $(ls empty)"
 fi
