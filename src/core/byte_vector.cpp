@@ -2,34 +2,34 @@
 
 #include <sys/mman.h>
 
-#include <cstdlib>
 #include <new>
 
 namespace tdms {
 namespace {
 
 constexpr std::size_t huge_page = std::size_t{2} << 20;
+constexpr std::align_val_t alignment{huge_page};
+constexpr std::size_t least_on_huge_pages = 2 * huge_page;
 
 }  // namespace
 
 unsigned char* allocate_bytes(std::size_t size)
 {
-    void* bytes = nullptr;
-    if (size < 2 * huge_page) {
-        bytes = std::malloc(size);
-    } else {
-        const std::size_t whole_pages = (size + huge_page - 1) / huge_page * huge_page;
-        bytes = std::aligned_alloc(huge_page, whole_pages);
-        // A hint: whether it is taken makes no difference but in speed.
-        if (bytes != nullptr) madvise(bytes, whole_pages, MADV_HUGEPAGE);
-    }
-    if (bytes == nullptr) throw std::bad_alloc();
+    if (size < least_on_huge_pages) return static_cast<unsigned char*>(::operator new(size));
+    const std::size_t whole_pages = (size + huge_page - 1) / huge_page * huge_page;
+    void* const bytes = ::operator new(whole_pages, alignment);
+    // A hint: whether it is taken makes no difference but in speed.
+    madvise(bytes, whole_pages, MADV_HUGEPAGE);
     return static_cast<unsigned char*>(bytes);
 }
 
-void free_bytes(unsigned char* bytes)
+void free_bytes(unsigned char* bytes, std::size_t size)
 {
-    std::free(bytes);
+    if (size < least_on_huge_pages) {
+        ::operator delete(bytes);
+    } else {
+        ::operator delete(bytes, alignment);
+    }
 }
 
 }  // namespace tdms

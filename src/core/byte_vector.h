@@ -8,11 +8,11 @@
 
 namespace tdms {
 
-/// Memory for `size` bytes, to be freed by free_bytes(). Many megabytes come on huge pages where
-/// the system has them: touching fresh memory page by page for the first time costs several times
-/// as much as copying into it.
+/// Memory for `size` bytes, to be freed by free_bytes() with the same size. Many megabytes come on
+/// huge pages where the system has them: touching fresh memory page by page for the first time
+/// costs several times as much as copying into it.
 unsigned char* allocate_bytes(std::size_t size);
-void free_bytes(unsigned char* bytes);
+void free_bytes(unsigned char* bytes, std::size_t size);
 
 /// Allocates by allocate_bytes(), and leaves bytes that are only made room for as they are.
 template <class T>
@@ -26,7 +26,7 @@ struct byte_allocator {
     }
 
     T* allocate(std::size_t size) { return allocate_bytes(size); }
-    void deallocate(T* bytes, std::size_t) { free_bytes(bytes); }
+    void deallocate(T* bytes, std::size_t size) { free_bytes(bytes, size); }
 
     void construct(T*) {}
     template <class... Args>
