@@ -256,19 +256,18 @@ TEST_F(Faults, AShortWriteGoesUnreported)
 {
     for (const session each : {write_session, append_session}) {
         const std::string& whole = after_[each];
-        std::size_t begin = before_[each].size();
-        for (long n = 1; begin != whole.size(); ++n) {
+        const std::vector<std::size_t> offsets = segment_offsets(whole);
+        auto first = std::find(offsets.begin(), offsets.end(), before_[each].size());
+        for (long n = 1; std::next(first) != offsets.end(); ++n) {
             SCOPED_TRACE(std::to_string(each) + " " + std::to_string(n));
             EXPECT_EQ(0, run_with_fault(each, writing, n, false));
             EXPECT_TRUE(fired);
-            std::uint64_t length = 0;
-            std::memcpy(&length, &whole[begin + 12], sizeof length);
-            const std::size_t end = begin + 28 + length;
+            const std::size_t begin = *first++;
+            const std::size_t end = *first;
             EXPECT_EQ(whole.substr(0, (begin + end) / 2) + whole.substr(end), scratch_.bytes());
             std::filesystem::resize_file(scratch_.path(), begin);
             EXPECT_EQ(0, open_tdms(scratch_, "r").status);
             close_streams();
-            begin = end;
         }
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -62,4 +63,16 @@ inline std::string segment(const std::vector<std::string>& objects, const std::s
     std::string metadata = u32(static_cast<std::uint32_t>(objects.size()));
     for (const std::string& o : objects) metadata += o;
     return lead_in(metadata.size(), raw.size()) + metadata + raw;
+}
+
+// Where the segments of a file begin, and where the last one ends.
+inline std::vector<std::size_t> segment_offsets(const std::string& file)
+{
+    std::vector<std::size_t> offsets{0};
+    while (offsets.back() != file.size()) {
+        std::uint64_t length = 0;
+        std::memcpy(&length, &file.at(offsets.back() + 12), sizeof length);
+        offsets.push_back(offsets.back() + 28 + length);
+    }
+    return offsets;
 }
