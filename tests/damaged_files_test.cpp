@@ -92,36 +92,25 @@ TEST(DamagedFiles, FetchingTexts)
     }
 }
 
-// A file with every kind of object, cut at each byte, and with each of its bytes and numbers at its
-// extremes. The address sanitizer is told to refuse more memory than such a file can need.
-TEST(DamagedFiles, EveryByteCutAndEveryNumberAtItsExtremes)
+TEST(DamagedFiles, CutAtEveryByte)
 {
-    const std::string properties =
-        u32(2) + text("p") + u32(32) + text("abc") + text("q") + u32(68) + std::string(16, '\x7');
     const std::string raw = u32(1) + u32(2) + u32(1) + u32(3) + "abc";
     const std::string whole =
-        segment({object("/", none, properties), group_g, object("/'g'/'t'", fixed_index(68, 1))},
+        segment({object("/", none, u32(1) + text("p") + u32(32) + text("abc")), group_g,
+                 object("/'g'/'t'", fixed_index(68, 1))},
                 std::string(16, '\x5')) +
         segment({int32_channel(path_c, 2), object("/'g'/'s'", string_index(2, 11))}, raw) +
         segment({object(path_c, as_before), object("/'g'/'s'", as_before)}, raw);
+    const std::vector<std::size_t> ends = segment_offsets(whole);
     const scratch_file scratch;
-    for (std::size_t cut = 0; cut != whole.size(); ++cut) {
+    for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
         scratch.fill(whole.substr(0, cut));
         bool opened = false;
-        with_anything(scratch.path(), "r", [&](void*) { opened = true; });
-        EXPECT_EQ(cut == 0 || cut == whole.find("TDSm", 1) || cut == whole.rfind("TDSm"), opened)
-            << cut;
-    }
-    for (std::size_t at = 0; at != whole.size(); ++at) {
-        for (const std::uint64_t extreme :
-             {0ull, 1ull, 0xFFull, 0x80000000ull, 1ull << 62, ~0ull}) {
-            for (const std::size_t width : {1u, 4u, 8u}) {
-                std::string changed = whole;
-                changed.replace(at, width, u64(extreme).substr(0, width));
-                scratch.fill(changed.substr(0, whole.size()));
-                with_anything(scratch.path(), "r", read_anything);
-            }
-        }
+        with_anything(scratch.path(), "r", [&](void* file) {
+            read_anything(file);
+            opened = true;
+        });
+        EXPECT_EQ(std::count(ends.begin(), ends.end(), cut) == 1, opened) << cut;
     }
 }
 
@@ -130,8 +119,7 @@ TEST(DamagedFiles, AFileThatShrinks)
 {
     const scratch_file scratch;
     const std::string whole = segment({int32_channel("/'g'/'c'", 20000)}, std::string(80000, 'x'));
-    for (const std::size_t left :
-         {whole.size() - 1, std::size_t{60}, std::size_t{20}, std::size_t{0}}) {
+    for (const std::size_t left : {whole.size() - 1, 60ul, 20ul, 0ul}) {
         scratch.fill(whole);
         open_tdms file(scratch, "r");
         void* const channel = file.channel(0, 0);

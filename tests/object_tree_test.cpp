@@ -7,75 +7,50 @@ namespace {
 TEST(Status, EveryCodeHasItsText)
 {
     const char* const fallback = "error code is error!";
-    // From -5000 downwards. -5012 deliberately has no text of its own.
-    const char* const texts[] = {fallback,
-                                 "file path is error!",
-                                 "file TAG is error!",
-                                 "file TOC is error!",
-                                 "file version is error!",
-                                 "file handle is invalid!",
-                                 "file reads falied!",
-                                 "file property name is invalid!",
-                                 "file_property name is repeated!",
-                                 "file deletes failed!",
-                                 "the index is error!",
-                                 "group handle is invalid!",
-                                 fallback,
-                                 "group property name is invalid!",
-                                 "group property name is repeated!",
-                                 "channel handle is invalid!",
-                                 "channel reads failed!",
-                                 "channel name is repeated!",
-                                 "channel property name is invalid!",
-                                 "channel property name is repeated!",
-                                 "channel datatype is error!",
-                                 "channel data reads failed!",
-                                 "channel data num data reads failed!",
-                                 "property buffer is insufficient!",
-                                 fallback};
-    int code = -5000;
-    for (const char* expected : texts) {
-        EXPECT_STREQ(expected, get_error_description(code)) << code;
-        --code;
-    }
+    // clang-format off
+    const char* const texts[] = {  // from -5001 downwards; -5012 deliberately has none of its own
+        "file path is error!", "file TAG is error!", "file TOC is error!", "file version is error!",
+        "file handle is invalid!", "file reads falied!", "file property name is invalid!",
+        "file_property name is repeated!", "file deletes failed!", "the index is error!",
+        "group handle is invalid!", fallback, "group property name is invalid!",
+        "group property name is repeated!", "channel handle is invalid!", "channel reads failed!",
+        "channel name is repeated!", "channel property name is invalid!",
+        "channel property name is repeated!", "channel datatype is error!",
+        "channel data reads failed!", "channel data num data reads failed!",
+        "property buffer is insufficient!", fallback};
+    // clang-format on
+    int code = -5001;
+    for (const char* expected : texts) EXPECT_STREQ(expected, get_error_description(code--));
     EXPECT_STREQ("no error!", get_error_description(0));
-    EXPECT_STREQ(fallback, get_error_description(1));
+    for (const int unknown : {1, -5000}) EXPECT_STREQ(fallback, get_error_description(unknown));
 }
 
 TEST(Registry, ClosingErasesTheFileOrElseTheLastOne)
 {
     const scratch_file scratch;
-    void* a = nullptr;
-    void* b = nullptr;
-    void* c = nullptr;
-    ASSERT_EQ(0, open_file(scratch.path(), "w", &a));
-    ASSERT_EQ(0, open_file(scratch.path(), "w", &b));
-    ASSERT_EQ(0, open_file(scratch.path(), "w", &c));
+    void* files[3] = {};
+    for (void*& file : files) ASSERT_EQ(0, open_file(scratch.path(), "w", &file));
     ASSERT_EQ(3u, fileHandles.size());
-    EXPECT_EQ(b, fileHandles[1].get());
-    {
-        const std::unique_lock guard(mtx, std::try_to_lock);
-        EXPECT_TRUE(guard.owns_lock()) << "no call leaves it locked";
+    EXPECT_EQ(files[1], fileHandles[1].get());
+    EXPECT_TRUE(std::unique_lock(mtx, std::try_to_lock).owns_lock()) << "left locked";
+    for (std::uint64_t count = 0; count != 2; ++count) {
+        EXPECT_EQ(count, fileHandles[1]->segment_count);
+        EXPECT_EQ(0, save_file(files[1]));
     }
-    EXPECT_EQ(0u, fileHandles[1]->segment_count);
-    EXPECT_EQ(0, save_file(b));
-    EXPECT_EQ(0, save_file(b));
-    EXPECT_EQ(2u, fileHandles[1]->segment_count);
 
     // A file that is not in the registry takes the last one along.
     const auto apart = fileHandles[0];
     fileHandles.erase(fileHandles.begin());
-    EXPECT_EQ(0, close_file(&a));
-    EXPECT_EQ(nullptr, a);
+    EXPECT_EQ(0, close_file(&files[0]));
+    EXPECT_EQ(nullptr, files[0]);
     ASSERT_EQ(1u, fileHandles.size());
-    EXPECT_EQ(b, fileHandles[0].get());
-    EXPECT_EQ(TDMS_FILE_HANDLE, close_file(&a));
+    EXPECT_EQ(files[1], fileHandles[0].get());
+    EXPECT_EQ(TDMS_FILE_HANDLE, close_file(&files[0]));
     EXPECT_EQ(TDMS_FILE_HANDLE, close_file(nullptr));
 
     const auto last = fileHandles[0];
     fileHandles.clear();
-    EXPECT_EQ(0, close_file(&b)) << "an empty registry has nothing to erase";
-    EXPECT_TRUE(fileHandles.empty());
+    EXPECT_EQ(0, close_file(&files[1])) << "an empty registry has nothing to erase";
 }
 
 TEST(Files, StatusesOfOpeningAndDeleting)
@@ -104,7 +79,7 @@ TEST(Files, StatusesOfOpeningAndDeleting)
 TEST(Files, AnUnknownModeHasNoStream)
 {
     const scratch_file scratch;
-    open_tdms file(scratch, "rw");
+    const open_tdms file(scratch, "rw");
     ASSERT_EQ(0, file.status);
     EXPECT_EQ(0, create_file_property_int8(file.handle, "p", 1));
     void* const channel = add_channel(file.add_group("g"), "c");
@@ -114,7 +89,6 @@ TEST(Files, AnUnknownModeHasNoStream)
     EXPECT_EQ(1, get_num_file_property(file.handle));
     EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int32(channel, &value));
     EXPECT_EQ(4, value);
-    file.close();
     EXPECT_FALSE(std::filesystem::exists(scratch.path()));
 }
 
@@ -123,18 +97,14 @@ TEST(Tree, ListsInTheOrderOfPaths)
     const scratch_file scratch;
     const open_tdms file(scratch, "w");
     for (const char* name : {"b", "ab", "a", "", "B", "ab!", "abc"}) file.add_group(name);
-    void* const group = file.group(0);
-    for (const char* name : {"b", "a", "A", "it's/odd"}) add_channel(group, name);
-    std::string groups;
-    std::string channels;
-    for (int i = 0; i != get_num_group(file.handle); ++i) {
-        groups += name_of(get_group_name, file.group(static_cast<std::size_t>(i))) + ";";
-    }
-    for (int i = 0; i != get_num_channel(group); ++i) {
-        channels += name_of(get_channel_name, file.channel(0, static_cast<std::size_t>(i))) + ";";
-    }
-    EXPECT_EQ(";B;a;ab!;ab;abc;b;", groups);
-    EXPECT_EQ("A;a;b;it's/odd;", channels);
+    for (const char* name : {"b", "a", "A", "it's/odd"}) add_channel(file.group(0), name);
+    std::string names;
+    for (std::size_t i = 0; i != 7; ++i) names += name_of(get_group_name, file.group(i)) + ";";
+    for (std::size_t i = 0; i != 4; ++i)
+        names += name_of(get_channel_name, file.channel(0, i)) + ";";
+    EXPECT_EQ(";B;a;ab!;ab;abc;b;A;a;b;it's/odd;", names);
+    EXPECT_EQ(7, get_num_group(file.handle));
+    EXPECT_EQ(4, get_num_channel(file.group(0)));
 }
 
 TEST(Tree, RepeatedNames)
@@ -147,13 +117,11 @@ TEST(Tree, RepeatedNames)
     EXPECT_EQ(&other, other);
 
     // An ordinary repeated name replaces the channel.
-    void* const first = add_channel(group, "x");
-    EXPECT_EQ(0, create_channel_property_int8(first, "p", 1));
+    EXPECT_EQ(0, create_channel_property_int8(add_channel(group, "x"), "p", 1));
     void* const second = add_channel(group, "x");
     EXPECT_EQ(1, get_num_channel(group));
     EXPECT_EQ(second, file.channel(0, 0));
     EXPECT_EQ(0, get_num_channel_property(second));
-    EXPECT_EQ(0, get_channel_datatype(second));
 
     // Only a name that is the new channel's whole path is in the way.
     void* const in_the_way = add_channel(group, "/'g'/'y'");
@@ -164,18 +132,12 @@ TEST(Tree, RepeatedNames)
     EXPECT_EQ(0, delete_group(group));
     EXPECT_EQ(0, get_num_group(file.handle));
     EXPECT_EQ(0, get_num_channel(file.add_group("g")));
-}
 
-// A foreign file may have channel paths without quotes; names are compared all the same.
-TEST(Tree, RepeatedNamesInAForeignFile)
-{
-    const scratch_file scratch;
+    // A foreign file may have channel paths without quotes; names are compared all the same.
     scratch.fill(segment({object("/'g'", none), object("/'g'/x/'g'/'y''", none)}));
-    const open_tdms file(scratch, "r");
-    ASSERT_EQ(0, file.status);
-    EXPECT_EQ("/'g'/'y'", name_of(get_channel_name, file.channel(0, 0)));
-    void* channel = nullptr;
-    EXPECT_EQ(TDMS_CHANNEL_REPEATED, create_channel(file.group(0), "y", &channel));
+    const open_tdms foreign(scratch, "r");
+    ASSERT_EQ("/'g'/'y'", name_of(get_channel_name, foreign.channel(0, 0)));
+    EXPECT_EQ(TDMS_CHANNEL_REPEATED, create_channel(foreign.group(0), "y", &other));
 }
 
 // Handles are validated by their paths: what is alive but no longer in its file is refused.
@@ -222,36 +184,26 @@ TEST(Tree, NullHandlesNamesAndOutputs)
     void* out = nullptr;
     char name[8];
     std::uint64_t count = 0;
-    const struct {
-        int expected;
-        int got;
-    } rows[] = {
-        {TDMS_FILE_HANDLE, save_file(nullptr)},
-        {TDMS_FILE_HANDLE, create_group(nullptr, nullptr, &out)},
-        {TDMS_FILE_HANDLE, get_num_group(nullptr)},
-        {TDMS_FILE_HANDLE, get_group(nullptr, &out)},
-        {TDMS_GROUP_HANDLE, get_group_name(nullptr, name)},
-        {TDMS_GROUP_HANDLE, delete_group(nullptr)},
-        {TDMS_GROUP_HANDLE, create_channel(nullptr, nullptr, &out)},
-        {TDMS_GROUP_HANDLE, get_num_channel(nullptr)},
-        {TDMS_GROUP_HANDLE, get_channel(nullptr, &out)},
-        {TDMS_CHANNEL_HANDLE, get_channel_name(nullptr, name)},
-        {TDMS_CHANNEL_HANDLE, delete_channel(nullptr)},
-        {TDMS_CHANNEL_HANDLE, get_channel_datatype(nullptr)},
-        {TDMS_CHANNEL_HANDLE, get_num_channel_data(nullptr, &count)},
-        {TDMS_CHANNEL_HANDLE, set_channel_data_int8(nullptr, 0, nullptr)},
-        {TDMS_CHANNEL_HANDLE, set_channel_data_string(nullptr, 0, nullptr)},
-        {TDMS_CHANNEL_HANDLE, get_channel_data_int8(nullptr, nullptr)},
-        {TDMS_CHANNEL_HANDLE, get_channel_data_string(nullptr, nullptr)},
-        {TDMS_GROUP_HANDLE, create_group(file.handle, "h", nullptr)},
-        {TDMS_FILE_HANDLE, get_group(file.handle, nullptr)},
-        {TDMS_GROUP_HANDLE, get_group_name(group, nullptr)},
-        {TDMS_CHANNEL_HANDLE, create_channel(group, "d", nullptr)},
-        {TDMS_GROUP_HANDLE, get_channel(group, nullptr)},
-        {TDMS_CHANNEL_HANDLE, get_channel_name(channel, nullptr)},
-        {TDMS_CHANNEL_DATA_COUNT, get_num_channel_data(channel, nullptr)},
-    };
-    for (const auto& row : rows) EXPECT_EQ(row.expected, row.got) << "row " << &row - rows;
+    for (auto* const ask : {save_file, get_num_group}) EXPECT_EQ(TDMS_FILE_HANDLE, ask(nullptr));
+    for (auto* const ask : {delete_group, get_num_channel}) {
+        EXPECT_EQ(TDMS_GROUP_HANDLE, ask(nullptr));
+    }
+    for (auto* const ask : {delete_channel, get_channel_datatype}) {
+        EXPECT_EQ(TDMS_CHANNEL_HANDLE, ask(nullptr));
+    }
+    EXPECT_EQ(TDMS_FILE_HANDLE, create_group(nullptr, nullptr, &out));
+    EXPECT_EQ(TDMS_FILE_HANDLE, get_group(nullptr, &out));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, get_group_name(nullptr, name));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, create_channel(nullptr, nullptr, &out));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, get_channel(nullptr, &out));
+    EXPECT_EQ(TDMS_CHANNEL_HANDLE, get_channel_name(nullptr, name));
+    EXPECT_EQ(TDMS_CHANNEL_HANDLE, get_num_channel_data(nullptr, &count));
+    EXPECT_EQ(TDMS_CHANNEL_HANDLE, set_channel_data_int8(nullptr, 0, nullptr));
+    EXPECT_EQ(TDMS_CHANNEL_HANDLE, get_channel_data_string(nullptr, nullptr));
+    EXPECT_EQ(TDMS_GROUP_HANDLE, create_group(file.handle, "h", nullptr));
+    EXPECT_EQ(TDMS_FILE_HANDLE, get_group(file.handle, nullptr));
+    EXPECT_EQ(TDMS_CHANNEL_HANDLE, create_channel(group, "d", nullptr));
+    EXPECT_EQ(TDMS_CHANNEL_DATA_COUNT, get_num_channel_data(channel, nullptr));
     EXPECT_EQ(null_text, thrown_text([&] { create_group(file.handle, nullptr, &out); }));
     EXPECT_EQ(null_text, thrown_text([&] { create_channel(group, nullptr, &out); }));
     EXPECT_EQ(1, get_num_group(file.handle));

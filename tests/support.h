@@ -46,10 +46,8 @@ class scratch_file {
 // An open file, closed at the end of the test.
 class open_tdms {
   public:
-    open_tdms(const scratch_file& file, const char* mode)
-        : status(open_file(file.path(), mode, &handle))
-    {
-    }
+    open_tdms(const char* path, const char* mode) : status(open_file(path, mode, &handle)) {}
+    open_tdms(const scratch_file& file, const char* mode) : open_tdms(file.path(), mode) {}
     ~open_tdms() { close(); }
     open_tdms(const open_tdms&) = delete;
     open_tdms& operator=(const open_tdms&) = delete;

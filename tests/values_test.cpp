@@ -3,31 +3,6 @@
 
 namespace {
 
-// Blocks larger and smaller than any buffer, so that each way of reading them is taken.
-TEST(Values, ManySegmentsAndLongOnes)
-{
-    const scratch_file scratch;
-    const std::size_t counts[] = {3, 100000, 1, 0, 700, 3000, 40000, 2};
-    std::vector<std::int32_t> expected;
-    {
-        open_tdms file(scratch, "w");
-        void* const group = file.add_group("g");
-        void* const other = add_channel(group, "before");
-        void* const channel = add_channel(group, "c");
-        for (const std::size_t count : counts) {
-            std::vector<std::int32_t> values(count);
-            for (auto& v : values) v = static_cast<std::int32_t>(expected.size() + count);
-            const std::vector<double> noise(count / 3, 0.5);
-            EXPECT_EQ(0, set_channel_data_int32(channel, count, values.data()));
-            EXPECT_EQ(0, set_channel_data_double(other, noise.size(), noise.data()));
-            EXPECT_EQ(0, save_file(file.handle));
-            expected.insert(expected.end(), values.begin(), values.end());
-        }
-    }
-    const open_tdms file(scratch, "r");
-    EXPECT_EQ(expected, int32_values(file.channel(0, 1)));
-}
-
 // The count of a channel that was read and not staged is stated again, without values.
 TEST(Values, AppendingWithoutStaging)
 {
