@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Builds and tests everything: the plain build, the same tests under the address and undefined
-# behaviour sanitizers, the sessions under the thread sanitizer, the code's format and clang-tidy.
+# behaviour sanitizers, the sessions under the thread sanitizer, a minute of fuzzing, static analysis.
 # The last line tells how many tests passed and failed; the status is 0 if none failed.
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test lint tool || exit 1
+cmake/install-packages.sh build test tool || exit 1
 
 jobs=$(nproc)
 passed=0
@@ -55,13 +55,18 @@ setarch -R true 2>/dev/null && fixed_addresses=(setarch -R)
 build threads -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTDMS_SANITIZE=thread &&
     run_tests threads --tests-regex Sessions
 
+echo "== fuzz, a minute"
+if fuzz_log=$(fuzz/run.sh 60 2>&1); then
+    count "fuzz" 0
+    grep -E 'executed_units' <<<"$fuzz_log"
+else
+    count "fuzz" 1
+    tail -n 80 <<<"$fuzz_log"
+fi
+
 echo "== lint"
-mapfile -t sources < <(find include src tests fuzz bench examples tools -name '*.h' -o -name '*.c' -o -name '*.cpp')
-clang-format --dry-run --Werror "${sources[@]}"
-count "clang-format" $?
-mapfile -t units < <(find src tools -name '*.cpp')
-printf '%s\n' "${units[@]}" | xargs -P "$jobs" -n 4 clang-tidy --quiet -p build/release 2>/dev/null
-count "clang-tidy" $?
+./lint.sh
+count "lint" $?
 
 echo "$passed passed, $failed failed"
 ((failed == 0))

@@ -7,7 +7,7 @@ for group in "$@"; do
     case $group in
         build) packages+=(g++ cmake make) ;;
         test) packages+=(libgtest-dev tzdata) ;;
-        lint) packages+=(clang-format clang-tidy) ;;
+        lint) packages+=(clang-format clang-tidy cppcheck) ;;
         tool) packages+=(libcli11-dev nlohmann-json3-dev gnuplot-nox) ;;
         bench) packages+=(libbenchmark-dev libhdf5-dev) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;
