@@ -11,6 +11,7 @@ for group in "$@"; do
         tool) packages+=(libcli11-dev nlohmann-json3-dev gnuplot-nox) ;;
         bench) packages+=(libbenchmark-dev libhdf5-dev) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;
+        coverage) packages+=(llvm) ;;
         docs) packages+=(doxygen) ;;
         package) packages+=(dpkg-dev file lintian) ;;
         *)

@@ -3,32 +3,29 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <set>
+#include <algorithm>
+#include <array>
 #include <string>
 
 #include "anything.h"
 
-namespace {
-
-std::set<std::FILE*> open_streams;
-
-}  // namespace
-
 // The library's streams, in front of the C library's functions. Those that a failed opening leaves
-// open by rule are closed after each input.
+// open by rule are closed behind each input. Both are called before and after main(), too.
+static std::FILE* open_streams[16];
+
 extern "C" std::FILE* fopen(const char* path, const char* mode)
 {
-    static const auto next = reinterpret_cast<decltype(&fopen)>(dlsym(RTLD_NEXT, "fopen"));
-    std::FILE* const stream = next(path, mode);
-    if (stream != nullptr) open_streams.insert(stream);
+    static const auto real = reinterpret_cast<decltype(&fopen)>(dlsym(RTLD_NEXT, "fopen"));
+    std::FILE* const stream = real(path, mode);
+    *std::find(std::begin(open_streams), std::end(open_streams), nullptr) = stream;
     return stream;
 }
 
 extern "C" int fclose(std::FILE* stream)
 {
-    static const auto next = reinterpret_cast<decltype(&fclose)>(dlsym(RTLD_NEXT, "fclose"));
-    open_streams.erase(stream);
-    return next(stream);
+    static const auto real = reinterpret_cast<decltype(&fclose)>(dlsym(RTLD_NEXT, "fclose"));
+    for (std::FILE*& open : open_streams) open = open == stream ? nullptr : open;
+    return real(stream);
 }
 
 namespace {
@@ -85,6 +82,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         opened = true;
     });
     require(opened || !appended);
-    while (!open_streams.empty()) std::fclose(*open_streams.begin());
+    for (std::FILE* const stream : std::to_array(open_streams)) {
+        if (stream != nullptr) std::fclose(stream);
+    }
     return 0;
 }

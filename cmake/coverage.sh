@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# coverage.sh: prints which lines and branches of src/ the tests reach, and which the fuzz target reaches
+# with the inputs that it has found so far (build/fuzz/corpus, and its seeds).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+cmake/install-packages.sh build test tool fuzz coverage
+build=$PWD/build/coverage
+flags="-fprofile-instr-generate -fcoverage-mapping"
+cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_FLAGS="$flags" \
+    -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_BUILD_TYPE=Debug -DTDMS_BUILD_TESTS=ON -DTDMS_BUILD_TOOLS=ON \
+    -DTDMS_BUILD_FUZZ=ON >/dev/null
+cmake --build "$build" --parallel "$(nproc)" >/dev/null
+
+report() { # WHAT COMMAND...
+    local what=$1
+    shift
+    rm -rf "$build/profiles"
+    LLVM_PROFILE_FILE="$build/profiles/%p" "$@" >/dev/null 2>&1
+    llvm-profdata merge -o "$build/$what.profile" "$build"/profiles/*
+    echo "== $what"
+    llvm-cov report "$build/libtdms.so" -instr-profile "$build/$what.profile" "$PWD/src" |
+        awk 'NR == 1 || /^TOTAL/ || /\.(cpp|h) /'
+}
+
+report tests ctest --test-dir "$build" --parallel "$(nproc)"
+mkdir -p build/fuzz/corpus
+"$build/fuzz/seeds" "$build/seeds"
+report fuzz "$build/fuzz/fuzz_any_file" -runs=0 build/fuzz/corpus "$build/seeds"
