@@ -49,16 +49,11 @@ void stage_on_all(void* group)
 
 void append(void* file)
 {
+    void* group = nullptr;
     read_properties(0, file);
     for_each_handle(file, get_num_group, get_group, stage_on_all);
-    void* group = nullptr;
-    void* channel = nullptr;
     create_file_property_string(file, "new", "text");
-    if (create_group(file, "new", &group) == TDMS_OK) {
-        require(create_channel(group, "new", &channel) == TDMS_OK);
-        require(set_channel_data_int32(channel, 2, element_int32::samples) == TDMS_OK);
-        require(create_channel_property_int8(channel, "new", 1) == TDMS_OK);
-    }
+    create_group(file, "new", &group);
     require(save_file(file) == TDMS_OK && save_file(file) == TDMS_OK);
 }
 

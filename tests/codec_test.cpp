@@ -71,12 +71,11 @@ TEST(LeadIn, LengthsWrapAndFailuresWriteNothing)
     unsigned long raw = 0;
     lead[12] = 39;
     EXPECT_EQ(0, read_leadIn(lead.data(), metadata, raw));
-    EXPECT_EQ(40u, metadata);
     EXPECT_EQ(~0ul, raw);
     lead[8] = 0;
-    metadata = 5;
+    lead[20] = 5;
     EXPECT_EQ(TDMS_FILE_VERSION, read_leadIn(lead.data(), metadata, raw));
-    EXPECT_EQ(5u, metadata);
+    EXPECT_EQ(40u, metadata);
 }
 
 // Sets the time zone for one test.

@@ -73,12 +73,7 @@ TEST(FileFormat, EveryKindOfObject)
                      object("/'late'/'x'", fixed_index(33, 1))},
                     "\x01"),
         scratch.bytes());
-
-    const open_tdms again(scratch, "r");
-    ASSERT_EQ(0, again.status);
-    ASSERT_EQ(3, get_num_group(again.handle));
-    EXPECT_EQ("late", name_of(get_group_name, again.group(2)));
-    EXPECT_EQ(1u, value_count(again.channel(2, 0)));
+    EXPECT_EQ(1u, value_count(open_tdms(scratch, "r").channel(2, 0))) << "of a group not listed";
 }
 
 // Both timestamp channels state their counts, but only the last one's bytes are stored.

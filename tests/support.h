@@ -65,19 +65,21 @@ class open_tdms {
         return group;
     }
 
-    // The group at a position, or its channel at one.
-    void* group(std::size_t i) const
+    // All groups, or all channels of the one at a position.
+    std::vector<void*> groups() const
     {
         std::vector<void*> list(static_cast<std::size_t>(get_num_group(handle)));
         EXPECT_EQ(0, get_group(handle, list.data()));
-        return list.at(i);
+        return list;
     }
-    void* channel(std::size_t g, std::size_t c) const
+    std::vector<void*> channels(std::size_t g) const
     {
         std::vector<void*> list(static_cast<std::size_t>(get_num_channel(group(g))));
         EXPECT_EQ(0, get_channel(group(g), list.data()));
-        return list.at(c);
+        return list;
     }
+    void* group(std::size_t i) const { return groups().at(i); }
+    void* channel(std::size_t g, std::size_t c) const { return channels(g).at(c); }
 
     void* handle = nullptr;
     int status;
