@@ -17,19 +17,16 @@ void fill(const std::filesystem::path& path, const std::string& bytes)
 // Doubles by their bits, and texts that need quotes in a table, in two columns that are shorter.
 std::string odd_values()
 {
-    const std::uint64_t doubles[] = {0x3FB999999999999A, 1,
-                                     0x7FEFFFFFFFFFFFFF, 1ull << 63,
-                                     0x3FF0000000000001, 0xFFF0000000000000,
-                                     0x4340000000000001};
-    std::string raw;
-    for (const std::uint64_t bits : doubles) raw += u64(bits);
+    const std::string doubles = u64(0x3FB999999999999A) + u64(1) + u64(0x7FEFFFFFFFFFFFFF) +
+                                u64(1ull << 63) + u64(0x3FF0000000000001) +
+                                u64(0xFFF0000000000000) + u64(0x4340000000000001);
     const std::string first = u32(3) + u32(3) + u32(11) + u32(12) + "x,ysay \"hi\" ";
     const std::string second = u32(1) + u32(4) + u32(6) + "AB\nCD'";
     return segment(
         {object("/", none), object("/'g\"'", none), object("/'g\"'/'a,b'", fixed_index(10, 7)),
          object("/'g\"'/'s/1'", string_index(4, first.size())),
          object("/'g\"'/'s/2'", string_index(3, second.size()))},
-        raw + first + second);
+        doubles + first + second);
 }
 
 }  // namespace
@@ -47,20 +44,17 @@ int main(int count, char** arguments)
     }
     int failed = 0;
     const auto call = [&failed](auto function) { failed += function() != 0; };
-    const std::filesystem::path everything = directory / "everything";
-    write_everything(everything.c_str(), call);
-    std::filesystem::copy_file(everything, directory / "cut",
-                               std::filesystem::copy_options::overwrite_existing);
-    std::filesystem::resize_file(directory / "cut", std::filesystem::file_size(everything) / 2);
+    const auto cut = directory / "cut";
+    for (const auto& path : {directory / "everything", cut}) write_everything(path.c_str(), call);
+    std::filesystem::resize_file(cut, std::filesystem::file_size(cut) / 2);
 
     fill(directory / "odd/values", odd_values());
     // A second group behind the first: its values are there, but the library does not read them.
-    const std::string groups = segment({object("/'p'", none), int32_channel("/'p'/'c'", 1),
-                                        object("/'q'", none), int32_channel("/'q'/'c'", 1)},
-                                       u32(7) + u32(8));
+    const std::string groups = segment(
+        {object("/'p'", none), int32s("/'p'/'c'", 1), object("/'q'", none), int32s("/'q'/'c'", 1)},
+        u32(7) + u32(8));
     fill(directory / "odd/groups", groups);
     // An object of no group behind one of a group.
-    fill(directory / "odd/foreign",
-         groups + segment({int32_channel("/'p'/'d'", 0), object("/", none)}));
+    fill(directory / "odd/foreign", groups + segment({int32s("/'p'/'d'", 0), object("/", none)}));
     return failed;
 }

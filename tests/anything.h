@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
-#include <vector>
 
 #include "elements.h"
+#include "handles.h"
 
 // What can be done with a file that may hold anything: list all of it, read every property as every
 // type, and every channel as its own type and as another.
@@ -23,36 +23,20 @@ inline void read_properties(std::size_t level, void* owner)
     }
 }
 
-// A caller would size the array by the count. One that no small file can hold must be refused.
-template <class Element>
-void read_values(void* channel, std::uint64_t count)
-{
-    using T = typename Element::value;
-    const bool impossible = count > 65536;
-    const std::unique_ptr<T[]> values(impossible ? nullptr : new T[count]);
-    if (Element::get(channel, values.get()) == TDMS_OK && impossible) std::abort();
-}
-
 inline void read_channel(void* channel)
 {
     std::uint64_t count = 0;
     get_num_channel_data(channel, &count);
+    // A caller would size the array by the count. One that no small file can hold must be refused.
+    const bool impossible = count > 65536;
     const int type = get_channel_datatype(channel);
+    const int other = type == element_double::code ? element_int8::code : element_double::code;
     for_each_element([&]<class Element>(Element) {
-        if (Element::code == type) read_values<Element>(channel, count);
+        if (Element::code != type && Element::code != other) return;
+        using T = typename Element::value;
+        const std::unique_ptr<T[]> values(impossible ? nullptr : new T[count]);
+        if (Element::get(channel, values.get()) == TDMS_OK && impossible) std::abort();
     });
-    if (type == element_double::code)
-        read_values<element_int8>(channel, count);
-    else
-        read_values<element_double>(channel, count);
-}
-
-template <class Use>
-void for_each_handle(void* owner, int (*count)(void*), int (*list)(void*, void**), Use use)
-{
-    std::vector<void*> handles(static_cast<std::size_t>(count(owner)));
-    list(owner, handles.data());
-    for (void* const handle : handles) use(handle);
 }
 
 // A data type that the format does not know, and an object of no group behind one of a group, are
@@ -69,22 +53,20 @@ void pass_failed_lookups(Call call)
 inline void read_anything(void* file)
 {
     read_properties(0, file);
-    for_each_handle(file, get_num_group, get_group, [](void* group) {
+    for (void* const group : groups_of(file)) {
         read_properties(1, group);
-        for_each_handle(group, get_num_channel, get_channel, [](void* channel) {
+        for (void* const channel : channels_of(group)) {
             read_properties(2, channel);
-            pass_failed_lookups([&] { read_channel(channel); });
-        });
-    });
+            pass_failed_lookups([channel] { read_channel(channel); });
+        }
+    }
 }
 
 // Opens a file in a mode, hands it to `use` if it opens, and closes it.
 template <class Use>
 void with_anything(const char* path, const char* mode, Use use)
 {
-    void* file = nullptr;
-    pass_failed_lookups([&] { open_file(path, mode, &file); });
-    if (file == nullptr) return;
-    use(file);
-    close_file(&file);
+    file_handle file;
+    pass_failed_lookups([&] { open_file(path, mode, &file.handle); });
+    if (file.handle != nullptr) use(file.handle);
 }

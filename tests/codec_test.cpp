@@ -1,7 +1,4 @@
 // Values and timestamps against their bytes.
-#include <cstdlib>
-#include <ctime>
-
 #include "codec/layout.h"
 #include "codec/timestamp_codec.h"
 #include "codec/value_codec.h"
@@ -78,23 +75,6 @@ TEST(LeadIn, LengthsWrapAndFailuresWriteNothing)
     EXPECT_EQ(40u, metadata);
 }
 
-// Sets the time zone for one test.
-class in_zone {
-  public:
-    explicit in_zone(const char* name)
-    {
-        setenv("TZ", name, 1);
-        tzset();
-    }
-    ~in_zone()
-    {
-        unsetenv("TZ");
-        tzset();
-    }
-    in_zone(const in_zone&) = delete;
-    in_zone& operator=(const in_zone&) = delete;
-};
-
 bytes encoded(const timestamp_fields& t)
 {
     return write_timestamp(t.year, t.month, t.day, t.hour, t.minute, t.second, t.microsecond, true);
@@ -102,24 +82,17 @@ bytes encoded(const timestamp_fields& t)
 
 TEST(TimestampCodec, BytesOfTheFractionArithmetic)
 {
-    const in_zone utc("UTC");
+    set_time_zone("UTC");
     const std::uint64_t epoch = 2082844800;
-    const struct {
-        timestamp_fields fields;
-        std::uint64_t fraction;
-        std::uint64_t seconds;
-    } rows[] = {
-        {{1970, 1, 1, 0, 0, 0, 0}, 0, epoch},
-        {{1970, 1, 1, 0, 0, 0, 500000}, 9223372036850000000u, epoch},
-        {{1970, 1, 1, 0, 0, 1, 0}, 9551616, epoch + 1},
-        {{1970, 1, 1, 0, 0, 1, 500000}, 9223372036859551616u, epoch + 1},
-        {{2000, 2, 29, 0, 0, 0, 0}, 0, epoch + 951782400},
+    const auto expect_both_ways = [](timestamp_fields fields, unsigned long fraction,
+                                     unsigned long seconds) {
+        const bytes stored = encoded(fields);
+        EXPECT_EQ(write_uint64(fraction, true) + write_uint64(seconds, true), stored);
+        EXPECT_TRUE(is_same(fields, read_timestamp(stored.data(), true)));
     };
-    for (const auto& row : rows) {
-        const bytes stored = encoded(row.fields);
-        EXPECT_EQ(write_uint64(row.fraction, true) + write_uint64(row.seconds, true), stored);
-        EXPECT_TRUE(is_same(row.fields, read_timestamp(stored.data(), true)));
-    }
+    expect_both_ways({1970, 1, 1, 0, 0, 0, 500000}, 9223372036850000000, epoch);
+    expect_both_ways({1970, 1, 1, 0, 0, 1, 500000}, 9223372036859551616u, epoch + 1);
+    expect_both_ways({2000, 2, 29, 0, 0, 0, 0}, 0, epoch + 951782400);
     const bytes big = write_timestamp(1970, 1, 1, 0, 0, 1, 0, false);
     EXPECT_EQ(write_uint64(9551616, false) + write_uint64(epoch + 1, false), big);
     EXPECT_EQ(1, read_timestamp(big.data(), false).second);
@@ -135,7 +108,7 @@ TEST(TimestampCodec, BytesOfTheFractionArithmetic)
 
 TEST(TimestampCodec, SummerTimeComesBackAnHourLater)
 {
-    const in_zone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    set_time_zone("CET-1CEST,M3.5.0,M10.5.0/3");
     const timestamp_fields winter = {2024, 1, 15, 12, 30, 15, 250000};
     const timestamp_fields summer = {2024, 7, 15, 12, 30, 15, 250000};
     timestamp_fields later = summer;
@@ -161,7 +134,7 @@ TEST(TimestampCodec, ASeriesEqualsOneCallForEachValue)
     };
     for (const auto& [name, start] : rows) {
         SCOPED_TRACE(name);
-        const in_zone zone(name);
+        set_time_zone(name);
         std::vector<timestamp_fields> series;
         // Forward in steps below a minute over some days, then backward; a few twice, and a few
         // seconds that belong to another minute.
@@ -176,21 +149,18 @@ TEST(TimestampCodec, ASeriesEqualsOneCallForEachValue)
         }
         // What mktime() remembers must be the same before the series and before the single calls.
         const timestamp_fields noon = {2000, 1, 1, 12, 0, 0, 0};
-        const scratch_file scratch;
-        open_tdms file(scratch, "w");
-        void* const channel = add_channel(file.add_group("g"), "t");
+        new_file written;
         encoded(noon);
-        ASSERT_EQ(0, set_channel_data_timestamp(channel, series.size(), series.data()));
-        ASSERT_EQ(0, save_file(file.handle));
-        file.close();
+        ASSERT_EQ(0, set_channel_data_timestamp(written.channel, series.size(), series.data()));
+        written.file.save_and_close();
         bytes single;
         encoded(noon);
         for (const timestamp_fields& fields : series) single += encoded(fields);
-        const std::string saved = scratch.bytes();
+        const std::string saved = written.scratch.bytes();
         const std::size_t raw = saved.size() - segment({}).size() - single.size();
         ASSERT_EQ(0, std::memcmp(single.data(), &saved[raw], single.size()));
 
-        const open_tdms again(scratch, "r");
+        const open_tdms again(written.scratch, "r");
         std::vector<timestamp_fields> read(series.size());
         ASSERT_EQ(0, get_channel_data_timestamp(again.channel(0, 0), read.data()));
         for (std::size_t i = 0; i != read.size(); ++i) {

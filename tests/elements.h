@@ -14,6 +14,18 @@ struct property_functions {
     int (*get)(void*, const char*, T*);
 };
 
+// The getters of texts take a buffer; these are like the others.
+#define TEST_TEXT_GETTER(level)                                                                \
+    inline int get_##level##_property_string(void* owner, const char* name, const char** text) \
+    {                                                                                          \
+        static thread_local char buffer[64];                                                   \
+        *text = buffer;                                                                        \
+        return get_##level##_property_string(owner, name, buffer, sizeof buffer);              \
+    }
+TEST_TEXT_GETTER(file)
+TEST_TEXT_GETTER(group)
+TEST_TEXT_GETTER(channel)
+
 #define TEST_ELEMENT(suffix, type, type_code, ...)                              \
     struct element_##suffix {                                                   \
         using value = type;                                                     \
@@ -42,26 +54,8 @@ TEST_ELEMENT(bool, bool, 33, true, false, true)
 TEST_ELEMENT(timestamp, timestamp_fields, 68, {2024, 2, 29, 23, 59, 58, 999999},
              {1970, 1, 2, 0, 0, 1, 0}, {2037, 12, 31, 12, 0, 59, 1})
 
-// The getters of texts take a buffer.
-#define get_text_property(level)                                                  \
-    [](void* owner, const char* name, const char** text) {                        \
-        static thread_local char buffer[64];                                      \
-        *text = buffer;                                                           \
-        return get_##level##_property_string(owner, name, buffer, sizeof buffer); \
-    }
-struct element_string {
-    using value = const char*;
-    static constexpr const char* name = "string";
-    static constexpr int code = 32;
-    // All the same: whichever texts of a process come first in its storage, they are these.
-    static constexpr const char* samples[] = {"a text", "a text", "a text"};
-    static constexpr auto set = set_channel_data_string;
-    static constexpr auto get = get_channel_data_string;
-    static constexpr property_functions<const char*> properties[] = {
-        {create_file_property_string, get_text_property(file)},
-        {create_group_property_string, get_text_property(group)},
-        {create_channel_property_string, get_text_property(channel)}};
-};
+// All the same: whichever texts of a process come first in its storage, they are these.
+TEST_ELEMENT(string, const char*, 32, "a text", "a text", "a text")
 
 // Texts come last: what is read of them stays in memory.
 template <class Use>

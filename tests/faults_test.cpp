@@ -1,12 +1,10 @@
 // Every allocation, opening, seek, read and write of a program's life with a file fails in turn.
 // The C library's functions stand here, in front of the real ones.
-#include <dlfcn.h>
-
-#include <algorithm>
 #include <new>
 
 #include "core/object_model.h"
 #include "sessions.h"
+#include "streams.h"
 #include "support.h"
 
 namespace {
@@ -27,13 +25,8 @@ bool fails_now(fault point)
 }
 
 long live_allocations = 0;
-std::FILE* open_streams[8] = {};
 
 }  // namespace
-
-// The function behind the one that is being defined.
-#define REAL(name) \
-    static const auto real = reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 
 extern "C" {
 
@@ -53,21 +46,6 @@ void free(void* memory) noexcept
     real(memory);
 }
 #endif
-
-std::FILE* fopen(const char* path, const char* mode)
-{
-    REAL(fopen);
-    std::FILE* const stream = fails_now(opening) ? nullptr : real(path, mode);
-    *std::find(std::begin(open_streams), std::end(open_streams), nullptr) = stream;
-    return stream;
-}
-
-int fclose(std::FILE* stream)
-{
-    REAL(fclose);
-    for (std::FILE*& open : open_streams) open = open == stream ? nullptr : open;
-    return real(stream);
-}
 
 int fseek(std::FILE* stream, long offset, int origin)
 {
@@ -135,9 +113,10 @@ class Faults : public ::testing::Test {
     // What the files are without faults. The C library, too, has its first look at the time zone.
     void SetUp() override
     {
+        opening_fails = [] { return fails_now(opening); };
         for (const session each : all_sessions) {
             before_[each] = scratch_.bytes();
-            run(each, scratch_, [](auto function) { EXPECT_EQ(0, function()); });
+            EXPECT_EQ(0, run_with_fault(each, opening, 0));
             after_[each] = scratch_.bytes();
         }
         close_streams();
@@ -150,24 +129,14 @@ class Faults : public ::testing::Test {
         kind = what;
         countdown = n;
         fired = false;
+        int status = 0;
         try {
             run(which, scratch_, faulty_call{try_again});
-            return 0;
-        } catch (int status) {
-            return status;
+        } catch (int thrown) {
+            status = thrown;
         }
-    }
-
-    // Closes the streams that were left open, and lets the registry grow again at the next opening.
-    // @return how many there were
-    static int close_streams()
-    {
-        fileHandles.shrink_to_fit();
-        int count = 0;
-        for (std::FILE* const stream : std::to_array(open_streams)) {
-            if (stream != nullptr) count += fclose(stream) == 0;
-        }
-        return count;
+        fileHandles.shrink_to_fit();  // so that the next opening makes it grow
+        return status;
     }
 
     const scratch_file scratch_;

@@ -15,14 +15,9 @@ std::string le(T value)
     }
     return bytes;
 }
-inline std::string u32(std::uint32_t value)
-{
-    return le(value);
-}
-inline std::string u64(std::uint64_t value)
-{
-    return le(value);
-}
+constexpr auto u32 = le<std::uint32_t>;
+constexpr auto u64 = le<std::uint64_t>;
+
 inline std::string text(const std::string& s)
 {
     return u32(static_cast<std::uint32_t>(s.size())) + s;
@@ -45,7 +40,7 @@ inline std::string object(const std::string& path, const std::string& index,
 {
     return text(path) + index + properties;
 }
-inline std::string int32_channel(const std::string& path, std::uint64_t count)
+inline std::string int32s(const std::string& path, std::uint64_t count)
 {
     return object(path, fixed_index(3, count));
 }

@@ -1,9 +1,11 @@
 // A recording process is killed at random moments. What it leaves is whole up to the segment that
 // was being written, and salvaging gives back every save but the torn one.
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <atomic>
 #include <random>
 
 #include "support.h"
@@ -12,10 +14,10 @@ namespace {
 
 constexpr std::size_t saves = 40;
 
-// Saves of one value up to what takes several writes. Each is reported when it has returned.
-void record(const char* path, int reports)
+// Saves of one value up to what takes several writes. Those that have returned are counted.
+void record(const scratch_file& scratch, std::atomic<std::size_t>& returned)
 {
-    open_tdms file(path, "w");
+    const open_tdms file(scratch, "w");
     void* const numbers = add_channel(file.add_group("g"), "c");
     void* const times = add_channel(file.group(0), "time");
     for (std::size_t save = 0; save != saves; ++save) {
@@ -25,37 +27,34 @@ void record(const char* path, int reports)
         ASSERT_EQ(0, set_channel_data_timestamp(times, moments.size(), moments.data()));
         ASSERT_EQ(0, create_file_property_int8(file.handle, std::to_string(save).c_str(), 1));
         ASSERT_EQ(0, save_file(file.handle));
-        ASSERT_EQ(1, write(reports, "s", 1));
+        ++returned;
     }
 }
 
 // Kills a recording some time after a number of saves. @return how many saves had returned
-std::size_t record_until_killed(const char* path, std::size_t after_saves, std::size_t microseconds)
+std::size_t record_until_killed(const scratch_file& scratch, std::size_t saved, std::size_t delay)
 {
-    int reports[2];
-    EXPECT_EQ(0, pipe(reports));
+    static auto& returned =
+        *new (mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
+            std::atomic<std::size_t>;
+    returned = 0;
     const pid_t child = fork();
     if (child == 0) {
-        record(path, reports[1]);
+        record(scratch, returned);
         _exit(0);
     }
-    char returned[saves];
-    std::size_t count = 0;
-    while (count != after_saves) count += read(reports[0], returned, 1) == 1;
-    usleep(static_cast<useconds_t>(microseconds));
+    while (returned < saved) usleep(1);
+    usleep(static_cast<useconds_t>(delay));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-    close(reports[1]);
-    count += static_cast<std::size_t>(read(reports[0], returned, sizeof returned));
-    close(reports[0]);
-    return count;
+    return returned;
 }
 
 TEST(KilledRecording, IsWholeUpToTheTornSegment)
 {
     const scratch_file file;
     const scratch_file salvaged;
-    record_until_killed(file.path(), saves, 100000);
+    record_until_killed(file, saves, 100000);
     const std::string whole = file.bytes();
     const std::vector<std::size_t> offsets = segment_offsets(whole);
     ASSERT_EQ(2 * saves + 1, offsets.size());
@@ -66,8 +65,7 @@ TEST(KilledRecording, IsWholeUpToTheTornSegment)
     int torn = 0;
     for (int round = 0; round != 100; ++round) {
         file.fill("");
-        const std::size_t returned =
-            record_until_killed(file.path(), random() % saves, random() % 300);
+        const std::size_t returned = record_until_killed(file, random() % saves, random() % 300);
         const std::string left = file.bytes();
         ASSERT_TRUE(whole.starts_with(left));
         // Of the saves that returned, only what the stream still buffers is lost.

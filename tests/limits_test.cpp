@@ -3,62 +3,53 @@
 
 namespace {
 
+using Limits = NewFile;
+
 // One segment states 2^32 + 1 values and holds them as a hole in the file. Behind them, in the same
 // segment and in a save of the library's own, are values of another channel.
-TEST(Limits, BeyondFourGigabytes)
+TEST_F(Limits, BeyondFourGigabytes)
 {
     constexpr std::uint64_t count = (1ull << 32) + 1;
-    const scratch_file scratch;
-    const std::int32_t values[] = {1, 2, 3};
-    {
-        open_tdms file(scratch, "w");
-        void* const group = file.add_group("g");
-        EXPECT_EQ(0, set_channel_data_int32(add_channel(group, "c"), 1, &values[0]));
-        EXPECT_EQ(0, set_channel_data_uint8(add_channel(group, "big"), 0, nullptr));
-        EXPECT_EQ(0, save_file(file.handle));
-    }
-    const std::string objects =
-        u32(2) + object("/'g'/'big'", fixed_index(5, count)) + int32_channel("/'g'/'c'", 1);
-    std::ofstream(scratch.path(), std::ios::binary | std::ios::app)
-        << lead_in(objects.size(), count + 4) + objects;
-    std::filesystem::resize_file(scratch.path(),
-                                 std::filesystem::file_size(scratch.path()) + count);
-    std::ofstream(scratch.path(), std::ios::binary | std::ios::app) << u32(2);
-    {
-        open_tdms file(scratch, "a");
-        ASSERT_EQ(0, file.status);
-        EXPECT_EQ(0, set_channel_data_uint8(file.channel(0, 0), 0, nullptr));
-        EXPECT_EQ(0, set_channel_data_int32(file.channel(0, 1), 1, &values[2]));
-        EXPECT_EQ(0, save_file(file.handle));
-    }
-    const open_tdms file(scratch, "r");
-    ASSERT_EQ(0, file.status);
-    EXPECT_EQ(count, value_count(file.channel(0, 0)));
-    EXPECT_EQ((std::vector<std::int32_t>{1, 2, 3}), int32_values(file.channel(0, 1)));
+    const std::int32_t first = 1;
+    const std::int32_t last = 3;
+    EXPECT_EQ(0, set_channel_data_int32(channel, 1, &first));
+    EXPECT_EQ(0, set_channel_data_uint8(add_channel(group, "big"), 0, nullptr));
+    file.save_and_close();
+    const std::string objects = object("/'g'/'big'", fixed_index(5, count)) + int32s("/'g'/'c'", 1);
+    std::ofstream behind(scratch.path(), std::ios::binary | std::ios::in | std::ios::ate);
+    behind << lead_in(4 + objects.size(), count + 4) << u32(2) << objects;
+    behind.seekp(std::streamoff{count}, std::ios::cur) << u32(2);
+    behind.close();
+
+    open_tdms appended(scratch, "a");
+    ASSERT_EQ(0, appended.status);
+    EXPECT_EQ(0, set_channel_data_uint8(appended.channel(0, 0), 0, nullptr));
+    EXPECT_EQ(0, set_channel_data_int32(appended.channel(0, 1), 1, &last));
+    appended.save_and_close();
+    const open_tdms again(scratch, "r");
+    ASSERT_EQ(0, again.status);
+    EXPECT_EQ(count, value_count(again.channel(0, 0)));
+    std::vector<std::int32_t> read(value_count(again.channel(0, 1)));
+    EXPECT_EQ(0, get_channel_data_int32(again.channel(0, 1), read.data()));
+    EXPECT_EQ((std::vector<std::int32_t>{1, 2, 3}), read);
 }
 
-TEST(Limits, ManyGroupsAndLongNames)
+TEST_F(Limits, ManyGroupsAndLongNames)
 {
     const std::string name(1 << 20, 'x');
-    const scratch_file scratch;
-    {
-        open_tdms file(scratch, "w");
-        for (int i = 0; i != 10000; ++i) file.add_group(std::to_string(i).c_str());
-        void* const channel = add_channel(file.add_group(name.c_str()), name.c_str());
-        EXPECT_EQ(0, create_channel_property_string(channel, name.c_str(), name.c_str()));
-        EXPECT_EQ(0, save_file(file.handle));
-    }
-    const open_tdms file(scratch, "r");
-    ASSERT_EQ(10001, get_num_group(file.handle));
-    EXPECT_EQ("9999", name_of(get_group_name, file.group(9999)));
-    std::string read(name.size() + 5, '\0');
-    EXPECT_EQ(0, get_group_name(file.group(10000), read.data()));
-    EXPECT_TRUE(name == read.c_str());
-    void* const channel = file.channel(10000, 0);
-    EXPECT_EQ(0, get_channel_name(channel, read.data()));
-    EXPECT_TRUE(name == read.c_str());
-    EXPECT_EQ(0, get_channel_property_string(channel, name.c_str(), read.data(), read.size()));
-    EXPECT_TRUE(name == read.c_str());
+    for (int i = 0; i != 10000; ++i) file.add_group(std::to_string(i).c_str());
+    void* const named = add_channel(file.add_group(name.c_str()), name.c_str());
+    EXPECT_EQ(0, create_channel_property_string(named, name.c_str(), name.c_str()));
+    file.save_and_close();
+    const open_tdms again(scratch, "r");
+    ASSERT_EQ(10002, get_num_group(again.handle));
+    EXPECT_EQ("9999", name_of(get_group_name, again.group(9999)));
+    EXPECT_TRUE(name == name_of(get_group_name, again.group(10001)));
+    void* const read = again.channel(10001, 0);
+    EXPECT_TRUE(name == name_of(get_channel_name, read));
+    std::string value(name.size() + 5, '\0');
+    EXPECT_EQ(0, get_channel_property_string(read, name.c_str(), value.data(), value.size()));
+    EXPECT_TRUE(name == value.c_str());
 }
 
 }  // namespace

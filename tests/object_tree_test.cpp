@@ -82,8 +82,8 @@ TEST(Files, AnUnknownModeHasNoStream)
     const open_tdms file(scratch, "rw");
     ASSERT_EQ(0, file.status);
     EXPECT_EQ(0, create_file_property_int8(file.handle, "p", 1));
-    void* const channel = add_channel(file.add_group("g"), "c");
     std::int32_t value = 4;
+    void* const channel = add_channel(file.add_group("g"), "c");
     EXPECT_EQ(0, set_channel_data_int32(channel, 1, &value));
     EXPECT_EQ(TDMS_FILE_HANDLE, save_file(file.handle));
     EXPECT_EQ(1, get_num_file_property(file.handle));
@@ -92,30 +92,27 @@ TEST(Files, AnUnknownModeHasNoStream)
     EXPECT_FALSE(std::filesystem::exists(scratch.path()));
 }
 
-TEST(Tree, ListsInTheOrderOfPaths)
+using Tree = NewFile;
+
+TEST_F(Tree, ListsInTheOrderOfPaths)
 {
-    const scratch_file scratch;
-    const open_tdms file(scratch, "w");
     for (const char* name : {"b", "ab", "a", "", "B", "ab!", "abc"}) file.add_group(name);
-    for (const char* name : {"b", "a", "A", "it's/odd"}) add_channel(file.group(0), name);
+    for (const char* name : {"b", "a", "A", "it's/odd"}) add_channel(group, name);
     std::string names;
-    for (void* g : file.groups()) names += name_of(get_group_name, g) + ";";
-    for (void* c : file.channels(0)) names += name_of(get_channel_name, c) + ";";
-    EXPECT_EQ(";B;a;ab!;ab;abc;b;A;a;b;it's/odd;", names);
+    for (void* const g : groups_of(file.handle)) names += name_of(get_group_name, g) + ";";
+    for (void* const c : channels_of(group)) names += name_of(get_channel_name, c) + ";";
+    EXPECT_EQ(";B;a;ab!;ab;abc;b;g;A;a;b;c;it's/odd;", names);
 }
 
-TEST(Tree, RepeatedNames)
+TEST_F(Tree, RepeatedNames)
 {
-    const scratch_file scratch;
-    const open_tdms file(scratch, "w");
-    void* const group = file.add_group("g");
     void* other = &other;
     EXPECT_EQ(TDMS_GROUP_REPEATED, create_group(file.handle, "g", &other));
     EXPECT_EQ(&other, other);
 
     // An ordinary repeated name replaces the channel.
-    EXPECT_EQ(0, create_channel_property_int8(add_channel(group, "x"), "p", 1));
-    void* const second = add_channel(group, "x");
+    EXPECT_EQ(0, create_channel_property_int8(channel, "p", 1));
+    void* const second = add_channel(group, "c");
     EXPECT_EQ(1, get_num_channel(group));
     EXPECT_EQ(second, file.channel(0, 0));
     EXPECT_EQ(0, get_num_channel_property(second));
@@ -138,60 +135,45 @@ TEST(Tree, RepeatedNames)
 }
 
 // Handles are validated by their paths: what is alive but no longer in its file is refused.
-TEST(Tree, ObjectsThatLeftTheirFile)
+TEST_F(Tree, ObjectsThatLeftTheirFile)
 {
-    const scratch_file scratch;
-    const open_tdms file(scratch, "w");
-    void* const group = file.add_group("g");
-    void* const gone = add_channel(group, "gone");
     void* const orphan = add_channel(group, "orphan");
     const auto kept_group = fileHandles.back()->groups.begin()->second;
-    const auto kept_channel = kept_group->channels.begin()->second;
+    const auto kept_channels = kept_group->channels;
     char name[8];
     std::int8_t value = 0;
-    const auto statuses = [&](void* channel) {
-        return std::vector<int>{get_channel_name(channel, name),
-                                delete_channel(channel),
-                                get_channel_datatype(channel),
-                                get_num_channel_property(channel),
-                                create_channel_property_int8(channel, "p", 1),
-                                set_channel_data_int8(channel, 1, &value)};
+    const auto expect_refused = [&](int expected, void* gone) {
+        expect_each(expected,
+                    {get_channel_name(gone, name), delete_channel(gone), get_channel_datatype(gone),
+                     get_num_channel_property(gone), create_channel_property_int8(gone, "p", 1),
+                     set_channel_data_int8(gone, 1, &value)});
     };
-    EXPECT_EQ(0, delete_channel(gone));
-    EXPECT_EQ(std::vector<int>(6, TDMS_CHANNEL_HANDLE), statuses(gone));
-    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int8(gone, &value));
+    EXPECT_EQ(0, delete_channel(channel));
+    expect_refused(TDMS_CHANNEL_HANDLE, channel);
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int8(channel, &value));
     EXPECT_EQ(0, delete_group(group));
-    EXPECT_EQ(std::vector<int>(6, TDMS_GROUP_HANDLE), statuses(orphan));
+    expect_refused(TDMS_GROUP_HANDLE, orphan);
     void* out = nullptr;
-    EXPECT_EQ(
-        std::vector<int>(5, TDMS_GROUP_HANDLE),
-        (std::vector<int>{get_group_name(group, name), delete_group(group), get_num_channel(group),
-                          create_channel(group, "c", &out), get_num_group_property(group)}));
+    expect_each(TDMS_GROUP_HANDLE,
+                {get_group_name(group, name), delete_group(group), get_num_channel(group),
+                 create_channel(group, "c", &out), get_num_group_property(group)});
     kept_group->file = nullptr;
-    EXPECT_EQ(std::vector<int>(6, TDMS_CHANNEL_HANDLE), statuses(orphan));
+    expect_refused(TDMS_CHANNEL_HANDLE, orphan);
 }
 
-TEST(Tree, NullHandlesNamesAndOutputs)
+TEST_F(Tree, NullHandlesNamesAndOutputs)
 {
-    const scratch_file scratch;
-    const open_tdms file(scratch, "w");
-    void* const group = file.add_group("g");
-    void* const channel = add_channel(group, "c");
     void* out = nullptr;
-    using statuses = std::vector<int>;
-    EXPECT_EQ(statuses(5, TDMS_FILE_HANDLE),
-              (statuses{save_file(nullptr), get_num_group(nullptr), get_group(nullptr, &out),
-                        create_group(nullptr, nullptr, &out), get_group(file.handle, nullptr)}));
-    EXPECT_EQ(statuses(5, TDMS_GROUP_HANDLE),
-              (statuses{delete_group(nullptr), get_num_channel(nullptr), get_channel(nullptr, &out),
-                        create_channel(nullptr, nullptr, &out),
-                        create_group(file.handle, "h", nullptr)}));
-    EXPECT_EQ(
-        statuses(6, TDMS_CHANNEL_HANDLE),
-        (statuses{delete_channel(nullptr), get_channel_datatype(nullptr),
-                  get_num_channel_data(nullptr, nullptr),
-                  set_channel_data_int8(nullptr, 0, nullptr),
-                  get_channel_data_string(nullptr, nullptr), create_channel(group, "d", nullptr)}));
+    expect_each(TDMS_FILE_HANDLE,
+                {save_file(nullptr), get_num_group(nullptr), get_group(nullptr, &out),
+                 create_group(nullptr, nullptr, &out), get_group(file.handle, nullptr)});
+    expect_each(TDMS_GROUP_HANDLE,
+                {delete_group(nullptr), get_num_channel(nullptr), get_channel(nullptr, &out),
+                 create_channel(nullptr, nullptr, &out), create_group(file.handle, "h", nullptr)});
+    expect_each(TDMS_CHANNEL_HANDLE,
+                {delete_channel(nullptr), get_channel_datatype(nullptr),
+                 get_num_channel_data(nullptr, nullptr), set_channel_data_int8(nullptr, 0, nullptr),
+                 get_channel_data_string(nullptr, nullptr), create_channel(group, "d", nullptr)});
     EXPECT_EQ(TDMS_CHANNEL_DATA_COUNT, get_num_channel_data(channel, nullptr));
     EXPECT_EQ(null_text, thrown_text([&] { create_group(file.handle, nullptr, &out); }));
     EXPECT_EQ(null_text, thrown_text([&] { create_channel(group, nullptr, &out); }));

@@ -3,27 +3,21 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #include "file_bytes.h"
-#include "tdms.h"
+#include "handles.h"
 
 // A path of its own for each test, removed at its end.
 class scratch_file {
   public:
-    scratch_file()
-        : path_((std::filesystem::temp_directory_path() /
-                 ("tdms_test_" + std::to_string(getpid()) + "_" + std::to_string(count_++)))
-                    .string())
-    {
-    }
+    explicit scratch_file(const std::string& bytes) { fill(bytes); }
+    scratch_file() = default;
     ~scratch_file() { std::filesystem::remove(path_); }
-    scratch_file(const scratch_file&) = delete;
-    scratch_file& operator=(const scratch_file&) = delete;
+    scratch_file(scratch_file&&) = delete;
 
     const char* path() const { return path_.c_str(); }
 
@@ -33,56 +27,13 @@ class scratch_file {
         return {std::istreambuf_iterator<char>(in), {}};
     }
 
-    void fill(const std::string& bytes) const
-    {
-        std::ofstream(path_, std::ios::binary | std::ios::trunc) << bytes;
-    }
+    void fill(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
 
   private:
     static inline int count_ = 0;
-    std::string path_;
-};
-
-// An open file, closed at the end of the test.
-class open_tdms {
-  public:
-    open_tdms(const char* path, const char* mode) : status(open_file(path, mode, &handle)) {}
-    open_tdms(const scratch_file& file, const char* mode) : open_tdms(file.path(), mode) {}
-    ~open_tdms() { close(); }
-    open_tdms(const open_tdms&) = delete;
-    open_tdms& operator=(const open_tdms&) = delete;
-
-    void close()
-    {
-        if (handle == nullptr) return;
-        EXPECT_EQ(0, close_file(&handle));
-    }
-
-    void* add_group(const char* name) const
-    {
-        void* group = nullptr;
-        EXPECT_EQ(0, create_group(handle, name, &group));
-        return group;
-    }
-
-    // All groups, or all channels of the one at a position.
-    std::vector<void*> groups() const
-    {
-        std::vector<void*> list(static_cast<std::size_t>(get_num_group(handle)));
-        EXPECT_EQ(0, get_group(handle, list.data()));
-        return list;
-    }
-    std::vector<void*> channels(std::size_t g) const
-    {
-        std::vector<void*> list(static_cast<std::size_t>(get_num_channel(group(g))));
-        EXPECT_EQ(0, get_channel(group(g), list.data()));
-        return list;
-    }
-    void* group(std::size_t i) const { return groups().at(i); }
-    void* channel(std::size_t g, std::size_t c) const { return channels(g).at(c); }
-
-    void* handle = nullptr;
-    int status;
+    std::filesystem::path path_ =
+        std::filesystem::temp_directory_path() /
+        ("tdms_test_" + std::to_string(getpid()) + "_" + std::to_string(count_++));
 };
 
 inline void* add_channel(void* group, const char* name)
@@ -92,11 +43,46 @@ inline void* add_channel(void* group, const char* name)
     return channel;
 }
 
+// An open file, closed at the end of the test.
+struct open_tdms : file_handle {
+    open_tdms(const scratch_file& file, const char* mode)
+        : status(open_file(file.path(), mode, &handle))
+    {
+    }
+
+    void* add_group(const char* name) const
+    {
+        void* group = nullptr;
+        EXPECT_EQ(0, create_group(handle, name, &group));
+        return group;
+    }
+
+    void* group(std::size_t i) const { return groups_of(handle).at(i); }
+    void* channel(std::size_t g, std::size_t c) const { return channels_of(group(g)).at(c); }
+
+    void save_and_close()
+    {
+        EXPECT_EQ(0, save_file(handle));
+        EXPECT_EQ(0, close_file(&handle));
+    }
+
+    int status;
+};
+
+// A new file with channel c in group g.
+struct new_file {
+    const scratch_file scratch;
+    open_tdms file{scratch, "w"};
+    void* const group = file.add_group("g");
+    void* const channel = add_channel(group, "c");
+};
+struct NewFile : testing::Test, new_file {};
+
 inline std::string name_of(int (*get_name)(void*, char*), void* handle)
 {
-    char name[256];
-    EXPECT_EQ(0, get_name(handle, name));
-    return name;
+    std::string name((1 << 20) + 1, '\0');
+    EXPECT_EQ(0, get_name(handle, name.data()));
+    return name.c_str();
 }
 
 inline std::uint64_t value_count(void* channel)
@@ -106,11 +92,17 @@ inline std::uint64_t value_count(void* channel)
     return count;
 }
 
-inline std::vector<std::int32_t> int32_values(void* channel)
+// Each of them must be the expected status.
+inline void expect_each(int expected, std::initializer_list<int> statuses)
 {
-    std::vector<std::int32_t> values(value_count(channel));
-    EXPECT_EQ(0, get_channel_data_int32(channel, values.data()));
-    return values;
+    EXPECT_EQ(std::vector<int>(statuses.size(), expected), std::vector<int>(statuses));
+}
+
+// Tests that store times begin with this.
+inline void set_time_zone(const char* name)
+{
+    setenv("TZ", name, 1);
+    tzset();
 }
 
 constexpr const char* null_text = "basic_string::_M_construct null not valid";

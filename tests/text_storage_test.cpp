@@ -20,14 +20,10 @@ namespace {
 
 std::vector<const char*> read_texts(const std::vector<const char*>& texts)
 {
-    const scratch_file scratch;
-    {
-        open_tdms file(scratch, "w");
-        void* const channel = add_channel(file.add_group("g"), "c");
-        EXPECT_EQ(0, set_channel_data_string(channel, texts.size(), texts.data()));
-        EXPECT_EQ(0, save_file(file.handle));
-    }
-    const open_tdms file(scratch, "r");
+    new_file written;
+    EXPECT_EQ(0, set_channel_data_string(written.channel, texts.size(), texts.data()));
+    written.file.save_and_close();
+    const open_tdms file(written.scratch, "r");
     std::vector<const char*> read(texts.size(), nullptr);
     EXPECT_EQ(0, get_channel_data_string(file.channel(0, 0), read.data()));
     return read;
