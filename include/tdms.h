@@ -458,7 +458,8 @@ TDMS_API int get_channel_property_timestamp(void* channel, const char* name,
  * Stages a channel's values for the next save, in place of those staged before. The first staging
  * fixes the channel's type; only values of that type can be staged from then on.
  * @param count the number of values; 0 is allowed and fixes the type too
- * @param values an array of `count` values, copied by the call
+ * @param values an array of `count` values, copied by the call. Texts must be less than 4 GiB in
+ *         all: where each ends is stored as a 32-bit number
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATATYPE when the channel has
  *         another type; #TDMS_CHANNEL_DATA_READ when `values` is null and `count` is not 0. On
  *         failure the channel keeps what was staged before
