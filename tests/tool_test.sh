@@ -50,25 +50,27 @@ status 0 '"values": 4000' "$tdms" info --json whole.tdms
 "$summary" whole.tdms | grep -q "first $(cat first)," || fail 'the first value that summary prints'
 status 0 '4 whole segments' "$tdms" check whole.tdms
 read -r _ offset metadata raw _ < <(grep -E '^ +3 ' out)
+ln -s kept.tdms saved.tdms
 for more in 1 28 $((28 + metadata)) $((27 + metadata + raw)); do
     head -c $((offset + more)) whole.tdms | tee before >torn.tdms
     status 1 "torn.tdms: segment 3 at offset $offset is torn: .*-5006" "$tdms" check torn.tdms
     status 1 'torn.tdms: file reads falied! \(-5006\)' "$tdms" info torn.tdms
     status 0 "kept: 2 segments, $offset bytes" "$tdms" salvage torn.tdms -o saved.tdms
     same torn.tdms before 'the torn file stays as it is'
-    same saved.tdms <(head -c "$offset" whole.tdms) 'the whole segments'
+    same kept.tdms <(head -c "$offset" whole.tdms) 'the whole segments'
     status 0 'cpu idle +double +2000 ' "$tdms" info saved.tdms
 done
 cp whole.tdms bad.tdms && printf X | dd of=bad.tdms bs=1 seek="$offset" conv=notrunc status=none
 status 1 "segment 3 at offset $offset is damaged: .*-5002" "$tdms" check whole.tdms bad.tdms
 
 # Nothing is written that is not complete, and never over the file itself.
-ln -s torn.tdms link.tdms && mkdir empty
+ln -s torn.tdms link.tdms && ln -s whole.tdms whole.svg && mkdir empty
 while IFS='|' read -r wanted pattern arguments; do
     eval "status '$wanted' '$pattern' '$tdms' $arguments"
 done <<'END'
 2|is the file to read|salvage torn.tdms -o link.tdms
 2|is the file to read|salvage link.tdms -o ./torn.tdms
+2|is the file to read|plot whole.svg system -o whole.svg
 1|No such file|salvage torn.tdms -o empty/none/saved.tdms
 1|nothing to keep|salvage wanted.csv -o empty/saved.tdms
 1|out.tdms: file path is error!.*No such file|info out.tdms
@@ -98,14 +100,21 @@ done
 "$tdms" dump <(cat whole.tdms) | cmp -s - direct || fail 'a pipe'
 ("$tdms" dump whole.tdms 2>err; echo $? >code) | head -1 >out
 [[ $(cat code) == 0 && ! -s err ]] || fail 'a reader that goes away'
-"$tdms" info whole.tdms 2>err >/dev/full && fail 'a full disk' || grep -q 'space left' err || fail full
+within() { status 1 "$2" bash -c "$1"'; "$0" "$@"' "$tdms" "${@:3}"; }
+within 'exec >/dev/full' 'space left' info whole.tdms
+within 'exec >&-' 'standard output: Bad file' info whole.tdms
+within 'exec <&-' 'reading: Bad file' info -
+within 'ulimit -f 2' 'File too large' salvage whole.tdms -o empty/saved.tdms
 
 status 1 'gnuplot is needed' env PATH=/nonexistent "$tdms" plot whole.tdms system -o empty/p.svg
-[[ -z $(ls empty) ]] || fail "left behind: $(ls empty)"
+mkdir bin && printf '#!/bin/sh\nkill $PPID; exec sleep 1\n' >bin/gnuplot && chmod +x bin/gnuplot
+status 143 '' env PATH="$PWD/bin:$PATH" "$tdms" plot whole.tdms system -o empty/p.svg
 if command -v gnuplot >/dev/null; then
+    within 'ulimit -f 3' 'p.svg" cannot be written' plot values 'g"/a,b' -o empty/p.svg
+    [[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
     status 0 'load' "$tdms" plot whole.tdms system/load
     status 0 '' "$tdms" plot values 'g"/a,b' -o empty/picture.svg
-    [[ ! -s err && $(ls empty) == picture.svg ]] || fail "beside the picture: $(cat err) $(ls empty)"
+    [[ ! -s err && $(ls -A empty) == picture.svg ]] || fail "beside it: $(cat err) $(ls -A empty)"
     grep -q '>a,b<' empty/picture.svg || fail 'the label in the picture'
 fi
 ((failures == 0)) && echo "all passed"

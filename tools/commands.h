@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,9 @@ bool for_each_file(const std::vector<std::string>& files, Use use)
             all_well = use(name) && all_well;
         } catch (const failure& e) {
             report(name, e.what());
+            all_well = false;
+        } catch (const std::bad_alloc&) {
+            report(name, "out of memory");
             all_well = false;
         }
     }

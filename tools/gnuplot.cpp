@@ -1,29 +1,41 @@
 #include "gnuplot.h"
 
-#include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <array>
 #include <csignal>
 #include <cstdlib>
 
+#include "child_process.h"
 #include "console.h"
-#include "input.h"
 
 namespace tool {
 namespace {
 
 constexpr int not_found = 127;
 
-[[noreturn]] void become_gnuplot(int source, int target)
+// @return the status of a process that could not become gnuplot
+int become_gnuplot(int source, int target)
 {
     dup2(source, STDIN_FILENO);
     dup2(target, STDOUT_FILENO);
     std::signal(SIGPIPE, SIG_DFL);
     setenv("LC_ALL", "C.UTF-8", 1);  // the script's own encoding
     execlp("gnuplot", "gnuplot", "-d", "-", static_cast<char*>(nullptr));
-    _exit(not_found);
+    return not_found;
+}
+
+// A file in memory, from whose beginning the text can be read.
+descriptor file_of(const std::string& text)
+{
+    descriptor file(memfd_create("script", MFD_CLOEXEC));
+    if (file.get() < 0 || !write_all(file.get(), text.data(), text.size()) ||
+        lseek(file.get(), 0, SEEK_SET) != 0) {
+        throw system_failure("gnuplot");
+    }
+    return file;
 }
 
 }  // namespace
@@ -38,26 +50,21 @@ std::string gnuplot_text(std::string_view text)
     return out + '\'';
 }
 
-void run_gnuplot(const std::string& script, int target)
+// gnuplot does not tell when it cannot write: what it draws is written here.
+void run_gnuplot(const std::string& script, const std::function<void(std::string_view)>& take)
 {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw system_failure("gnuplot");
-    descriptor source(ends[0]);
-    descriptor sink(ends[1]);
-    const pid_t child = fork();
-    if (child < 0) throw system_failure("gnuplot");
-    if (child == 0) become_gnuplot(source.get(), target);
-    source.close();
-    const bool written = write_all(sink.get(), script.data(), script.size());
-    sink.close();
-    int result = 0;
-    while (waitpid(child, &result, 0) < 0 && errno == EINTR) {
+    const descriptor source = file_of(script);
+    child_process gnuplot("gnuplot",
+                          [&](int target) { return become_gnuplot(source.get(), target); });
+    std::array<char, 65536> bytes;
+    while (const std::size_t got = std::fread(bytes.data(), 1, bytes.size(), gnuplot.output())) {
+        take({bytes.data(), got});
     }
-    if (WIFSIGNALED(result) && WTERMSIG(result) == SIGPIPE) throw closed_pipe{};
-    if (WIFEXITED(result) && WEXITSTATUS(result) == not_found) {
+    const int status = gnuplot.wait();
+    if (WIFEXITED(status) && WEXITSTATUS(status) == not_found) {
         throw failure("gnuplot is needed to draw, and is not installed (Debian: gnuplot-nox)");
     }
-    if (!written || result != 0) throw failure("gnuplot failed");
+    if (status != 0) throw failure("gnuplot failed");
 }
 
 }  // namespace tool

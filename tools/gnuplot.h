@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -8,8 +9,8 @@ namespace tool {
 /// A text as gnuplot takes it for just what it is.
 std::string gnuplot_text(std::string_view text);
 
-/// Runs a script in gnuplot, which writes to the descriptor. Throws a failure if there is no
+/// Runs a script in gnuplot, and gives all that it draws to `take`. Throws a failure if there is no
 /// gnuplot, or if it fails.
-void run_gnuplot(const std::string& script, int target);
+void run_gnuplot(const std::string& script, const std::function<void(std::string_view)>& take);
 
 }  // namespace tool

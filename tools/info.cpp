@@ -10,8 +10,6 @@
 namespace tool {
 namespace {
 
-using json = nlohmann::ordered_json;
-
 std::string shown(const property& p)
 {
     const auto text = [&p](const auto& value) -> std::string {
@@ -114,11 +112,65 @@ void put_tree(output& out, const std::string& name, const measurement_file& file
     }
 }
 
-json json_of(const property_list& list)
+// Writes JSON piece by piece, so that none of it is held in memory.
+class json_writer {
+  public:
+    explicit json_writer(output& out) : out_(out) {}
+
+    void open(char bracket)
+    {
+        out_.put(bracket);
+        ++depth_;
+        empty_ = true;
+    }
+    void close(char bracket)
+    {
+        --depth_;
+        if (!empty_) begin_line();
+        out_.put(bracket);
+        empty_ = false;
+    }
+    void next()
+    {
+        if (!empty_) out_.put(',');
+        begin_line();
+        empty_ = false;
+    }
+    void put_key(std::string_view name)
+    {
+        next();
+        put(name);
+        out_.put(": ");
+    }
+    void put(const nlohmann::json& value)
+    {
+        out_.put(value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    }
+    template <class T>
+    void put(std::string_view name, const T& value)
+    {
+        put_key(name);
+        put(value);
+    }
+
+  private:
+    void begin_line()
+    {
+        out_.put('\n');
+        for (std::size_t i = 0; i != depth_; ++i) out_.put("  ");
+    }
+
+    output& out_;
+    std::size_t depth_ = 0;
+    bool empty_ = true;
+};
+
+void put_json(json_writer& to, const property_list& list)
 {
-    json object = json::object();
+    to.put_key("properties");
+    to.open('{');
     for (const property& p : list) {
-        const auto value = [](const auto& v) -> json {
+        const auto value = [](const auto& v) -> nlohmann::json {
             using T = std::decay_t<decltype(v)>;
             if constexpr (std::is_same_v<T, std::monostate>)
                 return nullptr;
@@ -127,28 +179,47 @@ json json_of(const property_list& list)
             else
                 return v;
         };
-        object[p.name] = {{"type", type_name(p.type)}, {"value", std::visit(value, p.value)}};
+        to.put_key(p.name);
+        to.open('{');
+        to.put("type", type_name(p.type));
+        to.put("value", std::visit(value, p.value));
+        to.close('}');
     }
-    return object;
+    to.close('}');
 }
 
-json json_of(const std::string& name, const measurement_file& file)
+void put_json(json_writer& to, const channel& c)
 {
-    json groups = json::array();
+    to.next();
+    to.open('{');
+    to.put("name", c.own_name());
+    to.put("type", type_name(c.type));
+    to.put("values", c.count);
+    put_json(to, c.properties);
+    to.close('}');
+}
+
+void put_json(json_writer& to, const std::string& name, const measurement_file& file)
+{
+    to.next();
+    to.open('{');
+    to.put("file", name);
+    put_json(to, file.properties);
+    to.put_key("groups");
+    to.open('[');
     for (const group& g : file.groups) {
-        json channels = json::array();
-        for (const channel& c : g.channels) {
-            channels.push_back({{"name", c.own_name()},
-                                {"type", type_name(c.type)},
-                                {"values", c.count},
-                                {"properties", json_of(c.properties)}});
-        }
-        groups.push_back({{"name", g.name},
-                          {"properties", json_of(g.properties)},
-                          {"channels", std::move(channels)}});
+        to.next();
+        to.open('{');
+        to.put("name", g.name);
+        put_json(to, g.properties);
+        to.put_key("channels");
+        to.open('[');
+        for (const channel& c : g.channels) put_json(to, c);
+        to.close(']');
+        to.close('}');
     }
-    return {
-        {"file", name}, {"properties", json_of(file.properties)}, {"groups", std::move(groups)}};
+    to.close(']');
+    to.close('}');
 }
 
 }  // namespace
@@ -156,13 +227,14 @@ json json_of(const std::string& name, const measurement_file& file)
 bool info(const info_options& wanted)
 {
     output out;
-    json all = json::array();
+    json_writer json(out);
+    if (wanted.json) json.open('[');
     bool first = true;
     const bool all_well = for_each_file(wanted.files, [&](const std::string& name) {
         const input from(name);
         const measurement_file file(from);
         if (wanted.json) {
-            all.push_back(json_of(name, file));
+            put_json(json, name, file);
             return true;
         }
         if (wanted.names) {
@@ -177,7 +249,8 @@ bool info(const info_options& wanted)
         out.flush();
         return true;
     });
-    if (wanted.json) out.put(all.dump(2, ' ', false, json::error_handler_t::replace) + '\n');
+    if (wanted.json) json.close(']');
+    if (wanted.json) out.put('\n');
     out.flush();
     return all_well;
 }

@@ -36,14 +36,17 @@ descriptor copy_of(descriptor source)
 
 descriptor open_or_throw(const std::string& name)
 {
-    descriptor file(name == "-" ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC));
+    descriptor file(name == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                : open(name.c_str(), O_RDONLY | O_CLOEXEC));
     if (file.get() < 0) throw system_failure(message_of(TDMS_FILE_PATH));
+    return file;
+}
+
+struct stat facts_of(const descriptor& file)
+{
     struct stat facts {};
-    fstat(file.get(), &facts);
-    if (name == "-" || S_ISFIFO(facts.st_mode)) return copy_of(std::move(file));
-    if (S_ISREG(facts.st_mode)) return file;
-    errno = S_ISDIR(facts.st_mode) ? EISDIR : ESPIPE;
-    throw system_failure(message_of(TDMS_FILE_PATH));
+    if (fstat(file.get(), &facts) != 0) throw system_failure(message_of(TDMS_FILE_PATH));
+    return facts;
 }
 
 }  // namespace
@@ -58,15 +61,31 @@ void descriptor::close()
     if (number_ >= 0) ::close(release());
 }
 
-input::input(const std::string& name) : name_(name), path_(name), file_(open_or_throw(name))
+input::input(const std::string& name) : path_(name), file_(open_or_throw(name))
+{
+    source_ = facts_of(file_);
+    if (name == "-" || S_ISFIFO(source_.st_mode)) {
+        file_ = copy_of(std::move(file_));
+    } else if (!S_ISREG(source_.st_mode)) {
+        errno = S_ISDIR(source_.st_mode) ? EISDIR : ESPIPE;
+        throw system_failure(message_of(TDMS_FILE_PATH));
+    }
+    const std::string opened = "/proc/self/fd/" + std::to_string(file_.get());
+    if (access(opened.c_str(), R_OK) == 0) path_ = opened;
+}
+
+std::uint64_t input::size() const
+{
+    return static_cast<std::uint64_t>(facts_of(file_).st_size);
+}
+
+void input::refuse_as_target(const std::string& target) const
 {
     struct stat facts {};
-    fstat(file_.get(), &facts);
-    size_ = static_cast<std::uint64_t>(facts.st_size);
-    struct stat named {};
-    const bool same = stat(name.c_str(), &named) == 0 && named.st_dev == facts.st_dev &&
-                      named.st_ino == facts.st_ino;
-    if (!same) path_ = "/proc/self/fd/" + std::to_string(file_.get());
+    if (stat(target.c_str(), &facts) == 0 && facts.st_dev == source_.st_dev &&
+        facts.st_ino == source_.st_ino) {
+        throw usage_error("the file to write is the file to read: " + in_quotes(target));
+    }
 }
 
 std::FILE* input::stream() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -40,19 +42,23 @@ class input {
     /// Throws a failure if there is no such file.
     explicit input(const std::string& name);
 
-    const std::string& name() const { return name_; }  ///< as the user knows it
-    const std::string& path() const { return path_; }  ///< to open it by
+    /// Opens the same file, even if another one has got its name by now.
+    const std::string& path() const { return path_; }
     int file() const { return file_.get(); }
-    std::uint64_t size() const { return size_; }
+
+    /// By now: the file may be one that is being written.
+    std::uint64_t size() const;
 
     /// A stream of its own on the file, for the caller to close; reading moves the file's position.
     std::FILE* stream() const;
 
+    /// Throws a usage_error if a file to write is the one to read.
+    void refuse_as_target(const std::string& target) const;
+
   private:
-    std::string name_;
+    struct stat source_ {};
     std::string path_;
     descriptor file_;
-    std::uint64_t size_ = 0;
 };
 
 /// Reads up to `count` bytes, as many as there are; throws a failure about `what`.

@@ -1,3 +1,6 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 
@@ -58,7 +61,7 @@ int parse_and_run(int argc, char** argv)
     app.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
     app.require_subcommand(1);
     app.get_formatter()->column_width(30);
-    app.footer("Except for salvage, FILE may be - for standard input. More: man tdms");
+    app.footer("FILE may be - for standard input. More: man tdms");
     const char* const about_files = "The measurement files";
     const char* const about_file = "The measurement file";
     const char* const about_channels = "GROUP/CHANNEL, or GROUP for all in it";
@@ -117,11 +120,22 @@ int run(int argc, char** argv)
         report("", e.what());
         return 2;
     } catch (const std::bad_alloc&) {
-        report("", "out of memory");
+        constexpr std::string_view message = "tdms: out of memory\n";  // takes none
+        static_cast<void>(write_all(STDERR_FILENO, message.data(), message.size()));
     } catch (const std::exception& e) {
         report("", e.what());
     }
     return 1;
+}
+
+// A standard stream that is closed would lend its number to the next file that is opened. Instead
+// it becomes one that cannot be used in its direction.
+void fill_closed_streams()
+{
+    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
+        if (fcntl(number, F_GETFD) >= 0) continue;
+        static_cast<void>(open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
 }
 
 }  // namespace
@@ -129,7 +143,9 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    // Who stops reading our output is told apart by the error of the write.
+    tool::fill_closed_streams();
+    // That nobody reads our output, or that a file may not grow, is told by the write's error.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     return tool::run(argc, argv);
 }

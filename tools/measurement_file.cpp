@@ -1,8 +1,9 @@
 #include "measurement_file.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "console.h"
 
@@ -66,29 +67,45 @@ property_list properties_of(const level& of, void* handle)
     of.names(handle, names.data());
     property_list list;
     for (const char* const name : names) {
-        const int type = of.datatype(handle, name);
+        // The library does not find a name that goes on behind a zero byte.
+        const int type = std::max(of.datatype(handle, name), int{TDMS_TYPE_VOID});
         list.push_back({name, type, value_of(of, handle, name, type)});
     }
     return list;
 }
 
-// Reads the names of groups and channels. The library does not tell their lengths; none is longer
-// than the file, or than its 32-bit length can tell.
+// Reads the names of groups and channels. The library does not tell their lengths, but they are
+// numbers of 32 bits. Of the room for such a name, only what is used takes memory; if a process may
+// not have that, none is longer than its file.
 class name_reader {
   public:
     explicit name_reader(std::uint64_t file_size)
-        : buffer_(std::make_unique_for_overwrite<char[]>(
-              std::min<std::uint64_t>(file_size, std::numeric_limits<std::uint32_t>::max()) + 1))
     {
+        if (reserve(std::uint64_t{1} << 32)) return;
+        if (!reserve(file_size + 1)) throw std::bad_alloc();
     }
+    ~name_reader() { munmap(room_, size_); }
+    name_reader(const name_reader&) = delete;
+    name_reader& operator=(const name_reader&) = delete;
+
     const char* read(void* handle, int (*get_name)(void*, char*))
     {
-        get_name(handle, buffer_.get());
-        return buffer_.get();
+        char* const name = static_cast<char*>(room_);
+        get_name(handle, name);
+        return name;
     }
 
   private:
-    std::unique_ptr<char[]> buffer_;
+    bool reserve(std::uint64_t size)
+    {
+        size_ = size;
+        room_ = mmap(nullptr, size_, PROT_READ | PROT_WRITE,
+                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        return room_ != MAP_FAILED;
+    }
+
+    void* room_ = nullptr;
+    std::uint64_t size_ = 0;
 };
 
 group read_group(void* handle, name_reader& names)
@@ -180,8 +197,9 @@ std::uint32_t size_of_type(std::uint32_t type)
 }
 
 measurement_file::measurement_file(const input& from)
-    : handle_(open_or_throw(from)), size_(from.size())
+    : size_(from.size()), handle_(open_or_throw(from))
 {
+    size_ = std::max(size_, from.size());  // the library found one between them
     properties = properties_of(file_level, handle_.get());
     name_reader names(size_);
     std::vector<void*> handles(static_cast<std::size_t>(get_num_group(handle_.get())));

@@ -90,8 +90,8 @@ class measurement_file {
     struct closer {
         void operator()(void* file) const { close_file(&file); }
     };
-    std::unique_ptr<void, closer> handle_;
     std::uint64_t size_;
+    std::unique_ptr<void, closer> handle_;
 };
 
 /// Throws a failure if the library cannot find the channel's values; reads none of them.

@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 #include "console.h"
 
@@ -21,6 +22,8 @@ namespace {
 std::array<char, PATH_MAX> path_to_remove;
 std::atomic<bool> any_to_remove = false;
 
+constexpr std::array signals_to_die_of{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
 void remove_and_die(int signal_number)
 {
     if (any_to_remove) unlink(path_to_remove.data());
@@ -28,36 +31,76 @@ void remove_and_die(int signal_number)
     std::raise(signal_number);
 }
 
+// Those that are ignored, as under nohup, stay so.
+void remove_on_signals()
+{
+    for (const int number : signals_to_die_of) {
+        struct sigaction before {};
+        sigaction(number, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) std::signal(number, remove_and_die);
+    }
+}
+
+// Creates a file that a signal removes; `path` gets its name. None comes in between.
+int create_to_be_removed(std::string& path)
+{
+    remove_on_signals();
+    sigset_t held;
+    sigset_t before;
+    sigemptyset(&held);
+    for (const int number : signals_to_die_of) sigaddset(&held, number);
+    sigprocmask(SIG_BLOCK, &held, &before);
+    const int file = mkostemp(path.data(), O_CLOEXEC);
+    path_to_remove[path.copy(path_to_remove.data(), path_to_remove.size() - 1)] = '\0';
+    any_to_remove = file >= 0;
+    const int error = errno;
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
+    return file;
+}
+
+// Where a path leads if symbolic links are followed, also if nothing is there.
+std::string without_links(std::filesystem::path path)
+{
+    std::error_code not_a_link;
+    for (int links = 0; links != 40; ++links) {
+        const std::filesystem::path next = std::filesystem::read_symlink(path, not_a_link);
+        if (not_a_link) break;
+        path.replace_filename(next);
+    }
+    return path;
+}
+
 }  // namespace
 
-new_file::new_file(const std::string& target)
-    : target_(target), path_(target + ".XXXXXX"), file_(-1)
+new_file::new_file(const std::string& target) : target_(without_links(target))
 {
     struct stat facts {};
-    if (stat(target.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode)) {
+    if (stat(target_.c_str(), &facts) == 0) {
         errno = S_ISDIR(facts.st_mode) ? EISDIR : EEXIST;
+        if (!S_ISREG(facts.st_mode)) cannot_be_written();
+    } else if (errno != ENOENT) {
         cannot_be_written();
     }
+    path_ = std::filesystem::path(target_).replace_filename(".tdms-XXXXXX");
     errno = ENAMETOOLONG;
     if (path_.size() >= path_to_remove.size()) cannot_be_written();
-    file_ = descriptor(mkostemp(path_.data(), O_CLOEXEC));
+    file_ = descriptor(create_to_be_removed(path_));
     if (file_.get() < 0) cannot_be_written();
-    path_to_remove[path_.copy(path_to_remove.data(), path_.size())] = '\0';
-    any_to_remove = true;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) std::signal(number, remove_and_die);
     const mode_t mask = umask(0);
     umask(mask);
-    if (fchmod(file_.get(), 0666 & ~mask) != 0) cannot_be_written();
+    static_cast<void>(fchmod(file_.get(), 0666 & ~mask));  // not every file system has modes
 }
 
 new_file::~new_file()
 {
-    if (any_to_remove.exchange(false)) unlink(path_.c_str());
+    if (any_to_remove) unlink(path_.c_str());
+    any_to_remove = false;
 }
 
-void new_file::write(const char* bytes, std::size_t count)
+void new_file::write(std::string_view bytes)
 {
-    if (!write_all(file_.get(), bytes, count)) cannot_be_written();
+    if (!write_all(file_.get(), bytes.data(), bytes.size())) cannot_be_written();
 }
 
 void new_file::cannot_be_written() const

@@ -1,26 +1,26 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "input.h"
 
 namespace tool {
 
 /// A file in the making, under a name beside its target's. It takes the target's place when it is
-/// committed, and is gone without a trace if it never is.
+/// committed, and is gone without a trace if it never is, also if a signal ends the process.
 class new_file {
   public:
     /// Throws a failure if nothing can be written beside the target, or something stands in its
-    /// place that is not a file.
+    /// place that is not a file. A target that is a symbolic link stands for what it points to.
     explicit new_file(const std::string& target);
     ~new_file();
     new_file(const new_file&) = delete;
     new_file& operator=(const new_file&) = delete;
 
-    int file() const { return file_.get(); }
     const std::string& path() const { return path_; }
 
-    void write(const char* bytes, std::size_t count);
+    void write(std::string_view bytes);
 
     /// Throws a failure unless the file is on the disk and has its name.
     void commit();
@@ -30,7 +30,7 @@ class new_file {
 
     std::string target_;
     std::string path_;
-    descriptor file_;
+    descriptor file_{-1};
 };
 
 }  // namespace tool

@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <optional>
@@ -121,6 +119,7 @@ bool plot(const plot_options& wanted)
 {
     check_picture_name(wanted.target);
     const input from(wanted.file);
+    if (!wanted.target.empty()) from.refuse_as_target(wanted.target);
     const measurement_file file(from);
     bool all_read = true;
     const std::vector<curve> curves = read_curves(file, wanted, all_read);
@@ -129,13 +128,13 @@ bool plot(const plot_options& wanted)
     const std::string title = wanted.file.substr(wanted.file.rfind('/') + 1);
     const std::string script = plot_script(curves, times, title, wanted.target);
     if (wanted.target.empty()) {
-        run_gnuplot(script, STDOUT_FILENO);
         output out;
+        run_gnuplot(script, [&out](std::string_view text) { out.put(text); });
         out.put('\n');  // which gnuplot leaves out
         out.flush();
     } else {
         new_file picture(wanted.target);
-        run_gnuplot(script, picture.file());
+        run_gnuplot(script, [&picture](std::string_view bytes) { picture.write(bytes); });
         picture.commit();
     }
     return all_read;

@@ -27,7 +27,8 @@ struct range {
     /// With room at both ends: a share of its width, or so much if it has none.
     range widened(double share, double if_empty) const
     {
-        const double room = low < high ? share * (high - low) : if_empty;
+        constexpr double least = std::numeric_limits<double>::denorm_min();
+        const double room = low < high ? share * (high - low) : std::max(if_empty, least);
         return {low - room, high + room};
     }
 };

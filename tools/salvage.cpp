@@ -1,4 +1,3 @@
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,14 +10,6 @@
 namespace tool {
 namespace {
 
-bool is_same_file(int file, const std::string& path)
-{
-    struct stat left {};
-    struct stat right {};
-    return fstat(file, &left) == 0 && stat(path.c_str(), &right) == 0 &&
-           left.st_dev == right.st_dev && left.st_ino == right.st_ino;
-}
-
 void copy_begin(const input& from, std::uint64_t size, new_file& to)
 {
     progress shown("copying", size);
@@ -28,7 +19,7 @@ void copy_begin(const input& from, std::uint64_t size, new_file& to)
         const auto part = std::min<std::uint64_t>(bytes.size(), size - done);
         const std::size_t got = read_some(from.file(), bytes.data(), part, "reading");
         if (got == 0) throw failure("the file has become shorter");
-        to.write(bytes.data(), got);
+        to.write({bytes.data(), got});
         done += got;
     }
 }
@@ -38,9 +29,7 @@ void copy_begin(const input& from, std::uint64_t size, new_file& to)
 bool salvage(const salvage_options& wanted)
 {
     const input from(wanted.file);
-    if (is_same_file(from.file(), wanted.target)) {
-        throw usage_error("the file to write is the file to read: " + in_quotes(wanted.target));
-    }
+    from.refuse_as_target(wanted.target);
     sound_part sound;
     {
         progress shown("checking", from.size());

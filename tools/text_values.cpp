@@ -1,17 +1,10 @@
 #include "text_values.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-
+#include "child_process.h"
 #include "measurement_file.h"
 
 namespace tool {
 namespace {
-
-using stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 // What goes through the pipe: a length of 64 bits and a text, again and again. The first text is
 // the message if the channel cannot be read; it is empty if all texts follow.
@@ -31,8 +24,10 @@ bool receive_text(std::FILE* pipe, std::string& all)
     return std::fread(all.data() + before, 1, length, pipe) == length;
 }
 
-bool send_channel(std::FILE* pipe, void* channel, std::uint64_t count)
+bool send_channel(int end, void* channel, std::uint64_t count)
 {
+    std::FILE* const pipe = fdopen(end, "wb");
+    if (pipe == nullptr) return false;
     std::vector<const char*> texts;
     std::string message;
     try {
@@ -51,27 +46,20 @@ bool send_channel(std::FILE* pipe, void* channel, std::uint64_t count)
 
 text_values read_texts_apart(void* channel, std::uint64_t count)
 {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) throw system_failure("reading texts");
-    const pid_t child = fork();
-    if (child < 0) throw system_failure("reading texts");
-    if (child == 0) _exit(send_channel(fdopen(ends[1], "wb"), channel, count) ? 0 : 1);
-    close(ends[1]);
-
+    child_process reader("reading texts",
+                         [&](int end) { return send_channel(end, channel, count) ? 0 : 1; });
+    std::FILE* const from = reader.output();
     text_values texts;
     std::string message;
-    stream from(fdopen(ends[0], "rb"), std::fclose);
-    bool complete = receive_text(from.get(), message);
+    bool complete = receive_text(from, message);
     for (std::uint64_t i = 0; complete && message.empty() && i != count; ++i) {
-        complete = receive_text(from.get(), texts.bytes);
+        complete = receive_text(from, texts.bytes);
         texts.ends.push_back(texts.bytes.size());
     }
-    from.reset();
-    int result = 0;
-    while (waitpid(child, &result, 0) < 0 && errno == EINTR) {
-    }
     if (!message.empty()) throw failure(message);
-    if (!complete || result != 0) throw failure("reading texts: the process ended early");
+    if (reader.wait() != 0 || !complete) {
+        throw failure("reading texts: the process ended early");
+    }
     return texts;
 }
 

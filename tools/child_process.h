@@ -1,0 +1,45 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "input.h"
+
+namespace tool {
+
+/// A process of our own, whose output we read.
+class child_process {
+  public:
+    /// Calls `work` in the new process, with a descriptor for its output; `work` returns the exit
+    /// status. Throws a failure about `what` if there can be no such process.
+    template <class Work>
+    child_process(const std::string& what, Work work) : child_process(what)
+    {
+        if (number_ == 0) _exit(work(end_.get()));
+        end_.close();
+    }
+    /// Stops reading, which ends a process that still writes, and waits for its end.
+    ~child_process() { wait(); }
+    child_process(const child_process&) = delete;
+    child_process& operator=(const child_process&) = delete;
+
+    std::FILE* output() const { return output_.get(); }
+
+    /// Stops reading, and waits for the end. @return the status, as waitpid() tells it
+    int wait();
+
+  private:
+    explicit child_process(const std::string& what);
+
+    struct closer {
+        void operator()(std::FILE* stream) const { std::fclose(stream); }
+    };
+    descriptor end_{-1};
+    std::unique_ptr<std::FILE, closer> output_;
+    pid_t number_ = -1;
+};
+
+}  // namespace tool
