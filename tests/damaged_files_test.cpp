@@ -42,6 +42,16 @@ TEST(ForeignFiles, NamesAndGroupsThatWereNeverListed)
     EXPECT_EQ(32, get_channel_property_datatype(file.channel(0, 1), "p")) << "the later one counts";
 }
 
+TEST(ForeignFiles, EveryByteButZeroIsTrue)
+{
+    const std::string index = fixed_index(TDMS_TYPE_BOOL, 4);
+    const scratch_file scratch(segment({group_g, object(path_c, index)}, {"\0\1\2\x80", 4}));
+    const open_tdms file(scratch, "r");
+    bool values[4] = {};
+    EXPECT_EQ(0, get_channel_data_bool(file.channel(0, 0), values));
+    EXPECT_EQ(0, std::memcmp("\0\1\1\1", values, 4));
+}
+
 void* channel_c(const open_tdms& file)
 {
     const auto& groups = static_cast<tdms::option*>(file.handle)->groups;
