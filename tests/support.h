@@ -14,8 +14,12 @@
 // A path of its own for each test, removed at its end.
 class scratch_file {
   public:
-    explicit scratch_file(const std::string& bytes) { fill(bytes); }
-    scratch_file() = default;
+    scratch_file()
+        : path_(std::filesystem::temp_directory_path() /
+                ("tdms_test_" + std::to_string(getpid()) + "_" + std::to_string(count_++)))
+    {
+    }
+    explicit scratch_file(const std::string& bytes) : scratch_file() { fill(bytes); }
     ~scratch_file() { std::filesystem::remove(path_); }
     scratch_file(scratch_file&&) = delete;
 
@@ -31,9 +35,7 @@ class scratch_file {
 
   private:
     static inline int count_ = 0;
-    std::filesystem::path path_ =
-        std::filesystem::temp_directory_path() /
-        ("tdms_test_" + std::to_string(getpid()) + "_" + std::to_string(count_++));
+    std::filesystem::path path_;
 };
 
 inline void* add_channel(void* group, const char* name)
