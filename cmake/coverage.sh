@@ -6,6 +6,7 @@ cd "$(dirname "$0")/.."
 
 cmake/install-packages.sh build test tool fuzz coverage
 build=$PWD/build/coverage
+export LLVM_PROFILE_FILE=/dev/null # of what is run on the way
 flags="-fprofile-instr-generate -fcoverage-mapping"
 cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_FLAGS="$flags" \
     -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_BUILD_TYPE=Debug -DTDMS_BUILD_TESTS=ON -DTDMS_BUILD_TOOLS=ON \

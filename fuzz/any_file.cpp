@@ -14,12 +14,15 @@ void require(bool true_of_any_file)
     if (!true_of_any_file) std::abort();
 }
 
-// Stages a value on every channel of a type that values have. The others keep what they state.
+// Gives every group and channel a property, and every channel of a type that values have a value.
+// The others keep what they state.
 void append(void* file)
 {
     read_properties(0, file);
     for (void* const group : groups_of(file)) {
+        create_group_property_int8(group, "new", 1);
         for (void* const channel : channels_of(group)) {
+            create_channel_property_int8(channel, "new", 1);
             for_each_element([channel]<class Element>(Element) {
                 if (Element::code != get_channel_datatype(channel)) return;
                 require(Element::set(channel, 1, Element::samples) == TDMS_OK);

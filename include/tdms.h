@@ -13,8 +13,7 @@
  *  2. Handles are opaque pointers. A file handle lives until close_file(); a group or channel
  *     handle until its object is deleted or replaced, its group deleted, or its file closed; none
  *     outlives the process's exit. Using a handle after that is undefined, as it is for a closed
- *     `FILE*`. The library owns what
- *     handles refer to. A null handle is answered with its level's status: #TDMS_FILE_HANDLE,
+ *     `FILE*`. The library owns what handles refer to. A null handle is answered with its level's status: #TDMS_FILE_HANDLE,
  *     #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel, #TDMS_GROUP_HANDLE means that its
  *     group is no longer in the file.
  *  3. Arrays and buffers belong to the caller, who sizes them with the matching get_num function.
@@ -131,9 +130,10 @@ TDMS_API const char* get_error_description(int code);
  * Opens a file.
  * @param path the file's path
  * @param mode "r" reads an existing file, "w" creates or empties one, "a" reads an existing file
- *        and appends to it; an empty file is a valid file. Any other mode deliberately succeeds
- * with a handle that has no stream: objects can be built on it, saving gives #TDMS_FILE_HANDLE and
- * reading values #TDMS_CHANNEL_DATA_READ
+ *        and appends to it; an empty file is a valid file. Any other mode, and "a" for a file that
+ *        can be read but not written, deliberately succeeds with a handle that has no stream:
+ *        objects can be built on it, saving gives #TDMS_FILE_HANDLE and reading values
+ *        #TDMS_CHANNEL_DATA_READ
  * @param[out] file the handle; untouched on failure
  * @return 0; #TDMS_FILE_PATH; with "r" also #TDMS_FILE_TAG, #TDMS_FILE_TOC, #TDMS_FILE_VERSION,
  *         #TDMS_FILE_READ, #TDMS_INDEX or #TDMS_CHANNEL_READ, as the first fault in the file
@@ -154,7 +154,8 @@ TDMS_API int open_file(const char* path, const char* mode, void** file);
  * save, with a count of 0 if there is nothing to add: a channel that was not staged states the
  * number of values it had last, without values, and the file then holds fewer bytes than it claims.
  *
- * The stream's own errors (a full disk) are not reported, and its buffer is not flushed before
+ * The stream's own errors are not reported: a full disk, or a file opened with "r", which gets
+ * nothing while its properties leave memory all the same. The stream's buffer is not flushed before
  * close_file().
  * @return 0; #TDMS_FILE_HANDLE when `file` is null or has no stream: then nothing changes
  */
@@ -490,7 +491,7 @@ TDMS_API int set_channel_data_timestamp(void* channel, uint64_t count,
  * with "w" has no values to read; one opened with "a" cannot be read unless it was empty, and
  * trying closes its stream.
  * @param[out] values as many values as get_num_channel_data() tells. On failure it is untouched,
- *             except when the device itself fails while values are on their way
+ *             except when the device fails, or the file is cut, while values are on their way
  * @return 0; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATA_READ when anything about the file or the
  *         handle prevents reading, or `values` is null and there are values;
  *         #TDMS_CHANNEL_DATATYPE when the channel has another type

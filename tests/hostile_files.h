@@ -44,6 +44,7 @@ inline std::vector<hostile_file> files_to_open()
         {damaged, "property text length", segment({property + u32(32) + huge})},
         {0, "property without bytes", segment({property + u32(11)})},
         {damaged, "path without a slash", segment({object("abc", none)})},
+        {damaged, "no slash in front", segment({object("abc/'c/d'", none)})},
         {damaged, "group path of two characters", segment({object("/a", none)})},
         {damaged, "channel of a group path too short", segment({object("//'c'", none)})},
         {damaged, "no room for a channel's name", segment({object("/'g'/'", none)})},

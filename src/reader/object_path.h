@@ -22,8 +22,9 @@ inline std::string_view group_name(std::string_view path)
 }
 
 /// The slashes of a path tell what it names: "/" alone the file, one slash a group, any more a
-/// channel, whose group's path ends before the first slash behind its beginning. A name is what is
-/// left without a slash and a quote in front and a quote behind, whatever stands in their places.
+/// channel, whose group's path ends before the second slash. Without a slash in front, that would be
+/// the path of no group. A name is what is left without a slash and a quote in front and a quote
+/// behind, whatever stands in their places.
 inline object_path_parts parse_object_path(std::string_view path)
 {
     constexpr object_path_parts invalid{object_kind::invalid, {}, {}};
@@ -34,10 +35,9 @@ inline object_path_parts parse_object_path(std::string_view path)
     if (second == std::string_view::npos) {
         return {object_kind::group, path, group_name(path)};
     }
-    const std::size_t split = first == 0 ? second : first;
-    if (split < 3 || path.size() < split + 3) return invalid;
-    return {object_kind::channel, path.substr(0, split),
-            path.substr(split + 2, path.size() - split - 3)};
+    if (first != 0 || second < 3 || path.size() < second + 3) return invalid;
+    return {object_kind::channel, path.substr(0, second),
+            path.substr(second + 2, path.size() - second - 3)};
 }
 
 }  // namespace tdms
