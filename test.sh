@@ -24,7 +24,8 @@ build() { # NAME OPTION...: configures and builds
     local name=$1
     shift
     echo "== $name"
-    cmake -S . -B "build/$name" -DTDMS_BUILD_TESTS=ON -DTDMS_BUILD_TOOLS=ON "$@" >/dev/null && cmake --build "build/$name" --parallel "$jobs" >/dev/null
+    cmake -S . -B "build/$name" -DTDMS_BUILD_TESTS=ON -DTDMS_BUILD_TOOLS=ON "$@" >/dev/null &&
+        "${fixed_addresses[@]}" cmake --build "build/$name" --parallel "$jobs" >/dev/null
     local status=$?
     count "building $name" $status
     return $status

@@ -17,7 +17,10 @@ report() { # WHAT COMMAND...
     local what=$1
     shift
     rm -rf "$build/profiles"
-    LLVM_PROFILE_FILE="$build/profiles/%p" "$@" >/dev/null 2>&1
+    if ! LLVM_PROFILE_FILE="$build/profiles/%p" "$@" >"$build/log" 2>&1; then
+        tail "$build/log"
+        exit 1
+    fi
     # Of the processes that the tests kill, one or the other profile is torn.
     llvm-profdata merge -failure-mode=all -o "$build/$what.profile" "$build"/profiles/* 2>/dev/null
     echo "== $what"

@@ -13,9 +13,9 @@
  *  2. Handles are opaque pointers. A file handle lives until close_file(); a group or channel
  *     handle until its object is deleted or replaced, its group deleted, or its file closed; none
  *     outlives the process's exit. Using a handle after that is undefined, as it is for a closed
- *     `FILE*`. The library owns what handles refer to. A null handle is answered with its level's status: #TDMS_FILE_HANDLE,
- *     #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel, #TDMS_GROUP_HANDLE means that its
- *     group is no longer in the file.
+ *     `FILE*`. The library owns what handles refer to. A null handle is answered with its level's
+ *     status: #TDMS_FILE_HANDLE, #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel,
+ *     #TDMS_GROUP_HANDLE means that its group is no longer in the file.
  *  3. Arrays and buffers belong to the caller, who sizes them with the matching get_num function.
  *     They may be null when there is nothing to write. Where something is to be written, a null
  *     output is answered with the status that the function names for its handle or its result.

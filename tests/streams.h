@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 
 // fopen() and fclose() in front of the C library's, which remember what is open: by rule, some
 // failed openings leave their stream so. They are called before and after main(), too.
@@ -21,7 +22,9 @@ extern "C" std::FILE* fopen(const char* path, const char* mode)
     REAL(fopen);
     const bool fails = opening_fails != nullptr && opening_fails();
     std::FILE* const stream = fails ? nullptr : real(path, mode);
-    *std::find(std::begin(open_streams), std::end(open_streams), nullptr) = stream;
+    const auto free = std::find(std::begin(open_streams), std::end(open_streams), nullptr);
+    if (free == std::end(open_streams)) std::abort();
+    *free = stream;
     return stream;
 }
 

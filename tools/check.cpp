@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 
 #include "commands.h"
@@ -67,7 +68,12 @@ bool check_file(output& out, const std::string& name)
     }
     out.put(count_of(sound.segments, "whole segment") + ", " + std::to_string(sound.size) + " of " +
             count_of(sound.file_size, "byte") + ", " + count_of(sound.values, "value") + '\n');
-    out.flush();
+    try {
+        out.flush();
+    } catch (const closed_pipe&) {
+        if (!sound.fault.empty()) report(name, sound.fault);
+        throw;
+    }
     if (!sound.fault.empty()) throw failure(sound.fault);
     try {
         const measurement_file file(from);

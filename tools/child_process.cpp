@@ -25,7 +25,7 @@ child_process::child_process(const std::string& what)
 int child_process::wait()
 {
     output_.reset();
-    int status = 0;
+    int status = -1;
     while (number_ > 0 && waitpid(number_, &status, 0) < 0 && errno == EINTR) {
     }
     number_ = -1;

@@ -18,7 +18,10 @@ class child_process {
     template <class Work>
     child_process(const std::string& what, Work work) : child_process(what)
     {
-        if (number_ == 0) _exit(work(end_.get()));
+        if (number_ == 0) {
+            output_.reset();  // or its own end would keep it from seeing that nobody reads
+            _exit(work(end_.get()));
+        }
         end_.close();
     }
     /// Stops reading, which ends a process that still writes, and waits for its end.
@@ -28,7 +31,7 @@ class child_process {
 
     std::FILE* output() const { return output_.get(); }
 
-    /// Stops reading, and waits for the end. @return the status, as waitpid() tells it
+    /// Stops reading, and waits for the end. @return the status as waitpid() tells it, or -1
     int wait();
 
   private:

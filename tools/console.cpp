@@ -12,6 +12,8 @@
 namespace tool {
 namespace {
 
+bool reported = false;
+
 // The length of the character at the front of a text in UTF-8; 0 if there is none to be shown.
 std::size_t character_length(std::string_view text)
 {
@@ -50,7 +52,13 @@ void report(const std::string& about, const std::string& message)
 {
     const std::string line =
         "tdms: " + (about.empty() ? "" : printable(about) + ": ") + message + "\n";
+    reported = true;
     static_cast<void>(write_all(STDERR_FILENO, line.data(), line.size()));
+}
+
+bool any_reported()
+{
+    return reported;
 }
 
 std::string printable(std::string_view text)
@@ -129,7 +137,7 @@ void output::flush()
     const std::size_t count = std::exchange(used_, 0);
     if (write_all(STDOUT_FILENO, buffer_.get(), count)) return;
     if (errno == EPIPE) throw closed_pipe{};
-    throw system_failure("standard output");
+    throw output_failure(system_failure("standard output").what());
 }
 
 progress::progress(std::string what, std::uint64_t total)

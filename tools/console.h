@@ -22,11 +22,19 @@ struct usage_error : std::runtime_error {
 /// Nobody reads the output any more.
 struct closed_pipe {};
 
+/// Standard output cannot be written; it is about no file.
+struct output_failure : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// A system call's failure by errno: "what: No such file or directory".
 failure system_failure(const std::string& what);
 
 /// Tells the user on standard error, with the tool's name in front.
 void report(const std::string& about, const std::string& message);
+
+/// Whether anything has been reported.
+bool any_reported();
 
 /// Text from a file as it can be shown on one line of a terminal: control characters and bytes that
 /// are not UTF-8 become escapes.

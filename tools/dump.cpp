@@ -8,8 +8,8 @@
 namespace tool {
 namespace {
 
-// A field of its own line or column separator is quoted, and so is an empty text, which would look
-// like the missing value of a shorter channel.
+// A field with a separator, a quote or an end of line in it is quoted, and so is an empty text,
+// which would look like the missing value of a shorter channel.
 void put_field(output& out, std::string_view text)
 {
     if (!text.empty() && text.find_first_of(",\"\r\n") == std::string_view::npos) {

@@ -62,7 +62,7 @@ void run_gnuplot(const std::string& script, const std::function<void(std::string
     }
     const int status = gnuplot.wait();
     if (WIFEXITED(status) && WEXITSTATUS(status) == not_found) {
-        throw failure("gnuplot is needed to draw, and is not installed (Debian: gnuplot-nox)");
+        throw failure("gnuplot is needed to draw, and cannot be run (Debian: gnuplot-nox)");
     }
     if (status != 0) throw failure("gnuplot failed");
 }

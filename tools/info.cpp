@@ -144,7 +144,12 @@ class json_writer {
     }
     void put(const nlohmann::json& value)
     {
-        out_.put(value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+        try {
+            out_.put(value.dump());
+        } catch (const nlohmann::json::type_error&) {
+            // Bytes that are not UTF-8 cannot stand in JSON; they are shown as on a terminal.
+            put(printable(value.get_ref<const std::string&>()));
+        }
     }
     template <class T>
     void put(std::string_view name, const T& value)

@@ -17,7 +17,8 @@ namespace {
 descriptor temporary_file()
 {
     const char* const directory = std::getenv("TMPDIR");
-    std::string path = std::string(directory == nullptr ? "/tmp" : directory) + "/tdms-XXXXXX";
+    const bool known = directory != nullptr && *directory != '\0';
+    std::string path = std::string(known ? directory : "/tmp") + "/tdms-XXXXXX";
     descriptor file(mkostemp(path.data(), O_CLOEXEC));
     if (file.get() < 0) throw system_failure("temporary file " + path);
     unlink(path.c_str());

@@ -9,16 +9,20 @@
 namespace tool {
 namespace {
 
-// The parser takes an argument in brackets for a list of arguments. A name may stand in brackets
-// all the same: while the line is parsed, a byte goes in front of it that no argument begins with.
-constexpr char bracket_mark = '\1';
+// The parser takes an argument in brackets for a list of arguments, and "++" for the end of a
+// command's. A name may be such all the same: while the line is parsed, a byte goes in front of it,
+// and in front of what begins with that byte.
+constexpr char name_mark = '\1';
 
 std::vector<std::string> marked_arguments(int count, char** arguments)
 {
     std::vector<std::string> marked;
     for (int i = count - 1; i > 0; --i) {  // the parser takes them from the back
         marked.emplace_back(arguments[i]);
-        if (marked.back().starts_with('[')) marked.back().insert(0, 1, bracket_mark);
+        const std::string& name = marked.back();
+        if (name == "++" || name.starts_with('[') || name.starts_with(name_mark)) {
+            marked.back().insert(0, 1, name_mark);
+        }
     }
     return marked;
 }
@@ -34,8 +38,14 @@ template <class T>
 CLI::Option* add(CLI::App& command, const char* name, T& variable, const char* what)
 {
     return command.add_option(name, variable, what)->transform([](const std::string& argument) {
-        return argument.find(bracket_mark) == 0 ? argument.substr(1) : argument;
+        return argument.starts_with(name_mark) ? argument.substr(1) : argument;
     });
+}
+
+// The parser takes a negative number for one that is very large. @return the complaint, or none
+std::string not_negative(const std::string& number)
+{
+    return number.starts_with('-') ? "it must not be negative" : "";
 }
 
 // Help and version are asked for; all else that ends the parsing is bad usage.
@@ -79,8 +89,9 @@ int parse_and_run(int argc, char** argv)
     CLI::App& dump_command = *app.add_subcommand("dump", "Print values as CSV");
     add(dump_command, "FILE", dumps.file, about_file)->required();
     add(dump_command, "CHANNEL", dumps.channels, about_channels);
-    dump_command.add_option("--from", dumps.from, "The first row, counted from 0");
-    dump_command.add_option("--count", dumps.count, "How many rows at most");
+    dump_command.add_option("--from", dumps.from, "The first row, counted from 0")
+        ->check(not_negative);
+    dump_command.add_option("--count", dumps.count, "How many rows at most")->check(not_negative);
     dump_command.add_flag("--crlf", dumps.crlf, "End lines with CR LF");
     dump_command.callback([&] { all_well = run_one(dump, dumps); });
 
@@ -115,7 +126,7 @@ int run(int argc, char** argv)
     try {
         return parse_and_run(argc, argv);
     } catch (const closed_pipe&) {
-        return 0;
+        return any_reported() ? 1 : 0;
     } catch (const usage_error& e) {
         report("", e.what());
         return 2;
@@ -147,5 +158,6 @@ int main(int argc, char** argv)
     // That nobody reads our output, or that a file may not grow, is told by the write's error.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);  // or nobody learns how a process ended
     return tool::run(argc, argv);
 }

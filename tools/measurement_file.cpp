@@ -220,8 +220,14 @@ channel_values measurement_file::read(const channel& c) const
         return read_array<T>(c);
         TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_CASE)
 #undef TDMS_TOOL_CASE
-        default:
-            return read_texts_apart(c.handle, c.count);
+        default: {
+            text_values texts;
+            read_or_throw([&] {
+                texts = read_texts_apart(c.handle, c.count);
+                return TDMS_OK;
+            });
+            return texts;
+        }
     }
 }
 

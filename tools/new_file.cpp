@@ -22,7 +22,8 @@ namespace {
 std::array<char, PATH_MAX> path_to_remove;
 std::atomic<bool> any_to_remove = false;
 
-constexpr std::array signals_to_die_of{SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+constexpr std::array signals_to_die_of{SIGALRM, SIGHUP,  SIGINT,  SIGQUIT,
+                                       SIGTERM, SIGUSR1, SIGUSR2, SIGXCPU};
 
 void remove_and_die(int signal_number)
 {
@@ -75,10 +76,14 @@ std::string without_links(std::filesystem::path path)
 
 new_file::new_file(const std::string& target) : target_(without_links(target))
 {
+    const mode_t mask = umask(0);
+    umask(mask);
+    mode_t mode = 0666 & ~mask;
     struct stat facts {};
     if (stat(target_.c_str(), &facts) == 0) {
         errno = S_ISDIR(facts.st_mode) ? EISDIR : EEXIST;
         if (!S_ISREG(facts.st_mode)) cannot_be_written();
+        mode = facts.st_mode & 0777;
     } else if (errno != ENOENT) {
         cannot_be_written();
     }
@@ -87,9 +92,7 @@ new_file::new_file(const std::string& target) : target_(without_links(target))
     if (path_.size() >= path_to_remove.size()) cannot_be_written();
     file_ = descriptor(create_to_be_removed(path_));
     if (file_.get() < 0) cannot_be_written();
-    const mode_t mask = umask(0);
-    umask(mask);
-    static_cast<void>(fchmod(file_.get(), 0666 & ~mask));  // not every file system has modes
+    static_cast<void>(fchmod(file_.get(), mode));  // not every file system has modes
 }
 
 new_file::~new_file()

@@ -8,7 +8,8 @@
 namespace tool {
 
 /// A file in the making, under a name beside its target's. It takes the target's place when it is
-/// committed, and is gone without a trace if it never is, also if a signal ends the process.
+/// committed, and is gone without a trace if it never is, also if a signal
+/// ends the process, unless it is SIGKILL or tells of a fault of the program.
 class new_file {
   public:
     /// Throws a failure if nothing can be written beside the target, or something stands in its

@@ -22,8 +22,8 @@ inline std::string_view group_name(std::string_view path)
 }
 
 /// The slashes of a path tell what it names: "/" alone the file, one slash a group, any more a
-/// channel, whose group's path ends before the second slash. Without a slash in front, that would be
-/// the path of no group. A name is what is left without a slash and a quote in front and a quote
+/// channel, whose group's path ends before the second slash. Without a slash in front, that would
+/// be the path of no group. A name is what is left without a slash and a quote in front and a quote
 /// behind, whatever stands in their places.
 inline object_path_parts parse_object_path(std::string_view path)
 {

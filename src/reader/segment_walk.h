@@ -27,8 +27,8 @@ inline int reading_failed(std::FILE*& stream)
 /// `visit(segment)`, which ends the walk by returning a status other than 0.
 ///
 /// Lengths are checked against what is left of the file before anything is read by them; one that
-/// leads backwards is more than any file has left. The raw data's length is checked after the visit:
-/// the faults of the metadata come first.
+/// leads backwards is more than any file has left. The raw data's length is checked after the
+/// visit: the faults of the metadata come first.
 /// @return 0 when the segments use up the file exactly, a status of the lead-in or of the visit, or
 ///         TDMS_FILE_READ, which closes the stream and sets it to null
 template <class Visit>
