@@ -37,6 +37,15 @@ struct range {
 struct panel {
     std::string unit;
     std::vector<const curve*> curves;
+    range y{};
+
+    /// As many digits as tell the ends of the axis apart.
+    int digits() const
+    {
+        const double largest = std::max(std::abs(y.low), std::abs(y.high));
+        const double ratio = y.low < y.high ? largest / (y.high - y.low) : 1;
+        return std::clamp(static_cast<int>(std::log10(ratio)) + 3, 6, 16);
+    }
 };
 
 // Appends a curve's points. Of all samples in one column of the picture, the first, the last, the
@@ -146,8 +155,9 @@ class script_builder {
             for (std::size_t i = 0; i != c.values.size(); ++i) x_.add(x_of(c, i));
             const auto same = std::find_if(panels_.begin(), panels_.end(),
                                            [&c](const panel& p) { return p.unit == c.unit; });
-            (same == panels_.end() ? panels_.emplace_back(panel{c.unit, {}}) : *same)
-                .curves.push_back(&c);
+            panel& p = same == panels_.end() ? panels_.emplace_back(panel{c.unit, {}}) : *same;
+            p.curves.push_back(&c);
+            for (const double value : c.values) p.y.add(value);
         }
         x_ = x_.widened(0, 1);
     }
@@ -161,6 +171,9 @@ class script_builder {
             script_ +=
                 "set grid linetype 1 linecolor '#d0d0d0' linewidth 0.5\n"
                 "set rmargin 4\n";
+            int digits = 0;  // the widest axis keeps all panels in line
+            for (const panel& p : panels_) digits = std::max(digits, p.digits());
+            script_ += "set lmargin " + std::to_string(digits + 6) + '\n';
             unsigned number = 0;
             for (const char* const color : {"#1f5fa8", "#c8442b", "#2e8b3d", "#b07800", "#7b4ea3",
                                             "#00838f", "#8d5524", "#4d4d4d"}) {
@@ -211,10 +224,8 @@ class script_builder {
         const bool single = p.curves.size() == 1;
         const bool keyed = !single || in_terminal_;  // a terminal does not turn the axis' label
         const std::string unit = p.unit.empty() ? "" : " [" + p.unit + ']';
-        range y;
         std::string curves;
         for (const curve* const c : p.curves) {
-            for (const double value : c->values) y.add(value);
             const std::string number = std::to_string(c - curves_.data());
             curves += (curves.empty() ? "plot $curve" : ", $curve") + number + " using 1:2";
             if (c->values.size() <= few) curves += " with linespoints pointtype 7 pointsize 0.4";
@@ -229,15 +240,9 @@ class script_builder {
         const std::string y_label = single ? p.curves.front()->name + unit : p.unit;
         script_ += "set ylabel " + gnuplot_text(keyed && single ? "" : y_label) + '\n';
         script_ += keyed ? "set key outside top right horizontal\n" : "unset key\n";
-        // As many digits as tell the ends of the axis apart.
-        const double largest = std::max(std::abs(y.low), std::abs(y.high));
-        const double ratio = y.low < y.high ? largest / (y.high - y.low) : 1;
-        const int digits = std::clamp(static_cast<int>(std::log10(ratio)) + 3, 6, 16);
-        script_ += "set format y '%." + std::to_string(digits) + "g'\n";
-        if (!in_terminal_) script_ += "set lmargin " + std::to_string(digits + 6) + '\n';
-        script_ += "set yrange " +
-                   range_text(y.widened(0.05, y.low == 0 ? 1 : std::abs(y.low) / 10)) + curves +
-                   '\n';
+        script_ += "set format y '%." + std::to_string(p.digits()) + "g'\n";
+        const double if_empty = p.y.low == 0 ? 1 : std::abs(p.y.low) / 10;
+        script_ += "set yrange " + range_text(p.y.widened(0.05, if_empty)) + curves + '\n';
     }
 
     const std::vector<curve>& curves_;
