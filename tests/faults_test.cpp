@@ -30,7 +30,7 @@ long live_allocations = 0;
 
 extern "C" {
 
-#ifndef __SANITIZE_ADDRESS__  // which has its own
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which have their own
 void* malloc(std::size_t size) noexcept
 {
     REAL(malloc);
