@@ -20,7 +20,13 @@ class child_process {
     {
         if (number_ == 0) {
             output_.reset();  // or its own end would keep it from seeing that nobody reads
-            _exit(work(end_.get()));
+            int status = 1;
+            try {
+                status = work(end_.get());
+            } catch (...) {
+                // Whoever waits for it out there is another process.
+            }
+            _exit(status);
         }
         end_.close();
     }
