@@ -26,7 +26,6 @@ inline std::vector<hostile_file> files_to_open()
     const std::string empty = u32(0);
     const std::string lengths = u64(4) + u64(4) + empty;
     const std::string property = object("/", none, u32(1) + text("p"));
-    const std::string no_texts = object(path_c, string_index(0, 0));
     return {
         {0, "empty", ""},
         {TDMS_FILE_TAG, "the tag first", "TDSn" + u32(0) + u32(0) + lengths},
@@ -53,8 +52,8 @@ inline std::vector<hostile_file> files_to_open()
         {damaged, "dimension", segment({group_g, object(path_c, fixed_index(3, 1, 2))})},
         {damaged, "another type", segment({one_value, object(path_c, fixed_index(10, 1))})},
         {damaged, "texts for numbers", segment({one_value, object(path_c, string_index(1, 5))})},
-        {0, "texts of another type", segment({no_texts, object(path_c, string_index(0, 0, 77))})},
         {0, "a group's index", segment({object("/'g'", u32(7) + "abc"), one_value}, u32(1))},
+        {0, "one as before", segment({object("/'g'", as_before), one_value}, u32(1))},
         {0, "one of one byte", metadata(1, text("/'g'") + u32(1) + std::string(1, '\0'))},
         {failed_lookup, "property of an unknown type", segment({property + u32(0x4F)})},
     };
@@ -64,6 +63,7 @@ inline std::vector<hostile_file> files_to_open()
 inline std::vector<hostile_file> files_of_numbers()
 {
     const std::string b = "/'g'/'b'";
+    const std::string d = "/'g'/'d'";
     const std::string same = object(path_c, as_before);
     const std::string seven = segment({one_value}, u32(7));
     const std::string eight = segment({one_value}, u32(8));
@@ -73,6 +73,7 @@ inline std::vector<hostile_file> files_of_numbers()
     const std::string huge_text = object(b, string_index(0, ~3ull));
     const std::string wrapping = int32s(b, (1ull << 62) + 1);  // times 4 is 4
     const std::string c_text = object(path_c, string_index(1, 8, 3));
+    const std::string short_text = object(path_c, string_index(1, 4, 4));
     const std::string no_c = object(path_c, none);
     const std::string h = object("/'h'", none);
     return {
@@ -89,9 +90,11 @@ inline std::vector<hostile_file> files_of_numbers()
         {refused, "behind too long a block", segment({int32s(b, 2), one_value}, u32(7))},
         {0, "no block behind too long a block", segment({int32s(b, 2), no_c}, u32(7)) + eight, {8}},
         {refused, "behind a product that wraps", segment({wrapping, one_value}, two_seven)},
-        {refused, "behind a sum that wraps", segment({huge_text, one_value}, u32(7))},
+        {refused, "behind a sum that wraps", segment({huge_text, int32s(d, 1), one_value}, u32(7))},
         {refused, "a count without bytes", seven + segment({int32s(path_c, 2), same}, huge)},
         {0, "texts for numbers", segment({c_text}, u32(4) + "abcd"), {4}},
+        {refused, "too long a table", segment({object(path_c, string_index(3, 8, 3))}, huge)},
+        {TDMS_CHANNEL_DATATYPE, "a text below a number", segment({short_text}, u32(0))},
     };
 }
 
@@ -101,10 +104,12 @@ inline std::vector<hostile_file> files_of_texts()
     const auto texts = [](std::uint64_t count, const std::string& block) {
         return segment({object(path_c, string_index(count, block.size()))}, block);
     };
+    const std::string other = string_index(1, 5, 77);
     const std::string as_before_b = segment({object(path_c, as_before)}, u32(1) + "b");
     return {
         {0, "more bytes than the offsets need", texts(1, u32(1) + "abc")},
         {0, "the same index as before", texts(1, u32(1) + "a") + as_before_b},
+        {0, "of another type", texts(1, u32(0)) + segment({object(path_c, other)}, u32(1) + "b")},
         {refused, "falling offsets", texts(2, u32(3) + u32(1) + "abc")},
         {refused, "an offset past the block", texts(2, u32(1) + u32(4) + "abc")},
         {refused, "a count that wraps", texts(1ull << 62, "abcd")},
