@@ -1,9 +1,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "commands.h"
+#include "json_writer.h"
 #include "measurement_file.h"
 #include "value_text.h"
 
@@ -112,64 +112,6 @@ void put_tree(output& out, const std::string& name, const measurement_file& file
     }
 }
 
-// Writes JSON piece by piece, so that none of it is held in memory.
-class json_writer {
-  public:
-    explicit json_writer(output& out) : out_(out) {}
-
-    void open(char bracket)
-    {
-        out_.put(bracket);
-        ++depth_;
-        empty_ = true;
-    }
-    void close(char bracket)
-    {
-        --depth_;
-        if (!empty_) begin_line();
-        out_.put(bracket);
-        empty_ = false;
-    }
-    void next()
-    {
-        if (!empty_) out_.put(',');
-        begin_line();
-        empty_ = false;
-    }
-    void put_key(std::string_view name)
-    {
-        next();
-        put(name);
-        out_.put(": ");
-    }
-    void put(const nlohmann::json& value)
-    {
-        try {
-            out_.put(value.dump());
-        } catch (const nlohmann::json::type_error&) {
-            // Bytes that are not UTF-8 cannot stand in JSON; they are shown as on a terminal.
-            put(printable(value.get_ref<const std::string&>()));
-        }
-    }
-    template <class T>
-    void put(std::string_view name, const T& value)
-    {
-        put_key(name);
-        put(value);
-    }
-
-  private:
-    void begin_line()
-    {
-        out_.put('\n');
-        for (std::size_t i = 0; i != depth_; ++i) out_.put("  ");
-    }
-
-    output& out_;
-    std::size_t depth_ = 0;
-    bool empty_ = true;
-};
-
 void put_json(json_writer& to, const property_list& list)
 {
     to.put_key("properties");
@@ -254,8 +196,10 @@ bool info(const info_options& wanted)
         out.flush();
         return true;
     });
-    if (wanted.json) json.close(']');
-    if (wanted.json) out.put('\n');
+    if (wanted.json) {
+        json.close(']');
+        out.put('\n');
+    }
     out.flush();
     return all_well;
 }
