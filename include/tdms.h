@@ -73,7 +73,13 @@ enum tdms_status {
     TDMS_CHANNEL_DATATYPE = -5020,          /**< the channel holds values of another type */
     TDMS_CHANNEL_DATA_READ = -5021,         /**< the channel's values cannot be read */
     TDMS_CHANNEL_DATA_COUNT = -5022,        /**< the number of values cannot be told */
-    TDMS_PROPERTY_BUFFER = -5023            /**< the buffer for a property is too small */
+    TDMS_PROPERTY_BUFFER = -5023,           /**< the buffer is too small */
+    TDMS_ARGUMENT = -5101,                  /**< an argument is null or not allowed */
+    TDMS_MEMORY = -5102,                    /**< not enough memory */
+    TDMS_WRITE = -5103,                     /**< the system did not take what was written */
+    TDMS_RANGE = -5104,                     /**< beyond the channel's last value */
+    TDMS_DATATYPE = -5105                   /**< the property has another type, or the file a type
+                                                 that the format does not know */
 };
 
 /** Data type codes of channels and properties. */
@@ -522,6 +528,290 @@ TDMS_API int get_channel_data_timestamp(void* channel, timestamp_fields* values)
  * @return as the other readers
  */
 TDMS_API int get_channel_data_string(void* channel, const char** values);
+
+/** @} */
+
+/** @defgroup tdms The tdms_ interface
+ *
+ * A second interface on the same handles, the same tree and the same files, which reports every
+ * failure and loses nothing. The two may be mixed on one handle; properties of the other types,
+ * listing, counting and deleting are the functions above. Its conventions:
+ *
+ *  1. The result is 0 or a negative status; tdms_status_text() turns it into a sentence. Outputs
+ *     are written on success only. An exception to that is a device that fails, or a file that is
+ *     truncated, during a read: the caller's array may then hold a part.
+ *  2. A null argument, a handle of another kind, and anything that cannot be meant is
+ *     #TDMS_ARGUMENT; where null is allowed, the function says so. A handle that is no longer valid
+ *     is undefined, as above.
+ *  3. Too little memory is #TDMS_MEMORY, and changes nothing: the same call can be made again. No
+ *     function throws, ends the process or leaks.
+ *  4. On a handle that only reads, and on one that has no stream, creating, appending, saving and
+ *     syncing is #TDMS_FILE_HANDLE, and changes nothing.
+ *  5. Times are nanoseconds since 1970-01-01T00:00:00 UTC, without leap seconds, in a signed 64-bit
+ *     number: from the year 1677 to 2262. All of them come back exactly; what a file holds beyond
+ *     them comes back as the nearest end. Time zones and summer time play no part.
+ *  6. One file, with everything in it, is for one thread at a time; different files may be used by
+ *     different threads at once.
+ *  @{ */
+
+/**
+ * The meaning of a status of either interface.
+ * @param status a status; any value is allowed
+ * @return one English sentence, static, never null, not to be freed
+ */
+TDMS_API const char* tdms_status_text(int status);
+
+/** @name Opening, saving and closing
+ *  @{ */
+
+/**
+ * Opens a file.
+ *
+ * "w" and "a" lock the file against other writers (an exclusive advisory lock, flock) as long as
+ * the handle lives; where the file system has no locks, nothing is locked. Reading neither takes a
+ * lock nor minds one: a file can be read while it is recorded. A call that fails leaves no
+ * descriptor open and no byte changed.
+ * @param path the file's path
+ * @param mode "r" reads a file, every segment of which must be intact; "w" creates a file or
+ * empties an existing one; "a" opens a file as "r" does, and appends to it. What a file opened with
+ *        "w" or "a" holds can be read, too
+ * @param[out] file the handle, for tdms_close()
+ * @return 0; #TDMS_FILE_PATH with errno if the file cannot be opened, or not written to with "w" or
+ *         "a": EWOULDBLOCK if another handle writes to it; the status of the first fault in the
+ *         file: #TDMS_FILE_TAG, #TDMS_FILE_TOC, #TDMS_FILE_VERSION, #TDMS_FILE_READ, #TDMS_INDEX,
+ *         #TDMS_CHANNEL_READ, #TDMS_DATATYPE; #TDMS_ARGUMENT, also for any other mode; #TDMS_MEMORY
+ */
+TDMS_API int tdms_open(const char* path, const char* mode, void** file);
+
+/**
+ * Opens for reading what is intact of a file that was truncated, or that is being recorded: all
+ * segments before the first one that is not intact. A file that ends within its first segment opens
+ * empty.
+ * @param[out] file the handle, for tdms_close()
+ * @param[out] rest how many bytes follow the intact segments: 0 for an intact file; may be null
+ * @return as tdms_open(); the faults are those of the first segment
+ */
+TDMS_API int tdms_open_partial(const char* path, void** file, uint64_t* rest);
+
+/**
+ * Takes in the intact segments that were appended to a file since it was opened for reading, or
+ * since the last call: groups, channels, properties and values. All handles and names stay valid,
+ * and so does the text of a property unless a new segment changes it. On a handle that writes there
+ * is nothing to take in.
+ * @param[out] rest how many bytes follow the intact segments; may be null
+ * @return 0; #TDMS_FILE_READ if the file is shorter than what the handle knows of it, which the
+ *         handle keeps; #TDMS_ARGUMENT; #TDMS_MEMORY
+ */
+TDMS_API int tdms_refresh(void* file, uint64_t* rest);
+
+/**
+ * Appends one segment to the file: the properties, groups and channels that it does not have yet,
+ * and the values appended or staged since the last save, of every channel. Without anything new,
+ * nothing is written. Values leave memory; properties can still be read, and after a save a
+ * property of the same name can be created again, in place of the old one.
+ *
+ * On success the operating system has all of it: a process that is killed afterwards loses none.
+ * If the system does not take it (disk full, quota, size limit, device gone), the file is cut back
+ * to the end of the last save, and everything stays in memory for the next call.
+ * @return 0; #TDMS_WRITE with errno, also for what an earlier save_file() could not write;
+ *         #TDMS_ARGUMENT if a name or text added by the functions above cannot be read back (a
+ *         slash in a group's name, strings of 4 GiB); #TDMS_CHANNEL_DATATYPE if a channel was
+ *         deleted or replaced, and has another type than its values in the file;
+ *         #TDMS_CHANNEL_DATA_READ if those cannot be looked up; #TDMS_FILE_HANDLE; #TDMS_MEMORY
+ */
+TDMS_API int tdms_save(void* file);
+
+/**
+ * Makes what was saved survive a loss of power, and a new file's entry in its folder, too.
+ * @return 0; #TDMS_WRITE with errno, from then on for good if the device failed; #TDMS_FILE_HANDLE;
+ *         #TDMS_ARGUMENT; #TDMS_MEMORY
+ */
+TDMS_API int tdms_sync(void* file);
+
+/**
+ * Closes a file without saving, frees everything in it and sets the variable to null.
+ * @param[in,out] file the handle's variable
+ * @return 0; #TDMS_WRITE with errno if the system reports only now, or nothing has reported yet,
+ *         that something saved was not written: the file is closed all the same; #TDMS_ARGUMENT if
+ *         it is null or no open file, and nothing is closed
+ */
+TDMS_API int tdms_close(void** file);
+
+/** @} */
+
+/** @name Groups and channels
+ *  @{ */
+
+/**
+ * Creates an empty group.
+ * @param name any text without a slash
+ * @param[out] group the new group's handle
+ * @return 0; #TDMS_GROUP_REPEATED if the file has a group of that name; #TDMS_FILE_HANDLE;
+ *         #TDMS_ARGUMENT; #TDMS_MEMORY
+ */
+TDMS_API int tdms_create_group(void* file, const char* name, void** group);
+
+/**
+ * Creates a channel without a type or values. No channel is ever replaced.
+ * @param name any text without a slash
+ * @param[out] channel the new channel's handle
+ * @return 0; #TDMS_CHANNEL_REPEATED if the group has a channel of that name; #TDMS_FILE_HANDLE;
+ *         #TDMS_ARGUMENT; #TDMS_MEMORY
+ */
+TDMS_API int tdms_create_channel(void* group, const char* name, void** channel);
+
+/**
+ * Finds a group by its name.
+ * @return 0; #TDMS_GROUP_HANDLE if there is none; #TDMS_ARGUMENT; #TDMS_MEMORY
+ */
+TDMS_API int tdms_find_group(void* file, const char* name, void** group);
+
+/**
+ * Finds a channel by its name.
+ * @return 0; #TDMS_CHANNEL_HANDLE if there is none; #TDMS_ARGUMENT; #TDMS_MEMORY
+ */
+TDMS_API int tdms_find_channel(void* group, const char* name, void** channel);
+
+/**
+ * The name of a group.
+ * @param[out] name the library's own text, with a NUL after it; valid as long as the handle
+ * @param[out] length its bytes without that NUL; there may be zero bytes among them
+ * @return 0; #TDMS_ARGUMENT
+ */
+TDMS_API int tdms_get_group_name(void* group, const char** name, uint64_t* length);
+
+/** The name of a channel; see tdms_get_group_name(). */
+TDMS_API int tdms_get_channel_name(void* channel, const char** name, uint64_t* length);
+
+/** @} */
+
+/** @name Properties: texts
+ * @param[out] text the library's own text, with a NUL after it; valid until the property is
+ * deleted, created again, saved by save_file() or changed by tdms_refresh(), or its object goes
+ * @param[out] length its bytes without that NUL; there may be zero bytes among them
+ * @return 0; #TDMS_DATATYPE if the property is not a string; #TDMS_FILE_PROPERTY_NAME,
+ *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if there is no property of that
+ *         name; #TDMS_ARGUMENT
+ * @{ */
+TDMS_API int tdms_get_file_property_string(void* file, const char* name, const char** text,
+                                           uint64_t* length);
+TDMS_API int tdms_get_group_property_string(void* group, const char* name, const char** text,
+                                            uint64_t* length);
+TDMS_API int tdms_get_channel_property_string(void* channel, const char* name, const char** text,
+                                              uint64_t* length);
+/** @} */
+
+/** @name Properties: times
+ * @param[out] value nanoseconds since 1970-01-01T00:00:00 UTC
+ * @return 0; #TDMS_DATATYPE if the property is not a timestamp; #TDMS_FILE_PROPERTY_NAME,
+ *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if there is no property of that
+ *         name; #TDMS_ARGUMENT
+ * @{ */
+TDMS_API int tdms_get_file_property_nanoseconds(void* file, const char* name, int64_t* value);
+TDMS_API int tdms_get_group_property_nanoseconds(void* group, const char* name, int64_t* value);
+TDMS_API int tdms_get_channel_property_nanoseconds(void* channel, const char* name, int64_t* value);
+/** @} */
+
+/** @name Creating properties: times
+ * @param value nanoseconds since 1970-01-01T00:00:00 UTC
+ * @return 0; #TDMS_FILE_PROPERTY_REPEATED, #TDMS_GROUP_PROPERTY_REPEATED or
+ *         #TDMS_CHANNEL_PROPERTY_REPEATED if there is a property of that name; #TDMS_FILE_HANDLE;
+ *         #TDMS_ARGUMENT; #TDMS_MEMORY
+ * @{ */
+TDMS_API int tdms_create_file_property_nanoseconds(void* file, const char* name, int64_t value);
+TDMS_API int tdms_create_group_property_nanoseconds(void* group, const char* name, int64_t value);
+TDMS_API int tdms_create_channel_property_nanoseconds(void* channel, const char* name,
+                                                      int64_t value);
+/** @} */
+
+/** @name Appending values
+ * Adds values after those that a channel has already, in the file and since the last save. They
+ * stay in memory until tdms_save(). The first call fixes the channel's type, also with a count of
+ * 0. Any number of values may be added at a time: many small calls cost little more than one large.
+ * @param count the number of values
+ * @param values an array of `count` values, copied by the call; may be null if `count` is 0.
+ * Strings end with their NUL; those of one channel between two saves must be less than 4 GiB in
+ * all. Nanoseconds are values of the type timestamp; ::timestamp_fields are converted as described
+ *        there, which is an hour off in summer
+ * @return 0; #TDMS_CHANNEL_DATATYPE if the channel has another type; #TDMS_ARGUMENT, also for a
+ * null among strings and for too many of them; #TDMS_FILE_HANDLE; #TDMS_MEMORY;
+ *         #TDMS_CHANNEL_DATA_READ if the channel was deleted and created again, and its type in the
+ *         file cannot be looked up. On failure nothing has changed
+ * @{ */
+TDMS_API int tdms_append_int8(void* channel, uint64_t count, const int8_t* values);
+TDMS_API int tdms_append_int16(void* channel, uint64_t count, const int16_t* values);
+TDMS_API int tdms_append_int32(void* channel, uint64_t count, const int32_t* values);
+TDMS_API int tdms_append_int64(void* channel, uint64_t count, const int64_t* values);
+TDMS_API int tdms_append_uint8(void* channel, uint64_t count, const uint8_t* values);
+TDMS_API int tdms_append_uint16(void* channel, uint64_t count, const uint16_t* values);
+TDMS_API int tdms_append_uint32(void* channel, uint64_t count, const uint32_t* values);
+TDMS_API int tdms_append_uint64(void* channel, uint64_t count, const uint64_t* values);
+TDMS_API int tdms_append_float(void* channel, uint64_t count, const float* values);
+TDMS_API int tdms_append_double(void* channel, uint64_t count, const double* values);
+TDMS_API int tdms_append_bool(void* channel, uint64_t count, const bool* values);
+TDMS_API int tdms_append_timestamp(void* channel, uint64_t count, const timestamp_fields* values);
+TDMS_API int tdms_append_string(void* channel, uint64_t count, const char* const* values);
+TDMS_API int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_t* values);
+/** @} */
+
+/** @name Reading values
+ * Reads a range of the values that the file holds for a channel, of any group, on any handle that
+ * has the file open. The first call for a file finds out where all values are and keeps that;
+ * every call then costs what its range does. Beside that, no call takes more than 1 MiB of memory.
+ *
+ * Some files state values that they do not hold, because of how the functions above save: those
+ * count as lost, and the rest is numbered from 0 without gaps.
+ * @param first the number of the first value
+ * @param count how many values; 0 is allowed
+ * @param[out] values an array of `count` values; may be null if `count` is 0
+ * @return 0; #TDMS_RANGE if the range goes beyond the last value; #TDMS_CHANNEL_DATATYPE if the
+ *         channel has another type, except that tdms_read_double() also converts all other numbers
+ *         and bool; #TDMS_CHANNEL_DATA_READ if the device fails or the file was truncated: the
+ *         handle stays good; #TDMS_ARGUMENT; #TDMS_MEMORY. A channel without a type has 0 values
+ *         of every type
+ * @{ */
+TDMS_API int tdms_read_int8(void* channel, uint64_t first, uint64_t count, int8_t* values);
+TDMS_API int tdms_read_int16(void* channel, uint64_t first, uint64_t count, int16_t* values);
+TDMS_API int tdms_read_int32(void* channel, uint64_t first, uint64_t count, int32_t* values);
+TDMS_API int tdms_read_int64(void* channel, uint64_t first, uint64_t count, int64_t* values);
+TDMS_API int tdms_read_uint8(void* channel, uint64_t first, uint64_t count, uint8_t* values);
+TDMS_API int tdms_read_uint16(void* channel, uint64_t first, uint64_t count, uint16_t* values);
+TDMS_API int tdms_read_uint32(void* channel, uint64_t first, uint64_t count, uint32_t* values);
+TDMS_API int tdms_read_uint64(void* channel, uint64_t first, uint64_t count, uint64_t* values);
+TDMS_API int tdms_read_float(void* channel, uint64_t first, uint64_t count, float* values);
+TDMS_API int tdms_read_double(void* channel, uint64_t first, uint64_t count, double* values);
+TDMS_API int tdms_read_bool(void* channel, uint64_t first, uint64_t count, bool* values);
+TDMS_API int tdms_read_timestamp(void* channel, uint64_t first, uint64_t count,
+                                 timestamp_fields* values);
+TDMS_API int tdms_read_nanoseconds(void* channel, uint64_t first, uint64_t count, int64_t* values);
+/** @} */
+
+/**
+ * How many values can be read, and how many are lost: stated by the file and not in it.
+ * @param[out] count the number of values; may be null
+ * @param[out] lost the number of lost values; may be null
+ * @return 0; #TDMS_CHANNEL_DATA_READ; #TDMS_ARGUMENT; #TDMS_MEMORY
+ */
+TDMS_API int tdms_get_num_values(void* channel, uint64_t* count, uint64_t* lost);
+
+/**
+ * The bytes that a range of strings takes with a NUL each.
+ * @param[out] size the size for tdms_read_string()
+ * @return as the readers
+ */
+TDMS_API int tdms_get_string_size(void* channel, uint64_t first, uint64_t count, uint64_t* size);
+
+/**
+ * Reads a range of strings into the caller's memory.
+ * @param[out] buffer the strings one after the other, each with a NUL after it
+ * @param size the bytes of `buffer`
+ * @param[out] texts an array of `count` + 1 pointers into `buffer`: each string's begin, then the
+ *             end, so that string i has texts[i + 1] - texts[i] - 1 bytes, zero bytes included
+ * @return as the readers; #TDMS_PROPERTY_BUFFER if `size` is less than tdms_get_string_size()
+ *         returns: then nothing is written
+ */
+TDMS_API int tdms_read_string(void* channel, uint64_t first, uint64_t count, char* buffer,
+                              uint64_t size, const char** texts);
 
 /** @} */
 

@@ -1,6 +1,7 @@
+#include "channel_data/staging.h"
+
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "codec/element.h"
 #include "core/data_types.h"
@@ -22,13 +23,6 @@ int prepare_staging(option& file, const void* handle, std::uint32_t type, channe
     return TDMS_OK;
 }
 
-// The bytes of `count` values. A product that does not fit becomes a size that no memory has.
-std::size_t size_of(std::uint64_t count, std::size_t value_size)
-{
-    constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
-    return count > most / value_size ? most : count * value_size;
-}
-
 template <class T>
 int stage(void* handle, std::uint64_t count, const T* values)
 {
@@ -46,28 +40,21 @@ int stage(void* handle, std::uint64_t count, const T* values)
     }
 }
 
-// The end offsets of the texts, then their bytes.
-byte_vector encode_texts(std::uint64_t count, const char* const* values)
+}  // namespace
+
+void append_strings(std::uint64_t count, const char* const* values, staged_strings to)
 {
-    // One look at each text: room for texts of 16 bytes, and half as much again whenever it is
-    // full.
-    byte_vector bytes(size_of(count, 4 + 16));
-    const std::size_t table_size = 4 * count;
-    std::size_t size = table_size;
+    make_room(to.ends, size_of(count, 4));
+    make_room(to.bytes, size_of(count, 16));  // a guess
     for (std::uint64_t i = 0; i != count; ++i) {
         const std::string_view value = text(values[i]);
-        if (value.size() > bytes.size() - size) {
-            bytes.resize(bytes.size() + bytes.size() / 2 + value.size());
-        }
-        std::memcpy(bytes.data() + size, value.data(), value.size());
-        size += value.size();
-        store(bytes.data() + 4 * i, static_cast<std::uint32_t>(size - table_size), true);
+        make_room(to.bytes, value.size());
+        append(to.bytes, value.data(), value.size());
+        unsigned char end[4];
+        store(end, static_cast<std::uint32_t>(to.bytes.size()), true);
+        append(to.ends, end, sizeof end);
     }
-    bytes.resize(size);
-    return bytes;
 }
-
-}  // namespace
 
 int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64_t count,
                              std::span<const unsigned char> bytes)
@@ -84,17 +71,20 @@ int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64
     append(staged, bytes.data(), bytes.size());
     found->data_type = type;
     found->chunk_count = count;
+    found->saves_at_staging = segment_count;
     return TDMS_OK;
 }
 
 int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64_t count,
-                             byte_vector&& bytes)
+                             byte_vector&& bytes, byte_vector&& text_ends)
 {
     channel* found = nullptr;
     if (const int status = prepare_staging(*this, handle, type, found)) return status;
     found->data = std::move(bytes);
+    found->text_ends = std::move(text_ends);
     found->data_type = type;
     found->chunk_count = count;
+    found->saves_at_staging = segment_count;
     return TDMS_OK;
 }
 
@@ -112,6 +102,9 @@ int set_channel_data_string(void* channel, uint64_t count, const char* const* va
     tdms::option* const file = tdms::file_of(static_cast<tdms::channel*>(channel));
     if (file == nullptr) return TDMS_CHANNEL_HANDLE;
     if (values == nullptr && count != 0) return TDMS_CHANNEL_DATA_READ;
-    return file->set_channel_data(channel, TDMS_TYPE_STRING, count,
-                                  tdms::encode_texts(count, values));
+    tdms::byte_vector ends;
+    tdms::byte_vector bytes;
+    tdms::append_strings(count, values, {ends, bytes});
+    return file->set_channel_data(channel, TDMS_TYPE_STRING, count, std::move(bytes),
+                                  std::move(ends));
 }

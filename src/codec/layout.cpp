@@ -8,9 +8,7 @@ namespace tdms {
 
 void store_lead_in(unsigned char* p, std::uint64_t metadata_length, std::uint64_t raw_length)
 {
-    p = std::copy(lead_in_tag.begin(), lead_in_tag.end(), p);
-    p = std::copy(lead_in_toc.begin(), lead_in_toc.end(), p);
-    p = std::copy(lead_in_version.begin(), lead_in_version.end(), p);
+    p = std::copy(lead_in_begin.begin(), lead_in_begin.end(), p);
     store(p, metadata_length + raw_length, true);
     store(p + 8, metadata_length, true);
 }

@@ -12,9 +12,8 @@ namespace tdms {
 // raw data), version 4713, then two 64-bit offsets, both counted from the end of the lead-in: where
 // the next segment begins, and where the raw data begins, which is the length of the metadata.
 inline constexpr std::size_t lead_in_size = 28;
-inline constexpr std::array<unsigned char, 4> lead_in_tag{'T', 'D', 'S', 'm'};
-inline constexpr std::array<unsigned char, 4> lead_in_toc{0x0E, 0, 0, 0};
-inline constexpr std::array<unsigned char, 4> lead_in_version{0x69, 0x12, 0, 0};
+inline constexpr std::array<unsigned char, 12> lead_in_begin{'T', 'D', 'S',  'm',  0x0E, 0,
+                                                             0,   0,   0x69, 0x12, 0,    0};
 
 // The first word of an object's raw data index: a marker, or the length of the index in bytes.
 inline constexpr std::uint32_t index_none = 0xFFFFFFFF;

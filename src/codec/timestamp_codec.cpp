@@ -7,9 +7,6 @@
 namespace tdms {
 namespace {
 
-// 1904-01-01 to 1970-01-01, 24107 days.
-constexpr std::int64_t epoch_seconds = 2082844800;
-
 // Deliberate: 2^64 / 10^6 cut to a multiple of 100, in both directions.
 constexpr std::uint64_t fraction_per_microsecond = 18446744073700;
 
@@ -134,12 +131,12 @@ void encode(const timestamp_fields& t, calendar_to_seconds& clock, unsigned char
         t.microsecond, microseconds_per_second * static_cast<std::uint32_t>(t.second));
     store(p, static_cast<std::uint64_t>(static_cast<std::int64_t>(f)) * fraction_per_microsecond,
           little);
-    store(p + 8, clock(t) + epoch_seconds, little);
+    store(p + 8, clock(t) + seconds_from_1904_to_1970, little);
 }
 
 timestamp_fields decode(const unsigned char* p, seconds_to_calendar& clock, bool little)
 {
-    const std::uint64_t seconds = load<std::uint64_t>(p + 8, little) - epoch_seconds;
+    const std::uint64_t seconds = load<std::uint64_t>(p + 8, little) - seconds_from_1904_to_1970;
     const std::uint64_t microseconds = seconds * microseconds_per_second +
                                        load<std::uint64_t>(p, little) / fraction_per_microsecond;
     // Deliberate: an unsigned quotient, of which 32 bits are kept. Only times from 1970-01-01 to

@@ -22,6 +22,9 @@ namespace tdms {
 
 inline constexpr std::size_t timestamp_size = 16;
 
+/// 24107 days.
+inline constexpr std::int64_t seconds_from_1904_to_1970 = 2082844800;
+
 /// Puts the 16 bytes of every value at `target`.
 void encode_timestamps(const timestamp_fields* values, std::uint64_t count, unsigned char* target);
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -38,8 +40,22 @@ struct byte_allocator {
     friend bool operator==(const byte_allocator&, const byte_allocator&) { return true; }
 };
 
-/// Encoded bytes. Growing by a size alone leaves the new bytes undefined.
+/// Encoded bytes; does not clear bytes added by resize().
 using byte_vector = std::vector<unsigned char, byte_allocator<unsigned char>>;
+
+/// Makes room for `extra` bytes more, and for at least as many again as there are whenever memory
+/// must be moved: growing in small steps copies each byte a constant number of times.
+inline void make_room(byte_vector& target, std::size_t extra)
+{
+    if (extra <= target.capacity() - target.size()) return;
+    if (extra > target.max_size() - target.size()) throw std::length_error("too many bytes");
+    const std::size_t doubled = std::min(2 * target.size(), target.max_size());
+    byte_vector larger;
+    larger.reserve(std::max(target.size() + extra, doubled));
+    larger.resize(target.size());
+    if (!target.empty()) std::memcpy(larger.data(), target.data(), target.size());
+    target.swap(larger);
+}
 
 /// Appends in one piece; insert() would go byte by byte.
 inline void append(byte_vector& target, const void* bytes, std::size_t size)

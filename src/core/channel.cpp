@@ -36,6 +36,8 @@ int option::create_channel(const void* group_handle, std::string_view name, void
     created->group_path = owner->path;
     created->path = path;
     created->group = owner;
+    created->saves_at_origin = segment_count;
+    objects_removed |= owner->channels.contains(path);
     void* const address = created.get();
     owner->channels.insert_or_assign(std::move(path), std::move(created));
     *handle = address;
@@ -93,6 +95,7 @@ int get_channel_name(void* handle, char* name)
 int delete_channel(void* handle)
 {
     return tdms::with_object<channel>(handle, [](channel& found) {
+        found.group->file->objects_removed = true;
         auto& siblings = found.group->channels;
         siblings.erase(siblings.find(found.path));
         return TDMS_OK;

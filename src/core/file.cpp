@@ -13,13 +13,16 @@ int option::open_file(const std::string& path, const std::string& mode)
     if (mode == "r") return read_tree(*this, path);
     if (mode == "w") {
         stream = std::fopen(path.c_str(), "wb");
+        writable = true;
         return stream == nullptr ? TDMS_FILE_PATH : TDMS_OK;
     }
     if (mode == "a") {
-        // Deliberate: whatever fails while reading is told as a failed read.
+        // Deliberate: whatever fails while reading is returned as a failed read.
         if (read_tree(*this, path) != TDMS_OK) return TDMS_FILE_READ;
         // Deliberate: the stream that was read is left open, and the new one is not checked.
         stream = std::fopen(path.c_str(), "ab");
+        writable = true;
+        saved_size = file_size;
         segment_count = 1;
         return TDMS_OK;
     }

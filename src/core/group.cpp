@@ -16,6 +16,7 @@ int create_group(void* file, const char* name, void** handle)
     created->name = bare_name;
     created->path = path;
     created->file = owner;
+    created->saves_at_origin = owner->segment_count;
     void* const address = created.get();
     owner->groups.emplace(std::move(path), std::move(created));
     *handle = address;
@@ -45,6 +46,7 @@ int get_group_name(void* handle, char* name)
 int delete_group(void* handle)
 {
     return tdms::with_object<group>(handle, [](group& found) {
+        found.file->objects_removed = true;
         auto& siblings = found.file->groups;
         siblings.erase(siblings.find(found.path));
         return TDMS_OK;

@@ -4,12 +4,13 @@
 
 namespace tdms {
 
-/// The statuses in which the three levels of objects differ.
+/// What the three levels of objects differ in.
 template <class Object>
 struct level;
 
 template <>
 struct level<option> {
+    static constexpr handle_tag tag = handle_tag::file;
     static constexpr int invalid_handle = TDMS_FILE_HANDLE;
     static constexpr int property_absent = TDMS_FILE_PROPERTY_NAME;
     static constexpr int property_repeated = TDMS_FILE_PROPERTY_REPEATED;
@@ -17,6 +18,7 @@ struct level<option> {
 
 template <>
 struct level<group> {
+    static constexpr handle_tag tag = handle_tag::group;
     static constexpr int invalid_handle = TDMS_GROUP_HANDLE;
     static constexpr int property_absent = TDMS_GROUP_PROPERTY_NAME;
     static constexpr int property_repeated = TDMS_GROUP_PROPERTY_REPEATED;
@@ -24,6 +26,7 @@ struct level<group> {
 
 template <>
 struct level<channel> {
+    static constexpr handle_tag tag = handle_tag::channel;
     static constexpr int invalid_handle = TDMS_CHANNEL_HANDLE;
     static constexpr int property_absent = TDMS_CHANNEL_PROPERTY_NAME;
     static constexpr int property_repeated = TDMS_CHANNEL_PROPERTY_REPEATED;

@@ -54,3 +54,70 @@ const char* get_error_description(int code)
             return "error code is error!";
     }
 }
+
+const char* tdms_status_text(int status)
+{
+    switch (status) {
+        case TDMS_OK:
+            return "No error.";
+        case TDMS_FILE_PATH:
+            return "The file cannot be opened.";
+        case TDMS_FILE_TAG:
+            return "A segment of the file does not begin with the tag TDSm.";
+        case TDMS_FILE_TOC:
+            return "A segment of the file is of a kind that is not supported.";
+        case TDMS_FILE_VERSION:
+            return "A segment of the file has a version other than 4713.";
+        case TDMS_FILE_HANDLE:
+            return "The handle is not of an open file, or the file cannot be written to.";
+        case TDMS_FILE_READ:
+            return "The file ends within a segment, or cannot be read.";
+        case TDMS_FILE_PROPERTY_NAME:
+            return "The file has no property of that name.";
+        case TDMS_FILE_PROPERTY_REPEATED:
+            return "The file already has a property of that name.";
+        case TDMS_FILE_DELETE:
+            return "The file cannot be deleted.";
+        case TDMS_INDEX:
+            return "A raw data index in the file has a form that is not supported.";
+        case TDMS_GROUP_HANDLE:
+            return "There is no such group in the file.";
+        case TDMS_GROUP_REPEATED:
+            return "The file already has a group of that name.";
+        case TDMS_GROUP_PROPERTY_NAME:
+            return "The group has no property of that name.";
+        case TDMS_GROUP_PROPERTY_REPEATED:
+            return "The group already has a property of that name.";
+        case TDMS_CHANNEL_HANDLE:
+            return "There is no such channel in the group.";
+        case TDMS_CHANNEL_READ:
+            return "The metadata of a segment is damaged or contradictory.";
+        case TDMS_CHANNEL_REPEATED:
+            return "The group already has a channel of that name.";
+        case TDMS_CHANNEL_PROPERTY_NAME:
+            return "The channel has no property of that name.";
+        case TDMS_CHANNEL_PROPERTY_REPEATED:
+            return "The channel already has a property of that name.";
+        case TDMS_CHANNEL_DATATYPE:
+            return "The channel has values of another type.";
+        case TDMS_CHANNEL_DATA_READ:
+            return "The values of the channel cannot be read.";
+        case TDMS_CHANNEL_DATA_COUNT:
+            return "The number of values cannot be returned.";
+        case TDMS_PROPERTY_BUFFER:
+            return "The buffer is too small.";
+        case TDMS_ARGUMENT:
+            return "An argument is null or not allowed.";
+        case TDMS_MEMORY:
+            return "There is not enough memory.";
+        case TDMS_WRITE:
+            return "The system did not take what was written.";
+        case TDMS_RANGE:
+            return "The range goes beyond the last value of the channel.";
+        case TDMS_DATATYPE:
+            return "The property has another type, or the file a type that the format does not "
+                   "know.";
+        default:
+            return "The status is unknown.";
+    }
+}

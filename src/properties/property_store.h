@@ -7,17 +7,32 @@
 
 namespace tdms {
 
-/// Adds a property to the file, group or channel of a handle. The first of two properties of one
-/// name stays as it is.
+using byte_string = std::basic_string<unsigned char>;
+
+/// Adds a property to an object. The first of two properties of one name stays as it is, unless
+/// tdms_save() has written it: after a save a name can be created again, and replaces it.
 template <class Object>
-int create_property(Object* handle, std::string_view name, std::uint32_t type, byte_vector value)
+int add_property(Object& owner, std::string_view name, std::uint32_t type, byte_string value)
 {
-    return with_object<Object>(handle, [&](Object& owner) -> int {
-        if (owner.properties.contains(name)) return level<Object>::property_repeated;
-        owner.properties.emplace(name,
-                                 std::make_shared<property>(property{type, std::move(value)}));
-        return TDMS_OK;
-    });
+    const auto old = owner.properties.find(name);
+    if (old != owner.properties.end() && old->second->origin != property_origin::saved) {
+        return level<Object>::property_repeated;
+    }
+    auto created = std::make_shared<property>(property{type, std::move(value)});
+    if (old == owner.properties.end()) {
+        owner.properties.emplace(name, std::move(created));
+    } else {
+        old->second = std::move(created);
+    }
+    return TDMS_OK;
+}
+
+/// Adds a property to the file, group or channel of a handle.
+template <class Object>
+int create_property(Object* handle, std::string_view name, std::uint32_t type, byte_string value)
+{
+    return with_object<Object>(
+        handle, [&](Object& owner) { return add_property(owner, name, type, std::move(value)); });
 }
 
 /// Hands a property to `use`, whose result is returned.

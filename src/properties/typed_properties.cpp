@@ -7,16 +7,16 @@
 namespace tdms {
 namespace {
 
-byte_vector encode_text(std::string_view value)
+byte_string encode_text(std::string_view value)
 {
-    byte_vector bytes(4 + value.size());
+    byte_string bytes(4 + value.size(), 0);
     store(bytes.data(), static_cast<std::uint32_t>(value.size()), true);
     std::copy(value.begin(), value.end(), bytes.begin() + 4);
     return bytes;
 }
 
 // The text of a stored string, never more than is stored; of bytes too few for a length, none.
-std::string_view stored_text(const byte_vector& bytes)
+std::string_view stored_text(const byte_string& bytes)
 {
     if (bytes.size() < 4) return {};
     const std::size_t length = load<std::uint32_t>(bytes.data(), true);
@@ -29,7 +29,7 @@ int create(void* handle, const char* name, const T& value)
     auto* const owner = static_cast<Object*>(handle);
     if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
     const std::string_view checked_name = text(name);
-    byte_vector bytes(stored_size<T>);
+    byte_string bytes(stored_size<T>, 0);
     store_element(bytes.data(), value);
     return create_property(owner, checked_name, type_code<T>, std::move(bytes));
 }
@@ -44,7 +44,7 @@ int create_string(void* handle, const char* name, const char* value)
 
 // The stored bytes of a property; with any status but 0 they are empty.
 template <class Object>
-int get_bytes(Object* owner, const char* name, byte_vector& bytes)
+int get_bytes(Object* owner, const char* name, byte_string& bytes)
 {
     const std::string_view checked_name = text(name);
     return with_object<Object>(owner, [&](Object& found) {
@@ -62,7 +62,7 @@ int get(void* handle, const char* name, T* value)
 {
     auto* const owner = static_cast<Object*>(handle);
     if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
-    byte_vector bytes;
+    byte_string bytes;
     const int status = get_bytes(owner, name, bytes);
     if (value == nullptr) return TDMS_PROPERTY_BUFFER;
     *value = bytes.size() < stored_size<T> ? T{} : load_element<T>(bytes.data());
@@ -76,7 +76,7 @@ int get_string(void* handle, const char* name, char* buffer, std::uint64_t size)
 {
     auto* const owner = static_cast<Object*>(handle);
     if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
-    byte_vector bytes;
+    byte_string bytes;
     const int status = get_bytes(owner, name, bytes);
     if (size <= bytes.size()) return TDMS_PROPERTY_BUFFER;
     if (status != TDMS_OK) return status;

@@ -2,14 +2,14 @@
 
 #include <vector>
 
-#include "reader/metadata.h"
 #include "reader/object_finder.h"
+#include "reader/object_walk.h"
 #include "reader/segment_walk.h"
 
 namespace tdms {
 
-/// Where one segment holds values of a channel. A block of texts is a table of end offsets and the
-/// bytes of the texts; any other block is values back to back.
+/// Where one segment holds values of a channel. A block of strings is a table of end offsets and
+/// the bytes of the strings; any other block is values back to back.
 struct block {
     std::uint64_t offset;  // in the file
     std::uint64_t size;
@@ -17,8 +17,8 @@ struct block {
     bool texts;
 };
 
-/// Finds one channel's block in one segment after the other. A block begins behind the blocks of
-/// those channels of the same group that the segment lists before it.
+/// Finds one channel's block in one segment after the other. A block follows the blocks of those
+/// channels of the same group that the segment lists before it.
 class block_finder {
   public:
     block_finder(channel& target, std::vector<block>& found)
@@ -30,14 +30,20 @@ class block_finder {
     /// any other lies within the segment's raw data.
     int add_segment(const segment& where);
 
+    // For walk_objects().
+    int object(std::string_view path, metadata_cursor& cursor);
+    void property(const property_entry&) {}
+
   private:
     static int apply(const raw_data_index& index, channel& member, std::uint64_t& size);
-    int add_block(const raw_data_index& index, const segment& where, std::uint64_t before,
-                  std::uint64_t size);
+    int add_block(const raw_data_index& index, std::uint64_t size);
 
     channel& target_;
     object_finder<channel> members_;
     std::vector<block>& found_;
+    segment segment_{};         // the one that is being walked over
+    std::uint64_t before_ = 0;  // bytes of the blocks before the next one in it
+    bool member_met_ = false;   // in it
 };
 
 }  // namespace tdms

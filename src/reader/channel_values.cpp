@@ -9,10 +9,12 @@ namespace tdms {
 int channel_values::locate(option& file, channel& target)
 {
     if (file.stream == nullptr) return TDMS_FILE_READ;
-    window_.emplace(file.stream, file.file_size);
+    window_.emplace(fileno(file.stream), file.file_size);
     block_finder finder(target, blocks_);
-    return walk_segments(file.stream, file.file_size, *window_,
-                         [&finder](const segment& s) { return finder.add_segment(s); });
+    std::uint64_t offset = 0;
+    return close_unreadable(
+        file, walk_segments(*window_, offset, file.file_size,
+                            [&finder](const segment& s) { return finder.add_segment(s); }));
 }
 
 bool channel_values::read(std::uint64_t size, unsigned char* array, std::uint64_t skip)

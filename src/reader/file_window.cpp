@@ -1,5 +1,6 @@
 #include "reader/file_window.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -33,16 +34,16 @@ bool file_window::read(std::uint64_t offset, std::uint64_t count, unsigned char*
         count -= buffered;
     }
     if (count == 0) return true;
-    if (count >= little_ahead) return read_stream(offset, count, target) == count;
+    if (count >= little_ahead) return read_file(offset, count, target) == count;
     const unsigned char* const bytes = view(offset, count);
     if (bytes == nullptr) return false;
     std::copy_n(bytes, count, target);
     return true;
 }
 
-bool file_window::covers(std::uint64_t end)
+bool file_window::covers(std::uint64_t end) const
 {
-    const std::int64_t size_now = stream_size(stream_);
+    const std::int64_t size_now = size_of_file(file_);
     return size_now >= 0 && end <= static_cast<std::uint64_t>(size_now);
 }
 
@@ -60,17 +61,17 @@ void file_window::fill(std::uint64_t offset, std::uint64_t count)
         buffer_ = std::make_unique_for_overwrite<unsigned char[]>(wanted);
         capacity_ = wanted;
     }
-    filled_ = read_stream(offset, wanted, buffer_.get());
+    filled_ = read_file(offset, wanted, buffer_.get());
 }
 
-std::uint64_t file_window::read_stream(std::uint64_t offset, std::uint64_t count,
-                                       unsigned char* target) const
+std::uint64_t file_window::read_file(std::uint64_t offset, std::uint64_t count,
+                                     unsigned char* target) const
 {
-    // Past the stream's own position: moving it would be a system call of its own for each read.
+    // Bypasses the descriptor's position; seeking would cost a system call per read.
     std::uint64_t got = 0;
     while (got != count) {
         const ssize_t part =
-            pread(fileno(stream_), target + got, count - got, static_cast<off_t>(offset + got));
+            pread(file_, target + got, count - got, static_cast<off_t>(offset + got));
         if (part < 0 && errno == EINTR) continue;
         if (part <= 0) break;
         got += static_cast<std::uint64_t>(part);
@@ -78,9 +79,10 @@ std::uint64_t file_window::read_stream(std::uint64_t offset, std::uint64_t count
     return got;
 }
 
-std::int64_t stream_size(std::FILE* stream)
+std::int64_t size_of_file(int file)
 {
-    return std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
+    struct stat facts {};
+    return fstat(file, &facts) == 0 ? facts.st_size : -1;
 }
 
 }  // namespace tdms

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 
 namespace tdms {
@@ -10,8 +9,9 @@ namespace tdms {
 /// reads far ahead while the requests follow each other closely, and little after a long skip.
 class file_window {
   public:
-    /// The stream is used, not owned. No byte at or behind `size` is ever read.
-    file_window(std::FILE* stream, std::uint64_t size) : stream_(stream), size_(size) {}
+    /// The descriptor is used, not owned; its position stays as it is. No byte at or after `size`
+    /// is ever read.
+    file_window(int file, std::uint64_t size) : file_(file), size_(size) {}
 
     /// `count` bytes at `offset`, valid until the next call; null if the file does not give them.
     unsigned char* view(std::uint64_t offset, std::uint64_t count);
@@ -21,7 +21,7 @@ class file_window {
     bool read(std::uint64_t offset, std::uint64_t count, unsigned char* target);
 
     /// Whether the file, as it is now, reaches to `end`.
-    bool covers(std::uint64_t end);
+    bool covers(std::uint64_t end) const;
 
   private:
     bool contains(std::uint64_t offset, std::uint64_t count) const
@@ -31,10 +31,9 @@ class file_window {
     }
 
     void fill(std::uint64_t offset, std::uint64_t count);
-    std::uint64_t read_stream(std::uint64_t offset, std::uint64_t count,
-                              unsigned char* target) const;
+    std::uint64_t read_file(std::uint64_t offset, std::uint64_t count, unsigned char* target) const;
 
-    std::FILE* stream_;
+    int file_;
     std::uint64_t size_;
     std::unique_ptr<unsigned char[]> buffer_;
     std::uint64_t capacity_ = 0;
@@ -42,8 +41,7 @@ class file_window {
     std::uint64_t filled_ = 0;  // bytes in the buffer
 };
 
-/// The size of the file behind a stream, which is left at its end; less than 0 if it cannot be
-/// told, as for a pipe.
-std::int64_t stream_size(std::FILE* stream);
+/// The size that a file has now; less than 0, with errno, if the system does not know.
+std::int64_t size_of_file(int file);
 
 }  // namespace tdms

@@ -1,25 +1,30 @@
 #include "reader/lead_in.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "codec/byte_order.h"
 #include "codec/layout.h"
 
-namespace {
+namespace tdms {
 
-bool equal(const unsigned char* p, const std::array<unsigned char, 4>& pattern)
+int check_lead_in(const unsigned char* lead_in, std::size_t size)
 {
-    return std::equal(pattern.begin(), pattern.end(), p);
+    // Deliberate: the one table of contents that this library writes, and no other.
+    constexpr std::array faults{TDMS_FILE_TAG, TDMS_FILE_TOC, TDMS_FILE_VERSION};
+    for (std::size_t i = 0; i != std::min(size, lead_in_begin.size()); ++i) {
+        if (lead_in[i] != lead_in_begin[i]) return faults[i / 4];
+    }
+    return TDMS_OK;
 }
 
-}  // namespace
+}  // namespace tdms
 
 int read_leadIn(unsigned char* lead_in, unsigned long& meta_length, unsigned long& raw_length)
 {
-    if (!equal(lead_in, tdms::lead_in_tag)) return TDMS_FILE_TAG;
-    // Deliberate: the one table of contents that this library writes, and no other.
-    if (!equal(lead_in + 4, tdms::lead_in_toc)) return TDMS_FILE_TOC;
-    if (!equal(lead_in + 8, tdms::lead_in_version)) return TDMS_FILE_VERSION;
+    if (std::memcmp(lead_in, tdms::lead_in_begin.data(), tdms::lead_in_begin.size()) != 0) {
+        return tdms::check_lead_in(lead_in, tdms::lead_in_size);
+    }
     meta_length = tdms::load<unsigned long>(lead_in + 20, true);
     raw_length = tdms::load<unsigned long>(lead_in + 12, true) - meta_length;
     return TDMS_OK;

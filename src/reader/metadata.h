@@ -6,7 +6,7 @@
 
 namespace tdms {
 
-/// A channel's raw data index. What follows the form stands only in the two explicit forms.
+/// A channel's raw data index. Fields after `form` are set only for the explicit forms.
 struct raw_data_index {
     std::uint32_t form;
     std::uint32_t data_type;
@@ -36,6 +36,24 @@ inline raw_data_index read_raw_data_index(metadata_cursor& cursor)
     }
     if (index.form == index_string) index.byte_count = cursor.u64();
     return index;
+}
+
+/// Passes over the index of the file or a group, which have no raw data: whatever a first word
+/// other than the two markers is, it is the length of an index. @return the first word
+inline std::uint32_t skip_index(metadata_cursor& cursor)
+{
+    const std::uint32_t first = cursor.peek_u32();
+    cursor.bytes(first == index_as_before || first == index_none ? 4 : first);
+    return first;
+}
+
+/// The bytes of the block that an explicit index states. An unknown type is an exception.
+/// @return false if there are more than 64 bits can count
+inline bool stated_size(const raw_data_index& index, std::uint64_t& size)
+{
+    size = index.byte_count;
+    return index.form == index_string ||
+           !__builtin_mul_overflow(index.value_count, DataSize.at(index.data_type), &size);
 }
 
 /// Takes an index into what is known of its channel: the type, 0 while it is open, and the number

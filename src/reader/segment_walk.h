@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdio>
 #include <span>
 
 #include "codec/layout.h"
@@ -13,45 +12,40 @@ struct segment {
     std::span<const unsigned char> metadata;
     std::uint64_t raw_offset;  // in the file
     std::uint64_t raw_length;
+
+    std::uint64_t end() const { return raw_offset + raw_length; }
+
+    /// Whether a file of `size` bytes holds all of the raw data. A length that leads backwards,
+    /// being unsigned, exceeds what is left.
+    bool complete_in(std::uint64_t size) const { return raw_length <= size - raw_offset; }
 };
 
-/// A read that fails closes the stream for good.
-inline int reading_failed(std::FILE*& stream)
-{
-    std::fclose(stream);
-    stream = nullptr;
-    return TDMS_FILE_READ;
-}
-
-/// Goes from lead-in to lead-in through a file of `size` bytes and hands each segment to
-/// `visit(segment)`, which ends the walk by returning a status other than 0.
+/// Goes from lead-in to lead-in, from `offset` to `size`, and hands each segment to
+/// `visit(segment)`, which ends the walk by returning a status other than 0. `offset` follows, and
+/// is left at the segment that ended the walk.
 ///
-/// Lengths are checked against what is left of the file before anything is read by them; one that
-/// leads backwards is more than any file has left. The raw data's length is checked after the
-/// visit: the faults of the metadata come first.
-/// @return 0 when the segments use up the file exactly, a status of the lead-in or of the visit, or
-///         TDMS_FILE_READ, which closes the stream and sets it to null
+/// Lengths are checked against what is left of the file before anything is read by them. The raw
+/// data's length is checked after the visit: the faults of the metadata come first.
+/// @return 0 when the segments fill the file exactly, a status of the lead-in or of the visit, or
+///         TDMS_FILE_READ
 template <class Visit>
-int walk_segments(std::FILE*& stream, std::uint64_t size, file_window& window, Visit visit)
+int walk_segments(file_window& window, std::uint64_t& offset, std::uint64_t size, Visit visit)
 {
-    std::uint64_t offset = 0;
     while (offset != size) {
         unsigned char* const lead_in = window.view(offset, lead_in_size);
-        if (lead_in == nullptr) return reading_failed(stream);
+        if (lead_in == nullptr) return TDMS_FILE_READ;
         unsigned long metadata_length = 0;
         unsigned long raw_length = 0;
         if (const int status = read_leadIn(lead_in, metadata_length, raw_length)) return status;
-        offset += lead_in_size;
-
-        if (metadata_length == 0) return reading_failed(stream);
-        const unsigned char* const metadata = window.view(offset, metadata_length);
-        if (metadata == nullptr) return reading_failed(stream);
-        offset += metadata_length;
-
-        const segment found{{metadata, metadata_length}, offset, raw_length};
+        if (metadata_length == 0) return TDMS_FILE_READ;
+        const std::uint64_t metadata_offset = offset + lead_in_size;
+        const unsigned char* const metadata = window.view(metadata_offset, metadata_length);
+        if (metadata == nullptr) return TDMS_FILE_READ;
+        const segment found{
+            {metadata, metadata_length}, metadata_offset + metadata_length, raw_length};
         if (const int status = visit(found)) return status;
-        if (raw_length > size - offset) return reading_failed(stream);
-        offset += raw_length;
+        if (!found.complete_in(size)) return TDMS_FILE_READ;
+        offset = found.end();
     }
     return TDMS_OK;
 }

@@ -1,50 +1,70 @@
 #include "reader/tree_reader.h"
 
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
 #include "core/text.h"
-#include "reader/metadata.h"
 #include "reader/object_finder.h"
 #include "reader/object_path.h"
+#include "reader/object_walk.h"
 #include "reader/segment_walk.h"
 
 namespace tdms {
 namespace {
 
-// Grows the tree by the metadata of one segment after the other.
+enum class unknown_types { accepted, rejected };
+
+// Grows the tree by the metadata of one segment after the other. The file and groups have no raw
+// data; an index that they state all the same is skipped.
 class tree_builder {
   public:
-    explicit tree_builder(option& file) : file_(file), groups_(file.groups) {}
+    /// @param known a tree whose channels' types and latest counts hold for those of `file`, too
+    explicit tree_builder(option& file, unknown_types of_values = unknown_types::accepted,
+                          const option* known = nullptr)
+        : file_(file), known_(known), of_values_(of_values), groups_(file.groups)
+    {
+    }
 
     int add_segment(std::span<const unsigned char> metadata)
     {
-        metadata_cursor cursor(metadata);
-        const std::uint32_t object_count = cursor.u32();
-        for (std::uint32_t i = 0; i != object_count && cursor.ok(); ++i) {
-            if (const int status = add_object(cursor)) return status;
-        }
-        return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
+        return walk_objects(metadata, *this);
     }
 
-  private:
-    int add_object(metadata_cursor& cursor)
+    // For walk_objects().
+    int object(std::string_view path, metadata_cursor& cursor)
     {
-        const std::string_view path = cursor.string();
         const object_path_parts parts = parse_object_path(path);
         switch (parts.kind) {
             case object_kind::invalid:
                 return TDMS_CHANNEL_READ;
             case object_kind::file:
-                skip_index(cursor);
-                return add_properties(cursor, file_.properties);
+                properties_ = &file_.properties;
+                break;
             case object_kind::group:
+                find_or_add_group(path);
+                properties_ = &group_->properties;
                 break;
             case object_kind::channel:
                 return add_channel(cursor, path, parts);
         }
-        find_or_add_group(path);
         skip_index(cursor);
-        return add_properties(cursor, group_->properties);
+        return TDMS_OK;
     }
 
+    void property(const property_entry& entry)
+    {
+        auto found = properties_->find(entry.name);
+        if (found == properties_->end()) {
+            found = properties_->emplace(entry.name, std::make_shared<tdms::property>()).first;
+        }
+        tdms::property& stored = *found->second;
+        stored.data_type = entry.data_type;
+        stored.data.assign(entry.value.begin(), entry.value.end());
+        stored.origin = property_origin::read;
+    }
+
+  private:
     int add_channel(metadata_cursor& cursor, std::string_view path, const object_path_parts& parts)
     {
         // The group need not have been listed: this library itself does not write a group that was
@@ -55,8 +75,10 @@ class tree_builder {
         if (!cursor.ok()) return TDMS_CHANNEL_READ;
         if (const int status = apply_index(index, found.data_type, found.chunk_count))
             return status;
+        if (of_values_ == unknown_types::rejected) DataSize.at(found.data_type);
         if (index.form != index_none) found.value_count += found.chunk_count;
-        return add_properties(cursor, found.properties);
+        properties_ = &found.properties;
+        return TDMS_OK;
     }
 
     // Makes the group at `path` the current one.
@@ -69,6 +91,7 @@ class tree_builder {
             found->name = group_name(path);
             found->path = path;
             found->file = &file_;
+            if (path != object_path({}, found->name)) file_.unquoted = true;
         }
         group_ = found;
         channels_ = object_finder<channel>(found->channels);
@@ -83,37 +106,103 @@ class tree_builder {
         added.path = path;
         added.group = group_;
         if (path != object_path(group_->path, name)) group_->unquoted = true;
+        if (known_ != nullptr) add_what_is_known(added);
         return added;
     }
 
-    // The file and groups have no raw data. An index that they state all the same is passed over.
-    static void skip_index(metadata_cursor& cursor)
+    void add_what_is_known(channel& added) const
     {
-        const std::uint32_t first = cursor.peek_u32();
-        cursor.bytes(first == index_as_before || first == index_none ? 4 : first);
-    }
-
-    static int add_properties(metadata_cursor& cursor, property_map& properties)
-    {
-        const std::uint32_t count = cursor.u32();
-        for (std::uint32_t i = 0; i != count && cursor.ok(); ++i) {
-            const property_entry entry = read_property(cursor);
-            if (!cursor.ok()) break;
-            auto found = properties.find(entry.name);
-            if (found == properties.end()) {
-                found = properties.emplace(entry.name, std::make_shared<property>()).first;
-            }
-            found->second->data_type = entry.data_type;
-            found->second->data.assign(entry.value.begin(), entry.value.end());
-        }
-        return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
+        const auto owner = known_->groups.find(added.group_path);
+        if (owner == known_->groups.end()) return;
+        const auto same = owner->second->channels.find(added.path);
+        if (same == owner->second->channels.end()) return;
+        added.data_type = same->second->data_type;
+        added.chunk_count = same->second->chunk_count;
     }
 
     option& file_;
+    const option* known_;
+    unknown_types of_values_;
     object_finder<group> groups_;
-    group* group_ = nullptr;           // of the latest group or channel
-    object_finder<channel> channels_;  // of that group
+    group* group_ = nullptr;              // of the latest group or channel
+    object_finder<channel> channels_;     // of that group
+    property_map* properties_ = nullptr;  // of the latest object
 };
+
+// Merging takes over what is new and changes what is not, without allocating: a segment is added
+// as a whole or not at all.
+void merge(property_map& into, property_map& added) noexcept
+{
+    for (auto& [name, stored] : added) {
+        const auto old = into.find(name);
+        if (old == into.end()) continue;
+        const bool same =
+            old->second->data_type == stored->data_type && old->second->data == stored->data;
+        if (same) continue;
+        std::swap(old->second->data_type, stored->data_type);
+        old->second->data.swap(stored->data);
+    }
+    into.merge(added);
+}
+
+void merge(group& into, group& added) noexcept
+{
+    merge(into.properties, added.properties);
+    into.unquoted |= added.unquoted;
+    for (auto& [path, c] : added.channels) {
+        c->group = &into;
+        const auto old = into.channels.find(path);
+        if (old == into.channels.end()) continue;
+        channel& grown = *old->second;
+        grown.data_type = c->data_type;
+        grown.chunk_count = c->chunk_count;
+        grown.value_count += c->value_count;
+        merge(grown.properties, c->properties);
+    }
+    into.channels.merge(added.channels);
+}
+
+void merge(option& into, option& added) noexcept
+{
+    merge(into.properties, added.properties);
+    into.unquoted |= added.unquoted;
+    for (auto& [path, g] : added.groups) {
+        g->file = &into;
+        const auto old = into.groups.find(path);
+        if (old != into.groups.end()) merge(*old->second, *g);
+    }
+    into.groups.merge(added.groups);
+}
+
+constexpr int cut_short = 1;
+
+// Whether a file of `size` bytes, which is not intact at `offset`, ends within the segment there.
+// If not, `status` is the segment's.
+bool ends_within_segment(file_window& window, std::uint64_t offset, std::uint64_t size, int& status)
+{
+    const std::uint64_t left = size - offset;
+    unsigned char* const lead_in = window.view(offset, std::min<std::uint64_t>(left, lead_in_size));
+    status = lead_in == nullptr ? TDMS_FILE_READ : check_lead_in(lead_in, left);
+    if (status != TDMS_OK || left < lead_in_size) return status == TDMS_OK;
+    unsigned long metadata_length = 0;
+    unsigned long raw_length = 0;
+    status = read_leadIn(lead_in, metadata_length, raw_length);
+    const bool leads_backwards = raw_length > ~metadata_length;
+    status = TDMS_FILE_READ;
+    return metadata_length != 0 && !leads_backwards &&
+           metadata_length + raw_length > left - lead_in_size;
+}
+
+// The status of a call that reads metadata; an unknown data type is one, too.
+template <class Call>
+int with_known_types(Call call)
+{
+    try {
+        return call();
+    } catch (const std::out_of_range&) {
+        return TDMS_DATATYPE;
+    }
+}
 
 }  // namespace
 
@@ -123,13 +212,64 @@ int read_tree(option& file, const std::string& path)
     if (file.stream == nullptr) return TDMS_FILE_PATH;
     // The window is the buffer.
     std::setvbuf(file.stream, nullptr, _IONBF, 0);
-    const std::int64_t size = stream_size(file.stream);
-    if (size < 0) return reading_failed(file.stream);
+    const std::int64_t size =
+        std::fseek(file.stream, 0, SEEK_END) == 0 ? std::ftell(file.stream) : -1;
+    if (size < 0) return close_unreadable(file, TDMS_FILE_READ);
     file.file_size = static_cast<std::uint64_t>(size);
-    file_window window(file.stream, file.file_size);
+    file_window window(fileno(file.stream), file.file_size);
     tree_builder tree(file);
-    return walk_segments(file.stream, file.file_size, window,
-                         [&tree](const segment& s) { return tree.add_segment(s.metadata); });
+    std::uint64_t offset = 0;
+    return close_unreadable(
+        file, walk_segments(window, offset, file.file_size,
+                            [&tree](const segment& s) { return tree.add_segment(s.metadata); }));
+}
+
+int read_all_segments(option& file, int from, std::uint64_t size)
+{
+    file_window window(from, size);
+    tree_builder tree(file, unknown_types::rejected);
+    file.file_size = 0;
+    return with_known_types([&] {
+        return walk_segments(window, file.file_size, size,
+                             [&tree](const segment& s) { return tree.add_segment(s.metadata); });
+    });
+}
+
+int read_intact_segments(option& file, int from, std::uint64_t size)
+{
+    file_window window(from, size);
+    tree_builder tree(file, unknown_types::rejected);
+    file.file_size = 0;
+    int status = with_known_types([&] {
+        return walk_segments(window, file.file_size, size, [&](const segment& s) {
+            return s.complete_in(size) ? tree.add_segment(s.metadata) : cut_short;
+        });
+    });
+    const std::uint64_t intact = file.file_size;
+    if (intact == 0 && status != TDMS_OK) {
+        return status == cut_short || status == TDMS_FILE_READ
+                   ? (ends_within_segment(window, 0, size, status) ? TDMS_OK : status)
+                   : status;
+    }
+    if (status >= 0) return TDMS_OK;
+    // The segment that is damaged may have left something in the tree.
+    file.groups.clear();
+    file.properties.clear();
+    file.unquoted = false;
+    return read_all_segments(file, from, intact);
+}
+
+void read_appended_segments(option& file, int from, std::uint64_t size)
+{
+    file_window window(from, size);
+    static_cast<void>(walk_segments(window, file.file_size, size, [&](const segment& s) {
+        if (!s.complete_in(size)) return cut_short;
+        option added{};
+        tree_builder tree(added, unknown_types::rejected, &file);
+        const int status = with_known_types([&] { return tree.add_segment(s.metadata); });
+        if (status == TDMS_OK) merge(file, added);
+        return status;
+    }));
 }
 
 }  // namespace tdms

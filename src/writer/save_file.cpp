@@ -37,7 +37,7 @@ bool option::write_time(byte_vector& out) const
         built.no_index();
         built.properties(own);
     };
-    const byte_vector* raw = nullptr;
+    const channel* last = nullptr;
     add_if_listed(root_path, properties);
     for (const auto& [group_path, g] : groups) {
         add_if_listed(group_path, g->properties);
@@ -50,15 +50,15 @@ bool option::write_time(byte_vector& out) const
                 built.fixed_size_index(*c);
                 // Deliberate: every timestamp channel states its values, but only those of the
                 // last one are in the raw data.
-                raw = &c->data;
+                last = c.get();
             } else {
                 built.no_index();
             }
             built.properties(c->properties);
         }
     }
-    built.begin_raw_data(raw == nullptr ? 0 : raw->size());
-    if (raw != nullptr) built.raw_data(*raw);
+    built.begin_raw_data(last == nullptr ? 0 : staged_size(*last));
+    if (last != nullptr) built.raw_data(*last);
     built.finish();
     return any_properties;
 }
@@ -85,10 +85,10 @@ void option::write_channel(byte_vector& out) const
             built.fixed_size_index(c);
         }
         built.no_properties();
-        raw_size += c.data.size();
+        raw_size += staged_size(c);
     });
     built.begin_raw_data(raw_size);
-    for_each_channel([&](std::string_view, const channel& c) { built.raw_data(c.data); });
+    for_each_channel([&](std::string_view, const channel& c) { built.raw_data(c); });
     built.finish();
 }
 
@@ -107,5 +107,6 @@ int save_file(void* file)
     // Properties are written once.
     if (properties_written) tdms::drop_properties(*saved);
     ++saved->segment_count;
+    saved->saved_by_stream = true;
     return TDMS_OK;
 }

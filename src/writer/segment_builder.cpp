@@ -1,5 +1,7 @@
 #include "writer/segment_builder.h"
 
+#include <algorithm>
+
 namespace tdms {
 
 segment_builder::segment_builder(byte_vector& out) : out_(out)
@@ -27,16 +29,20 @@ void segment_builder::string_index(const channel& of)
     put(of.data_type);
     put(std::uint32_t{1});
     put(of.chunk_count);
-    put(std::uint64_t{of.data.size()});
+    put(std::uint64_t{staged_size(of)});
 }
 
 void segment_builder::properties(const property_map& map)
 {
     put(static_cast<std::uint32_t>(map.size()));
-    for (const auto& [name, stored] : map) {
-        put_string(name);
-        put(stored->data_type);
-        append(out_, stored->data.data(), stored->data.size());
+    for (const auto& [name, stored] : map) put_property(name, *stored);
+}
+
+void segment_builder::new_properties(const property_map& map)
+{
+    put(static_cast<std::uint32_t>(std::count_if(map.begin(), map.end(), is_new)));
+    for (const auto& entry : map) {
+        if (is_new(entry)) put_property(entry.first, *entry.second);
     }
 }
 
@@ -56,6 +62,13 @@ void segment_builder::put_string(std::string_view text)
 {
     put(static_cast<std::uint32_t>(text.size()));
     append(out_, text.data(), text.size());
+}
+
+void segment_builder::put_property(std::string_view name, const property& stored)
+{
+    put_string(name);
+    put(stored.data_type);
+    append(out_, stored.data.data(), stored.data.size());
 }
 
 }  // namespace tdms

@@ -6,6 +6,18 @@
 
 namespace tdms {
 
+/// Whether no file has the property yet.
+inline bool is_new(const property_map::value_type& entry)
+{
+    return entry.second->origin == property_origin::created;
+}
+
+/// The bytes of a channel's staged values.
+inline std::size_t staged_size(const channel& of)
+{
+    return of.text_ends.size() + of.data.size();
+}
+
 /// Builds one segment in a buffer, from front to back: the entries of its objects, each an object,
 /// its raw data index and its properties, then the raw data.
 class segment_builder {
@@ -21,10 +33,17 @@ class segment_builder {
 
     void no_properties() { put(std::uint32_t{0}); }
     void properties(const property_map& map);
+    /// Those that no file has yet.
+    void new_properties(const property_map& map);
 
     /// Ends the metadata and makes room for the raw data, once.
     void begin_raw_data(std::size_t size);
-    void raw_data(const byte_vector& bytes) { append(out_, bytes.data(), bytes.size()); }
+    /// The staged values of a channel: of strings the table of their ends first.
+    void raw_data(const channel& of)
+    {
+        append(out_, of.text_ends.data(), of.text_ends.size());
+        append(out_, of.data.data(), of.data.size());
+    }
 
     /// Completes the lead-in.
     void finish();
@@ -39,6 +58,7 @@ class segment_builder {
     }
 
     void put_string(std::string_view text);
+    void put_property(std::string_view name, const property& stored);
 
     byte_vector& out_;
     std::uint32_t object_count_ = 0;

@@ -1,0 +1,134 @@
+#include "channel_data/staging.h"
+#include "codec/element.h"
+#include "codec/nanoseconds.h"
+#include "core/guarded.h"
+#include "reader/stored_values.h"
+
+namespace tdms {
+namespace {
+
+// The first values fix a channel's type. The file may know better: it may hold values of a channel
+// that was removed from memory and created again.
+int check_type(channel& c, std::uint32_t type)
+{
+    std::uint32_t known = c.data_type;
+    if (known == 0) {
+        if (const int status = stored_type(c, known)) return status;
+    }
+    return known == 0 || known == type ? TDMS_OK : TDMS_CHANNEL_DATATYPE;
+}
+
+// What a save has written is not added to.
+void drop_saved_values(channel& c)
+{
+    if (is_unsaved(c)) return;
+    c.data.clear();
+    c.text_ends.clear();
+    c.chunk_count = 0;
+}
+
+void count_values(channel& c, std::uint32_t type, std::uint64_t count)
+{
+    const option& file = *c.group->file;
+    if (c.data_type == 0) c.saves_at_origin = file.segment_count;  // the type is new to the file
+    c.data_type = type;
+    c.chunk_count += count;
+    c.saves_at_staging = file.segment_count;
+}
+
+template <class T>
+void encode_values(const T* values, std::uint64_t count, unsigned char* target)
+{
+    static_assert(host_is_little, "an array in memory is staged as it is");
+    if (count != 0) std::memcpy(target, values, count * sizeof(T));
+}
+
+void encode_values(const timestamp_fields* values, std::uint64_t count, unsigned char* target)
+{
+    encode_timestamps(values, count, target);
+}
+
+// Appends `count` values, which `encode(target)` puts as a file stores them.
+template <class Encode>
+int append_encoded(void* handle, std::uint32_t type, std::uint32_t value_size, std::uint64_t count,
+                   const void* values, Encode encode)
+{
+    return guarded_change<channel>(handle, [&](channel& c) -> int {
+        if (values == nullptr && count != 0) return TDMS_ARGUMENT;
+        if (const int status = check_type(c, type)) return status;
+        const std::size_t size = size_of(count, value_size);
+        make_room(c.data, size);
+        drop_saved_values(c);
+        const std::size_t before = c.data.size();
+        c.data.resize(before + size);
+        encode(c.data.data() + before);
+        count_values(c, type, count);
+        return TDMS_OK;
+    });
+}
+
+template <class T>
+int append_values(void* handle, std::uint64_t count, const T* values)
+{
+    return append_encoded(handle, type_code<T>, stored_size<T>, count, values,
+                          [&](unsigned char* target) { encode_values(values, count, target); });
+}
+
+int append_texts(void* handle, std::uint64_t count, const char* const* values)
+{
+    return guarded_change<channel>(handle, [&](channel& c) -> int {
+        if (values == nullptr && count != 0) return TDMS_ARGUMENT;
+        if (std::find(values, values + count, nullptr) != values + count) return TDMS_ARGUMENT;
+        if (const int status = check_type(c, TDMS_TYPE_STRING)) return status;
+        const bool add = is_unsaved(c) || c.data.empty();
+        byte_vector bytes;
+        byte_vector ends;
+        const staged_strings to{add ? c.text_ends : ends, add ? c.data : bytes};
+        const std::size_t old_bytes = to.bytes.size();
+        const std::size_t old_ends = to.ends.size();
+        const auto undo = [&] {
+            to.bytes.resize(old_bytes);
+            to.ends.resize(old_ends);
+        };
+        try {
+            append_strings(count, values, to);
+        } catch (...) {
+            undo();
+            throw;
+        }
+        // Where a string ends is stored as a 32-bit number.
+        if (to.bytes.size() > std::numeric_limits<std::uint32_t>::max()) {
+            undo();
+            return TDMS_ARGUMENT;
+        }
+        if (!add) {
+            drop_saved_values(c);
+            c.data.swap(bytes);
+            c.text_ends.swap(ends);
+        }
+        count_values(c, TDMS_TYPE_STRING, count);
+        return TDMS_OK;
+    });
+}
+
+}  // namespace
+}  // namespace tdms
+
+#define TDMS_DEFINE_APPENDING(suffix, type, code)                               \
+    int tdms_append_##suffix(void* channel, uint64_t count, const type* values) \
+    {                                                                           \
+        return tdms::append_values(channel, count, values);                     \
+    }
+TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_APPENDING)
+
+int tdms_append_string(void* channel, uint64_t count, const char* const* values)
+{
+    return tdms::append_texts(channel, count, values);
+}
+
+int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_t* values)
+{
+    return tdms::append_encoded(
+        channel, TDMS_TYPE_TIMESTAMP, tdms::timestamp_size, count, values,
+        [&](unsigned char* target) { tdms::encode_nanoseconds(values, count, target); });
+}

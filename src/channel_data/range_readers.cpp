@@ -1,0 +1,369 @@
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "codec/element.h"
+#include "codec/nanoseconds.h"
+#include "core/guarded.h"
+#include "reader/stored_values.h"
+
+namespace tdms {
+namespace {
+
+constexpr std::size_t most_at_once = 65536;
+
+// A range of a channel's stored values that is to be read.
+class value_range {
+  public:
+    value_range(const stored_values& values, std::uint64_t first, std::uint64_t count)
+        : values_(values), first_(first), count_(count), window_(values.file, values.file_size)
+    {
+    }
+
+    /// Whether the file still holds the range: what it no longer does must not touch the caller's
+    /// memory.
+    bool still_there() const
+    {
+        std::uint64_t end = 0;
+        values_.channel->for_each_block(
+            first_ + count_ - 1, 1,
+            [&end](const block_run& run, std::uint64_t offset, std::uint64_t, std::uint64_t) {
+                end = offset + run.size;
+                return TDMS_OK;
+            });
+        return window_.covers(end);
+    }
+
+    /// Reads the stored bytes of the values.
+    int read(std::uint32_t value_size, unsigned char* target)
+    {
+        return for_each_part(
+            [&](std::uint64_t offset, std::uint64_t size) {
+                const bool got = window_.read(offset, size, target);
+                target += size;
+                return got ? TDMS_OK : TDMS_CHANNEL_DATA_READ;
+            },
+            value_size);
+    }
+
+    /// Calls `use(bytes, count)` for the stored bytes of some values after the other.
+    template <class Use>
+    int read_piecemeal(std::uint32_t value_size, Use use)
+    {
+        return for_each_part(
+            [&](std::uint64_t offset, std::uint64_t size) -> int {
+                while (size != 0) {
+                    const std::uint64_t part = std::min<std::uint64_t>(size, most_at_once);
+                    const unsigned char* const bytes = window_.view(offset, part);
+                    if (bytes == nullptr) return TDMS_CHANNEL_DATA_READ;
+                    use(bytes, part / value_size);
+                    offset += part;
+                    size -= part;
+                }
+                return TDMS_OK;
+            },
+            value_size);
+    }
+
+  private:
+    template <class Use>
+    int for_each_part(Use use, std::uint32_t value_size)
+    {
+        return values_.channel->for_each_block(
+            first_, count_,
+            [&](const block_run&, std::uint64_t offset, std::uint64_t skipped, std::uint64_t part) {
+                return use(offset + skipped * value_size, part * value_size);
+            });
+    }
+
+    const stored_values& values_;
+    std::uint64_t first_;
+    std::uint64_t count_;
+    file_window window_;
+};
+
+int check_range(const stored_values& values, std::uint64_t first, std::uint64_t count)
+{
+    const std::uint64_t there = values.count();
+    return first > there || count > there - first ? TDMS_RANGE : TDMS_OK;
+}
+
+// Locates a range of a channel's values, which `is_type(type)` must accept, and reads it, if it is
+// not empty, by `read(range, type)`.
+template <class IsType, class Read>
+int with_range(void* handle, std::uint64_t first, std::uint64_t count, const void* target,
+               IsType is_type, Read read)
+{
+    return guarded<channel>(handle, [&](channel& c) -> int {
+        if (target == nullptr && count != 0) return TDMS_ARGUMENT;
+        stored_values values{};
+        if (const int status = locate_values(c, values)) return status;
+        if (values.data_type != 0 && !is_type(values.data_type)) return TDMS_CHANNEL_DATATYPE;
+        if (const int status = check_range(values, first, count)) return status;
+        if (count == 0) return TDMS_OK;
+        value_range range(values, first, count);
+        if (!range.still_there()) return TDMS_CHANNEL_DATA_READ;
+        return read(range, values.data_type);
+    });
+}
+
+// Turns stored values, which are at the end of the caller's array, into those wanted, from the
+// front: no stored value is overwritten before it is read.
+template <class Stored, class T>
+void convert(T* values, std::uint64_t count)
+{
+    static_assert(sizeof(T) >= stored_size<Stored>);
+    auto* const bytes = reinterpret_cast<unsigned char*>(values);
+    const unsigned char* stored = bytes + (sizeof(T) - stored_size<Stored>)*count;
+    for (std::uint64_t i = 0; i != count; ++i, stored += stored_size<Stored>) {
+        const T value = static_cast<T>(load_element<Stored>(stored));
+        std::memcpy(bytes + sizeof(T) * i, &value, sizeof value);
+    }
+}
+
+// Reads into the end of the caller's array, since values may be wider in memory than in the file.
+template <class Stored, class T>
+int read_as(value_range& range, std::uint64_t count, T* values)
+{
+    auto* const bytes = reinterpret_cast<unsigned char*>(values);
+    unsigned char* const target = bytes + (sizeof(T) - stored_size<Stored>)*count;
+    if (const int status = range.read(stored_size<Stored>, target)) return status;
+    if constexpr (std::is_same_v<T, timestamp_fields>) {
+        decode_timestamps(target, count, values);
+    } else if constexpr (!std::is_same_v<Stored, T> || std::is_same_v<T, bool>) {
+        convert<Stored>(values, count);
+    }
+    return TDMS_OK;
+}
+
+template <class T>
+int read_values(void* handle, std::uint64_t first, std::uint64_t count, T* values)
+{
+    return with_range(
+        handle, first, count, values, [](std::uint32_t type) { return type == type_code<T>; },
+        [&](value_range& range, std::uint32_t) { return read_as<T>(range, count, values); });
+}
+
+// Doubles are what numbers of every type are converted to.
+int read_values(void* handle, std::uint64_t first, std::uint64_t count, double* values)
+{
+    const auto is_number = [](std::uint32_t type) {
+        return (type >= TDMS_TYPE_INT8 && type <= TDMS_TYPE_DOUBLE) || type == TDMS_TYPE_BOOL;
+    };
+    return with_range(handle, first, count, values, is_number,
+                      [&](value_range& range, std::uint32_t type) -> int {
+                          switch (type) {
+#define TDMS_CASE(suffix, T, code)                            \
+    case code:                                                \
+        if constexpr (!std::is_same_v<T, timestamp_fields>) { \
+            return read_as<T>(range, count, values);          \
+        }                                                     \
+        break;
+                              TDMS_FIXED_SIZE_ELEMENTS(TDMS_CASE)
+#undef TDMS_CASE
+                              default:
+                                  break;
+                          }
+                          return TDMS_CHANNEL_DATATYPE;
+                      });
+}
+
+// A part of one block of strings: the ends that its table states, and where the strings begin.
+class string_part {
+  public:
+    string_part(file_window& window, const block_run& run, std::uint64_t block, std::uint64_t first,
+                std::uint64_t count)
+        : window_(window),
+          table_(block + 4 * first),
+          texts_(block + 4 * run.values),
+          texts_size_(run.size - 4 * run.values),
+          first_(first),
+          count_(count)
+    {
+    }
+
+    /// Finds the first string's begin and the last one's end. @return whether they can be
+    bool find_ends()
+    {
+        const auto end_at = [this](std::uint64_t offset, std::uint64_t& end) {
+            const unsigned char* const stored = window_.view(offset, 4);
+            if (stored != nullptr) end = load<std::uint32_t>(stored, true);
+            return stored != nullptr;
+        };
+        if (first_ != 0 && !end_at(table_ - 4, begin_)) return false;
+        return end_at(table_ + 4 * (count_ - 1), end_) && begin_ <= end_ && end_ <= texts_size_;
+    }
+
+    std::uint64_t text_offset() const { return texts_ + begin_; }
+    std::uint64_t text_size() const { return end_ - begin_; }
+
+    /// Calls `use(length)` for each string. @return whether none ends before it begins, and they
+    /// end where the last one does
+    template <class Use>
+    bool visit_lengths(Use use)
+    {
+        std::uint64_t begin = begin_;
+        std::uint64_t offset = table_;
+        for (std::uint64_t left = count_; left != 0;) {
+            const std::uint64_t part = std::min<std::uint64_t>(left, most_at_once / 4);
+            const unsigned char* const ends = window_.view(offset, 4 * part);
+            if (ends == nullptr) return false;
+            for (std::uint64_t i = 0; i != part; ++i) {
+                const std::uint64_t end = load<std::uint32_t>(ends + 4 * i, true);
+                if (end < begin || end > end_) return false;
+                use(end - begin);
+                begin = end;
+            }
+            offset += 4 * part;
+            left -= part;
+        }
+        return begin == end_;
+    }
+
+  private:
+    file_window& window_;
+    std::uint64_t table_;  // offset of the first string's entry
+    std::uint64_t texts_;
+    std::uint64_t texts_size_;
+    std::uint64_t first_;
+    std::uint64_t count_;
+    std::uint64_t begin_ = 0;  // counted from the beginning of the block's strings
+    std::uint64_t end_ = 0;
+};
+
+// Calls `use(part)` for the part of each block of strings that a range reaches.
+template <class Use>
+int for_each_string_part(const stored_values& values, file_window& tables, std::uint64_t first,
+                         std::uint64_t count, Use use)
+{
+    return values.channel->for_each_block(
+        first, count,
+        [&](const block_run& run, std::uint64_t block, std::uint64_t skipped, std::uint64_t part) {
+            string_part strings(tables, run, block, skipped, part);
+            return strings.find_ends() && use(strings) ? TDMS_OK : TDMS_CHANNEL_DATA_READ;
+        });
+}
+
+// Locates a range of a channel's strings, and the bytes that they take with a NUL each.
+int locate_strings(channel& c, std::uint64_t first, std::uint64_t count, stored_values& values,
+                   std::uint64_t& size)
+{
+    if (const int status = locate_values(c, values)) return status;
+    if (values.data_type != 0 && values.data_type != TDMS_TYPE_STRING) return TDMS_CHANNEL_DATATYPE;
+    if (const int status = check_range(values, first, count)) return status;
+    size = count;
+    if (count == 0) return TDMS_OK;
+    file_window tables(values.file, values.file_size);
+    return for_each_string_part(values, tables, first, count, [&size](const string_part& part) {
+        size += part.text_size();
+        return true;
+    });
+}
+
+// Reads strings into a buffer of `size` bytes. The bytes of a block come first, to the end of where
+// they will be, and move to the front string by string.
+int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t count,
+                 char* buffer, std::uint64_t size, const char** texts)
+{
+    file_window tables(values.file, values.file_size);
+    file_window bytes(values.file, values.file_size);
+    std::uint64_t room = size - count;  // for other bytes than a NUL for each string
+    const auto read_part = [&](string_part& part, std::uint64_t strings) {
+        // The file may have changed since its size was found out.
+        if (part.text_size() > room) return false;
+        room -= part.text_size();
+        const char* text = buffer + strings;
+        auto* const target = reinterpret_cast<unsigned char*>(buffer + strings);
+        if (!bytes.read(part.text_offset(), part.text_size(), target)) return false;
+        return part.visit_lengths([&](std::uint64_t length) {
+            *texts++ = buffer;
+            std::memmove(buffer, text, length);
+            text += length;
+            buffer += length;
+            *buffer++ = '\0';
+        });
+    };
+    return values.channel->for_each_block(
+        first, count,
+        [&](const block_run& run, std::uint64_t block, std::uint64_t skipped, std::uint64_t part) {
+            string_part strings(tables, run, block, skipped, part);
+            if (!strings.find_ends() || !read_part(strings, part)) return TDMS_CHANNEL_DATA_READ;
+            *texts = buffer;
+            return TDMS_OK;
+        });
+}
+
+// Whether every string of the range is where its table says; nothing is written before that.
+int check_tables(const stored_values& values, std::uint64_t first, std::uint64_t count)
+{
+    file_window tables(values.file, values.file_size);
+    return for_each_string_part(values, tables, first, count, [](string_part& part) {
+        return part.visit_lengths([](std::uint64_t) {});
+    });
+}
+
+}  // namespace
+}  // namespace tdms
+
+#define TDMS_DEFINE_RANGE_READER(suffix, type, code)                                    \
+    int tdms_read_##suffix(void* channel, uint64_t first, uint64_t count, type* values) \
+    {                                                                                   \
+        return tdms::read_values(channel, first, count, values);                        \
+    }
+TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_RANGE_READER)
+
+int tdms_read_nanoseconds(void* channel, uint64_t first, uint64_t count, int64_t* values)
+{
+    return tdms::with_range(
+        channel, first, count, values,
+        [](std::uint32_t type) { return type == TDMS_TYPE_TIMESTAMP; },
+        [values](tdms::value_range& range, std::uint32_t) {
+            std::int64_t* next = values;
+            return range.read_piecemeal(tdms::timestamp_size,
+                                        [&next](const unsigned char* bytes, std::uint64_t part) {
+                                            tdms::decode_nanoseconds(bytes, part, next);
+                                            next += part;
+                                        });
+        });
+}
+
+int tdms_get_num_values(void* channel, uint64_t* count, uint64_t* lost)
+{
+    return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) {
+        tdms::stored_values values{};
+        if (const int status = tdms::locate_values(c, values)) return status;
+        if (count != nullptr) *count = values.count();
+        if (lost != nullptr) *lost = values.channel == nullptr ? 0 : values.channel->lost();
+        return int{TDMS_OK};
+    });
+}
+
+int tdms_get_string_size(void* channel, uint64_t first, uint64_t count, uint64_t* size)
+{
+    return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) -> int {
+        if (size == nullptr) return TDMS_ARGUMENT;
+        tdms::stored_values values{};
+        std::uint64_t needed = 0;
+        if (const int status = tdms::locate_strings(c, first, count, values, needed)) return status;
+        *size = needed;
+        return TDMS_OK;
+    });
+}
+
+int tdms_read_string(void* channel, uint64_t first, uint64_t count, char* buffer, uint64_t size,
+                     const char** texts)
+{
+    return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) -> int {
+        if (texts == nullptr || (buffer == nullptr && size != 0)) return TDMS_ARGUMENT;
+        tdms::stored_values values{};
+        std::uint64_t needed = 0;
+        if (const int status = tdms::locate_strings(c, first, count, values, needed)) return status;
+        if (size < needed) return TDMS_PROPERTY_BUFFER;
+        if (count == 0) {
+            *texts = buffer;
+            return TDMS_OK;
+        }
+        if (const int status = tdms::check_tables(values, first, count)) return status;
+        return tdms::read_strings(values, first, count, buffer, needed, texts);
+    });
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <limits>
+
+#include "core/object_model.h"
+
+namespace tdms {
+
+/// The bytes of `count` values. A product that does not fit becomes a size that no memory has.
+inline std::size_t size_of(std::uint64_t count, std::size_t value_size)
+{
+    constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
+    return count > most / value_size ? most : count * value_size;
+}
+
+/// Strings as they are staged: where each ends, and their bytes.
+struct staged_strings {
+    byte_vector& ends;
+    byte_vector& bytes;
+};
+
+/// Appends strings; a null one is an exception. If there is an exception, `to` may have grown.
+void append_strings(std::uint64_t count, const char* const* values, staged_strings to);
+
+/// Whether the channel has staged values that no save has written.
+inline bool is_unsaved(const channel& c)
+{
+    const std::uint64_t saves = c.group->file->segment_count;
+    return c.saves_at_staging == saves && (!c.data.empty() || !c.text_ends.empty());
+}
+
+}  // namespace tdms

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstring>
+#include <exception>
+#include <stdexcept>
+
+#include "core/handles.h"
+
+namespace tdms {
+
+/// Runs the work of a tdms_ function. No exception leaves it: the only ones that the library's own
+/// code lets happen are about data types and about memory, or the lack of another resource.
+template <class Work>
+int guarded(Work work)
+{
+    try {
+        return work();
+    } catch (const std::out_of_range&) {
+        return TDMS_DATATYPE;
+    } catch (const std::exception&) {
+        return TDMS_MEMORY;
+    }
+}
+
+/// The object of a handle; null for a null handle, and for one of another kind.
+template <class Object>
+Object* object_of(void* handle)
+{
+    if (handle == nullptr) return nullptr;
+    handle_tag tag{};
+    std::memcpy(&tag, handle, sizeof tag);
+    return tag == level<Object>::tag ? static_cast<Object*>(handle) : nullptr;
+}
+
+/// Hands the object of a handle to `use`, whose result is returned, without exceptions. Nothing
+/// here depends on names or on the number of objects.
+template <class Object, class Use>
+int guarded(void* handle, Use use)
+{
+    auto* const object = object_of<Object>(handle);
+    if (object == nullptr) return TDMS_ARGUMENT;
+    return guarded([&]() -> int { return use(*object); });
+}
+
+/// The same for what changes a file: one that cannot be written to is TDMS_FILE_HANDLE.
+template <class Object, class Use>
+int guarded_change(void* handle, Use use)
+{
+    return guarded<Object>(handle, [&](Object& object) -> int {
+        const option& file = *file_of(&object);
+        if (!file.writable || file.stream == nullptr) return TDMS_FILE_HANDLE;
+        return use(object);
+    });
+}
+
+}  // namespace tdms

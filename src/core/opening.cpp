@@ -1,0 +1,230 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "core/guarded.h"
+#include "core/registry.h"
+#include "core/written_file.h"
+#include "reader/file_window.h"
+#include "reader/tree_reader.h"
+
+namespace tdms {
+namespace {
+
+enum class open_mode { read, write, append };
+
+// A file on its way to becoming a handle's. What does not get there is closed, and a file that was
+// made for it is removed; errno stays what the reason was.
+class file_on_its_way {
+  public:
+    ~file_on_its_way()
+    {
+        const int reason = errno;
+        if (stream_ != nullptr) std::fclose(stream_);
+        if (created_) unlink(path_);
+        errno = reason;
+    }
+    file_on_its_way(const file_on_its_way&) = delete;
+    file_on_its_way& operator=(const file_on_its_way&) = delete;
+
+    file_on_its_way(const char* path, open_mode mode) : path_(path), mode_(mode) {}
+
+    int file() const { return fileno(stream_); }
+
+    /// Opens the file, and locks it if it is to be written to. Nothing in it changes.
+    /// @return the size, or less than 0 with errno
+    std::int64_t open()
+    {
+        descriptor opened(open_descriptor());
+        if (opened.get() < 0 || !lock(opened.get())) return -1;
+        stream_ = fdopen(opened.get(), mode_ == open_mode::read ? "rb" : "a+b");
+        if (stream_ == nullptr) return -1;
+        // save_file() and the window need no buffer between.
+        std::setvbuf(stream_, nullptr, _IONBF, 0);
+        struct stat facts {};
+        if (fstat(opened.release(), &facts) != 0) return -1;
+        if (S_ISDIR(facts.st_mode)) {
+            errno = EISDIR;
+            return -1;
+        }
+        // A pipe or a terminal has no offsets.
+        return lseek(file(), 0, SEEK_END);
+    }
+
+    bool empty()
+    {
+        struct stat facts {};
+        return fstat(file(), &facts) == 0 && (!S_ISREG(facts.st_mode) || ftruncate(file(), 0) == 0);
+    }
+
+    std::FILE* release()
+    {
+        created_ = false;
+        return std::exchange(stream_, nullptr);
+    }
+
+  private:
+    int open_descriptor()
+    {
+        // Without waiting for somebody to write to a pipe.
+        if (mode_ == open_mode::read) return ::open(path_, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        constexpr int flags = O_RDWR | O_APPEND | O_NONBLOCK | O_CLOEXEC;
+        const int existing = ::open(path_, flags);
+        if (existing >= 0 || errno != ENOENT || mode_ == open_mode::append) return existing;
+        const int created = ::open(path_, flags | O_CREAT | O_EXCL, 0666);
+        created_ = created >= 0;
+        if (created_ || errno != EEXIST) return created;
+        // A link to nothing, or a file that somebody else has just made.
+        return ::open(path_, flags | O_CREAT, 0666);
+    }
+
+    // Two programs that write one file would destroy it. Not every file system has locks.
+    bool lock(int file)
+    {
+        if (mode_ == open_mode::read) return true;
+        int result = 0;
+        do {
+            result = flock(file, LOCK_EX | LOCK_NB);
+        } while (result != 0 && errno == EINTR);
+        if (result == 0 || errno != EWOULDBLOCK) return true;
+        created_ = false;  // another program has it now
+        return false;
+    }
+
+    const char* path_;
+    open_mode mode_;
+    std::FILE* stream_ = nullptr;
+    bool created_ = false;
+};
+
+// Makes a file that was read, or is to be written, the handle's.
+int become_handle(std::shared_ptr<option> opened, file_on_its_way& from, open_mode mode,
+                  void** handle)
+{
+    registry& open = open_files();
+    const std::lock_guard guard(open.lock);
+    // Room in the registry comes first: without it, no file is emptied.
+    if (open.files.size() == open.files.capacity()) open.files.reserve(2 * open.files.size() + 1);
+    if (mode == open_mode::write && !from.empty()) return TDMS_FILE_PATH;
+    opened->stream = from.release();
+    *handle = opened.get();
+    open.files.push_back(std::move(opened));
+    return TDMS_OK;
+}
+
+// A save states no values that it was not given.
+void forget_latest_counts(option& file)
+{
+    for (auto& [group_path, g] : file.groups) {
+        for (auto& [channel_path, c] : g->channels) c->chunk_count = 0;
+    }
+}
+
+int open(const char* path, open_mode mode, void** handle)
+{
+    auto opened = std::make_shared<option>();
+    file_on_its_way from(path, mode);
+    const std::int64_t size = from.open();
+    if (size < 0) return TDMS_FILE_PATH;
+    if (mode != open_mode::write) {
+        const int status =
+            read_all_segments(*opened, from.file(), static_cast<std::uint64_t>(size));
+        if (status != TDMS_OK) return status;
+    }
+    opened->writable = mode != open_mode::read;
+    opened->saved_size = opened->file_size;
+    opened->entry_synced = mode == open_mode::append;
+    opened->segment_count = mode == open_mode::append ? 1 : 0;
+    if (mode == open_mode::append) forget_latest_counts(*opened);
+    return become_handle(std::move(opened), from, mode, handle);
+}
+
+int open_partial(const char* path, void** handle, std::uint64_t* rest)
+{
+    auto opened = std::make_shared<option>();
+    file_on_its_way from(path, open_mode::read);
+    const std::int64_t size = from.open();
+    if (size < 0) return TDMS_FILE_PATH;
+    const int status = read_intact_segments(*opened, from.file(), static_cast<std::uint64_t>(size));
+    if (status != TDMS_OK) return status;
+    const std::uint64_t after = static_cast<std::uint64_t>(size) - opened->file_size;
+    const int registered = become_handle(std::move(opened), from, open_mode::read, handle);
+    if (registered == TDMS_OK && rest != nullptr) *rest = after;
+    return registered;
+}
+
+int refresh(option& file, std::uint64_t* rest)
+{
+    std::uint64_t after = 0;
+    if (!file.writable) {
+        const std::int64_t size = file.stream == nullptr ? -1 : size_of_file(fileno(file.stream));
+        if (size < 0 || static_cast<std::uint64_t>(size) < file.file_size) return TDMS_FILE_READ;
+        read_appended_segments(file, fileno(file.stream), static_cast<std::uint64_t>(size));
+        after = static_cast<std::uint64_t>(size) - file.file_size;
+    }
+    if (rest != nullptr) *rest = after;
+    return TDMS_OK;
+}
+
+// Closes what is registered under the address; nothing else is a handle.
+int close(void** handle)
+{
+    registry& open = open_files();
+    const std::lock_guard guard(open.lock);
+    const auto entry = std::find_if(open.files.begin(), open.files.end(),
+                                    [handle](const auto& held) { return held.get() == *handle; });
+    if (entry == open.files.end()) return TDMS_ARGUMENT;
+    option& closing = **entry;
+    int error = closing.write_error;
+    if (closing.stream != nullptr) {
+        if (closing.writable && std::ferror(closing.stream) != 0 && error == 0) error = EIO;
+        if (!cut_back(closing) && error == 0) error = errno;
+        if (std::fclose(closing.stream) != 0 && closing.writable && error == 0) error = errno;
+        closing.stream = nullptr;
+    }
+    // The handle's last owner may be somebody who looked into the registry.
+    closing.groups.clear();
+    closing.properties.clear();
+    closing.stored.reset();
+    closing.reader.reset();
+    open.files.erase(entry);
+    *handle = nullptr;
+    if (error == 0) return TDMS_OK;
+    errno = error;
+    return TDMS_WRITE;
+}
+
+}  // namespace
+}  // namespace tdms
+
+int tdms_open(const char* path, const char* mode, void** file)
+{
+    if (path == nullptr || mode == nullptr || file == nullptr) return TDMS_ARGUMENT;
+    return tdms::guarded([&]() -> int {
+        const std::string_view wanted = mode;
+        if (wanted == "r") return tdms::open(path, tdms::open_mode::read, file);
+        if (wanted == "w") return tdms::open(path, tdms::open_mode::write, file);
+        if (wanted == "a") return tdms::open(path, tdms::open_mode::append, file);
+        return TDMS_ARGUMENT;
+    });
+}
+
+int tdms_open_partial(const char* path, void** file, uint64_t* rest)
+{
+    if (path == nullptr || file == nullptr) return TDMS_ARGUMENT;
+    return tdms::guarded([&] { return tdms::open_partial(path, file, rest); });
+}
+
+int tdms_refresh(void* file, uint64_t* rest)
+{
+    return tdms::guarded<tdms::option>(
+        file, [rest](tdms::option& opened) { return tdms::refresh(opened, rest); });
+}
+
+int tdms_close(void** file)
+{
+    if (file == nullptr || *file == nullptr) return TDMS_ARGUMENT;
+    return tdms::guarded([file] { return tdms::close(file); });
+}

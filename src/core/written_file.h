@@ -1,0 +1,18 @@
+#pragma once
+
+#include "core/object_model.h"
+
+namespace tdms {
+
+/// A descriptor by which the file of a handle can be read; less than 0 if there is none. A stream
+/// that was opened for writing only gets a second one.
+int reading_descriptor(option& file);
+
+/// Finds out where the last intact save of a writable file ends, after save_file() has passed it
+/// to the stream. What failed on the way is kept in `write_error`.
+void find_saved_size(option& file);
+
+/// Removes what is after the last intact save. @return whether nothing is there; if not, errno
+bool cut_back(option& file);
+
+}  // namespace tdms

@@ -1,0 +1,33 @@
+#include "reader/stored_values.h"
+
+#include "core/written_file.h"
+
+namespace tdms {
+
+int locate_values(channel& c, stored_values& found)
+{
+    option& file = *c.group->file;
+    found.file = reading_descriptor(file);
+    if (found.file < 0) return TDMS_CHANNEL_DATA_READ;
+    find_saved_size(file);
+    found.file_size = file.writable ? file.saved_size : file.file_size;
+    if (file.stored == nullptr) file.stored = std::make_shared<value_index>();
+    if (file.stored->update(found.file, found.file_size) != TDMS_OK) return TDMS_CHANNEL_DATA_READ;
+    found.channel = file.stored->find(c.path);
+    found.data_type = c.data_type;
+    if (found.data_type == 0 && found.channel != nullptr) {
+        found.data_type = found.channel->data_type();
+    }
+    return TDMS_OK;
+}
+
+int stored_type(channel& c, std::uint32_t& type)
+{
+    if (!c.group->file->objects_removed) return TDMS_OK;
+    stored_values found{};
+    if (const int status = locate_values(c, found)) return status;
+    type = found.data_type;
+    return TDMS_OK;
+}
+
+}  // namespace tdms

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "core/object_model.h"
+#include "reader/value_index.h"
+
+namespace tdms {
+
+/// The values that a file holds of one channel, to be read in any range.
+struct stored_values {
+    const stored_channel* channel;  // null if the file does not list it
+    std::uint32_t data_type;        // 0 if it has none
+    int file;                       // descriptor
+    std::uint64_t file_size;
+
+    std::uint64_t count() const { return channel == nullptr ? 0 : channel->count(); }
+};
+
+/// Locates a channel's values. The first call for a file walks over its metadata, a later one over
+/// what was appended since. @return 0 or TDMS_CHANNEL_DATA_READ
+int locate_values(channel& c, stored_values& found);
+
+/// The type that the file may know of a channel without a type in memory: one that was removed
+/// there and created again. @return as locate_values()
+int stored_type(channel& c, std::uint32_t& type);
+
+}  // namespace tdms

@@ -1,0 +1,197 @@
+#include "reader/value_index.h"
+
+#include <algorithm>
+
+#include "reader/object_path.h"
+
+namespace tdms {
+namespace {
+
+// What no segment can hold.
+constexpr std::uint64_t too_much = ~std::uint64_t{0};
+
+std::uint64_t sum_of(std::uint64_t a, std::uint64_t b)
+{
+    std::uint64_t sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? too_much : sum;
+}
+
+// The bytes of a value of a type with a fixed size; 0 for any other.
+std::uint32_t value_size(std::uint32_t type)
+{
+    switch (type) {
+#define TDMS_CASE(suffix, T, code) \
+    case code:                     \
+        return stored_size<T>;
+        TDMS_FIXED_SIZE_ELEMENTS(TDMS_CASE)
+#undef TDMS_CASE
+        default:
+            return 0;
+    }
+}
+
+}  // namespace
+
+std::vector<block_run>::const_iterator stored_channel::run_of(std::uint64_t value) const
+{
+    const auto after = [](std::uint64_t v, const block_run& run) { return v < run.first; };
+    return std::prev(std::upper_bound(runs_.begin(), runs_.end(), value, after));
+}
+
+void stored_channel::add_block(std::uint64_t offset, std::uint64_t values, std::uint64_t size)
+{
+    if (!runs_.empty()) {
+        block_run& last = runs_.back();
+        const std::uint64_t distance = offset - (last.offset + (last.blocks - 1) * last.distance);
+        if (last.values == values && last.size == size &&
+            (last.blocks == 1 || last.distance == distance)) {
+            last.distance = distance;
+            ++last.blocks;
+            count_ += values;
+            return;
+        }
+    }
+    runs_.push_back({count_, offset, 0, 1, values, size});
+    count_ += values;
+}
+
+int value_index::update(int file, std::uint64_t size)
+{
+    if (end_ == size) return TDMS_OK;
+    // Whatever happens on the way, the index is complete or empty.
+    struct rollback {
+        value_index* index;
+        ~rollback()
+        {
+            if (index != nullptr) index->forget();
+        }
+    } on_failure{this};
+    file_window window(file, size);
+    const int status =
+        end_ > size ? TDMS_FILE_READ : walk_segments(window, end_, size, [this](const segment& s) {
+            return add_segment(s);
+        });
+    if (status == TDMS_OK) on_failure.index = nullptr;
+    return status;
+}
+
+void value_index::forget()
+{
+    channels_.clear();
+    finder_ = object_finder<stored_channel>(channels_);
+    end_ = 0;
+}
+
+const stored_channel* value_index::find(std::string_view path) const
+{
+    const auto found = channels_.find(path);
+    return found == channels_.end() ? nullptr : found->second.get();
+}
+
+int value_index::object(std::string_view path, metadata_cursor& cursor)
+{
+    stored_channel* owner = finder_.find(path);
+    if (owner == nullptr) {
+        const object_kind kind = parse_object_path(path).kind;
+        if (kind == object_kind::invalid) return TDMS_CHANNEL_READ;
+        if (kind != object_kind::channel) {
+            const bool empty = skip_index(cursor) == index_none;
+            if (!empty) blocks_.push_back({nullptr, 0, 0, false, false, false});
+            return TDMS_OK;
+        }
+        owner = &finder_.add(path);
+    }
+    const raw_data_index index = read_raw_data_index(cursor);
+    if (!cursor.ok()) return TDMS_CHANNEL_READ;
+    return state(*owner, index);
+}
+
+int value_index::state(stored_channel& owner, const raw_data_index& index)
+{
+    const std::uint64_t count_before = owner.latest_count_;
+    const bool stated_before = owner.stated_;
+    if (const int status = apply_index(index, owner.data_type_, owner.latest_count_)) return status;
+    if (index.form == index_none) return TDMS_OK;
+    if (is_explicit(index.form)) {
+        owner.stated_ = true;
+        owner.strings_ = index.form == index_string;
+        const std::uint32_t each = value_size(index.data_type);
+        owner.size_known_ = owner.strings_ || each != 0 || index.value_count == 0;
+        owner.latest_size_ = index.byte_count;
+        if (!owner.strings_ &&
+            __builtin_mul_overflow(index.value_count, each, &owner.latest_size_)) {
+            owner.latest_size_ = too_much;
+        }
+    }
+    const bool strings = owner.strings_;
+    const bool has_table = !strings || owner.latest_count_ <= owner.latest_size_ / 4;
+    // A string channel states the bytes that it has; they are 0 if it was not staged.
+    const bool repeated = !is_explicit(index.form) ||
+                          (!strings && stated_before && owner.latest_count_ == count_before);
+    blocks_.push_back({&owner, owner.latest_count_, owner.latest_size_, owner.size_known_,
+                       has_table && strings == (owner.data_type_ == TDMS_TYPE_STRING), repeated});
+    return TDMS_OK;
+}
+
+int value_index::add_segment(const segment& s)
+{
+    blocks_.clear();
+    if (const int status = walk_objects(s.metadata, *this)) return status;
+    const bool sizes_known = std::all_of(blocks_.begin(), blocks_.end(),
+                                         [](const stated_block& b) { return b.size_known; });
+    const std::uint64_t stated = total_size(true);
+    // More bytes than stated are further chunks, of which the first one counts.
+    if (stated == s.raw_length || (sizes_known && stated < s.raw_length)) {
+        add_blocks(s, [](const stated_block& b) { return b.size_known; });
+    } else if (!sizes_known) {
+        // What precedes a block of unknown size is where its predecessors end.
+        bool known = stated < s.raw_length;
+        add_blocks(s, [&known](const stated_block& b) { return known = known && b.size_known; });
+    } else if (only_timestamps()) {
+        const stated_block& last = blocks_.back();
+        const bool last_stored = last.size == s.raw_length;
+        add_blocks(s, [&](const stated_block& b) { return last_stored && &b == &last; });
+    } else {
+        const bool decided = total_size(false) == s.raw_length;
+        add_blocks(s, [decided](const stated_block& b) { return decided && !b.repeated; });
+    }
+    return TDMS_OK;
+}
+
+std::uint64_t value_index::total_size(bool with_repeated) const
+{
+    std::uint64_t size = 0;
+    for (const stated_block& b : blocks_) {
+        if (b.size_known && (with_repeated || !b.repeated)) size = sum_of(size, b.size);
+    }
+    return size;
+}
+
+// Whether the segment is one of save_file() for several timestamp channels.
+bool value_index::only_timestamps() const
+{
+    return blocks_.size() > 1 &&
+           std::all_of(blocks_.begin(), blocks_.end(), [](const stated_block& b) {
+               return b.owner->data_type_ == TDMS_TYPE_TIMESTAMP;
+           });
+}
+
+// Adds the blocks that are there, one after the other; the values of all others are lost.
+template <class IsThere>
+void value_index::add_blocks(const segment& s, IsThere is_there)
+{
+    std::uint64_t offset = s.raw_offset;
+    for (const stated_block& b : blocks_) {
+        const bool there = is_there(b);
+        if (b.owner != nullptr && b.values != 0) {
+            if (there && b.readable) {
+                b.owner->add_block(offset, b.values, b.size);
+            } else {
+                b.owner->lost_ = sum_of(b.owner->lost_, b.values);
+            }
+        }
+        if (there) offset += b.size;
+    }
+}
+
+}  // namespace tdms
