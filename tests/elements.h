@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <string_view>
+#include <vector>
 
 #include "tdms.h"
 
@@ -26,6 +28,22 @@ TEST_TEXT_GETTER(file)
 TEST_TEXT_GETTER(group)
 TEST_TEXT_GETTER(channel)
 
+// So does the reader of strings. It keeps what it read last.
+inline int tdms_read_string(void* channel, std::uint64_t first, std::uint64_t count,
+                            const char** texts)
+{
+    static thread_local std::vector<char> buffer;
+    static thread_local std::vector<const char*> pointers;
+    std::uint64_t size = 0;
+    if (const int status = tdms_get_string_size(channel, first, count, &size)) return status;
+    buffer.resize(size);
+    pointers.resize(count + 1);
+    const int status =
+        tdms_read_string(channel, first, count, buffer.data(), size, pointers.data());
+    if (status == TDMS_OK) std::copy_n(pointers.begin(), count, texts);
+    return status;
+}
+
 #define TEST_ELEMENT(suffix, type, type_code, ...)                              \
     struct element_##suffix {                                                   \
         using value = type;                                                     \
@@ -34,6 +52,9 @@ TEST_TEXT_GETTER(channel)
         static constexpr type samples[] = {__VA_ARGS__};                        \
         static constexpr auto set = set_channel_data_##suffix;                  \
         static constexpr auto get = get_channel_data_##suffix;                  \
+        static constexpr auto append = tdms_append_##suffix;                    \
+        static constexpr int (*read)(void*, std::uint64_t, std::uint64_t,       \
+                                     type*) = tdms_read_##suffix;               \
         static constexpr property_functions<type> properties[] = {              \
             {create_file_property_##suffix, get_file_property_##suffix},        \
             {create_group_property_##suffix, get_group_property_##suffix},      \

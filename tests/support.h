@@ -71,6 +71,49 @@ struct open_tdms : file_handle {
     int status;
 };
 
+// The same by the second interface.
+struct tdms_file : file_handle {
+    tdms_file(const scratch_file& file, const char* mode)
+        : status(tdms_open(file.path(), mode, &handle))
+    {
+    }
+    explicit tdms_file(const scratch_file& partial)
+        : status(tdms_open_partial(partial.path(), &handle, &rest))
+    {
+    }
+
+    // The channel of that name, created if it is not there.
+    void* channel(const char* group_name, const char* name) const
+    {
+        void* group = nullptr;
+        void* channel = nullptr;
+        if (tdms_find_group(handle, group_name, &group) != TDMS_OK) {
+            EXPECT_EQ(0, tdms_create_group(handle, group_name, &group));
+        }
+        if (tdms_find_channel(group, name, &channel) != TDMS_OK) {
+            EXPECT_EQ(0, tdms_create_channel(group, name, &channel));
+        }
+        return channel;
+    }
+
+    void save_and_close()
+    {
+        EXPECT_EQ(0, tdms_save(handle));
+        EXPECT_EQ(0, tdms_close(&handle));
+    }
+
+    std::uint64_t rest = 0;
+    int status;
+};
+
+// How many values of a channel can be read, and how many are lost.
+inline std::pair<std::uint64_t, std::uint64_t> found_and_lost(void* channel)
+{
+    std::pair<std::uint64_t, std::uint64_t> numbers{~0ull, ~0ull};
+    EXPECT_EQ(0, tdms_get_num_values(channel, &numbers.first, &numbers.second));
+    return numbers;
+}
+
 // A new file with channel c in group g.
 struct new_file {
     const scratch_file scratch;

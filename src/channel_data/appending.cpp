@@ -13,18 +13,9 @@ int check_type(channel& c, std::uint32_t type)
 {
     std::uint32_t known = c.data_type;
     if (known == 0) {
-        if (const int status = stored_type(c, known)) return status;
+        if (const int status = type_in_file(c, known)) return status;
     }
     return known == 0 || known == type ? TDMS_OK : TDMS_CHANNEL_DATATYPE;
-}
-
-// What a save has written is not added to.
-void drop_saved_values(channel& c)
-{
-    if (is_unsaved(c)) return;
-    c.data.clear();
-    c.text_ends.clear();
-    c.chunk_count = 0;
 }
 
 void count_values(channel& c, std::uint32_t type, std::uint64_t count)
@@ -58,7 +49,10 @@ int append_encoded(void* handle, std::uint32_t type, std::uint32_t value_size, s
         if (const int status = check_type(c, type)) return status;
         const std::size_t size = size_of(count, value_size);
         make_room(c.data, size);
-        drop_saved_values(c);
+        if (!is_unsaved(c)) {  // what a save has written is not added to
+            c.data.clear();
+            c.chunk_count = 0;
+        }
         const std::size_t before = c.data.size();
         c.data.resize(before + size);
         encode(c.data.data() + before);
@@ -80,10 +74,12 @@ int append_texts(void* handle, std::uint64_t count, const char* const* values)
         if (values == nullptr && count != 0) return TDMS_ARGUMENT;
         if (std::find(values, values + count, nullptr) != values + count) return TDMS_ARGUMENT;
         if (const int status = check_type(c, TDMS_TYPE_STRING)) return status;
-        const bool add = is_unsaved(c) || c.data.empty();
+        // What a save has written stays as it is until the new strings are complete.
+        const bool unsaved = is_unsaved(c);
+        const bool in_place = unsaved || c.text_ends.empty();
         byte_vector bytes;
         byte_vector ends;
-        const staged_strings to{add ? c.text_ends : ends, add ? c.data : bytes};
+        const staged_strings to{in_place ? c.text_ends : ends, in_place ? c.data : bytes};
         const std::size_t old_bytes = to.bytes.size();
         const std::size_t old_ends = to.ends.size();
         const auto undo = [&] {
@@ -101,11 +97,11 @@ int append_texts(void* handle, std::uint64_t count, const char* const* values)
             undo();
             return TDMS_ARGUMENT;
         }
-        if (!add) {
-            drop_saved_values(c);
+        if (!in_place) {
             c.data.swap(bytes);
             c.text_ends.swap(ends);
         }
+        if (!unsaved) c.chunk_count = 0;
         count_values(c, TDMS_TYPE_STRING, count);
         return TDMS_OK;
     });

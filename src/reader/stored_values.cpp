@@ -14,20 +14,19 @@ int locate_values(channel& c, stored_values& found)
     if (file.stored == nullptr) file.stored = std::make_shared<value_index>();
     if (file.stored->update(found.file, found.file_size) != TDMS_OK) return TDMS_CHANNEL_DATA_READ;
     found.channel = file.stored->find(c.path);
-    found.data_type = c.data_type;
-    if (found.data_type == 0 && found.channel != nullptr) {
-        found.data_type = found.channel->data_type();
-    }
+    found.data_type = found.channel == nullptr ? 0 : found.channel->data_type();
+    if (found.data_type == 0) found.data_type = c.data_type;
     return TDMS_OK;
 }
 
-int stored_type(channel& c, std::uint32_t& type)
+int type_in_file(channel& c, std::uint32_t& type)
 {
+    type = c.data_type;
     if (!c.group->file->objects_removed) return TDMS_OK;
     stored_values found{};
-    if (const int status = locate_values(c, found)) return status;
-    type = found.data_type;
-    return TDMS_OK;
+    const int status = locate_values(c, found);
+    if (status == TDMS_OK) type = found.data_type;
+    return status;
 }
 
 }  // namespace tdms

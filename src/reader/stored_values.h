@@ -8,7 +8,7 @@ namespace tdms {
 /// The values that a file holds of one channel, to be read in any range.
 struct stored_values {
     const stored_channel* channel;  // null if the file does not list it
-    std::uint32_t data_type;        // 0 if it has none
+    std::uint32_t data_type;        // the file's, else that in memory; 0 if there is none
     int file;                       // descriptor
     std::uint64_t file_size;
 
@@ -19,8 +19,8 @@ struct stored_values {
 /// what was appended since. @return 0 or TDMS_CHANNEL_DATA_READ
 int locate_values(channel& c, stored_values& found);
 
-/// The type that the file may know of a channel without a type in memory: one that was removed
-/// there and created again. @return as locate_values()
-int stored_type(channel& c, std::uint32_t& type);
+/// The type that the values of a channel must have. The file may know another one than memory, of a
+/// channel that was removed from there and created again. @return as locate_values()
+int type_in_file(channel& c, std::uint32_t& type);
 
 }  // namespace tdms

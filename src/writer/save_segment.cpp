@@ -86,7 +86,7 @@ int check_everything(option& file)
         if (!reads_back(c)) status = TDMS_ARGUMENT;
         // A channel that was removed from memory and created again keeps its type in the file.
         std::uint32_t type = c.data_type;
-        if (status == TDMS_OK && type != 0) status = stored_type(c, type);
+        if (status == TDMS_OK && type != 0) status = type_in_file(c, type);
         if (status == TDMS_OK && type != c.data_type) status = TDMS_CHANNEL_DATATYPE;
     });
     return status;
