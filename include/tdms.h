@@ -2,10 +2,17 @@
  * @file tdms.h
  * @brief Reads and writes measurement files in the TDMS format.
  *
- * A file holds a tree: one file object, named groups in it, named channels in each group. Every
- * object carries named, typed properties; every channel carries a sequence of values of one type.
+ * A file is a tree: the file, its named groups, their named channels. Every object has named, typed
+ * properties; every channel has a sequence of values of one type.
  *
- * Conventions, valid for every function unless its comment says otherwise:
+ * There are two interfaces to the same handles, the same tree and the same files. New programs take
+ * the second one, @ref tdms "tdms_", which has conventions of its own. The first one comes first,
+ * and stays as it is for the programs that were written against it; its counting, listing and
+ * deleting functions, and those for properties, serve both. Comments name the traps of the first
+ * interface, and the functions that avoid them.
+ *
+ * Conventions of the first interface, valid for every function of it unless its comment says
+ * otherwise:
  *
  *  1. The result is 0 on success and a negative status (::tdms_status) on failure. Functions that
  *     count, or that ask for a type, return the count or the type code instead of 0.
@@ -13,24 +20,24 @@
  *  2. Handles are opaque pointers. A file handle lives until close_file(); a group or channel
  *     handle until its object is deleted or replaced, its group deleted, or its file closed; none
  *     outlives the process's exit. Using a handle after that is undefined, as it is for a closed
- *     `FILE*`. The library owns what handles refer to. A null handle is answered with its level's
+ *     `FILE*`. The library owns what handles refer to. A null handle yields its level's
  *     status: #TDMS_FILE_HANDLE, #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel,
  *     #TDMS_GROUP_HANDLE means that its group is no longer in the file.
  *  3. Arrays and buffers belong to the caller, who sizes them with the matching get_num function.
  *     They may be null when there is nothing to write. Where something is to be written, a null
- *     output is answered with the status that the function names for its handle or its result.
- *  4. Names and texts are NUL-terminated byte strings, copied by the call. No character is
- *     escaped or refused; an empty name is a name.
+ *     output yields the status that the function names for its handle or its result.
+ *  4. Names and texts are NUL-terminated byte strings, copied by the call. Nothing is escaped or
+ *     rejected; empty names are valid.
  *  5. Objects are listed in the byte order of their paths, whatever the order of creation.
- *  6. Values and properties stay in memory until save_file() appends them to the file.
- *     close_file() does not save.
+ *  6. Values and properties stay in memory until save_file() or tdms_save() appends them to the
+ *     file. close_file() does not save.
  *  7. One file, with everything in it, is for one thread at a time; different files may be used by
  *     different threads at once. Opening and closing lock a registry, so they wait for each other.
- *  8. No function catches what the C++ library throws. A null name, path or mode, or a null text
- *     among string values, raises a logic error; a data type that the format does not know, met in
- *     a file, raises an out-of-range error; failed allocations raise std::bad_alloc, or
- *     std::length_error where a count is beyond any memory. Nothing is lost or left locked; in a C
- *     program these end the process.
+ *  8. C++ exceptions propagate out of these functions. A null name, path or mode, or a null among
+ *     string values, raises a logic error; a data type that the format does not know, met in a
+ *     file, raises an out-of-range error; failed allocations raise std::bad_alloc, or
+ *     std::length_error where a count is beyond any memory. The library stays consistent and
+ *     unlocked. Exceptions terminate a C program; no tdms_ function throws.
  */
 #ifndef TDMS_H
 #define TDMS_H
@@ -72,7 +79,7 @@ enum tdms_status {
     TDMS_CHANNEL_PROPERTY_REPEATED = -5019, /**< the channel has a property of that name already */
     TDMS_CHANNEL_DATATYPE = -5020,          /**< the channel holds values of another type */
     TDMS_CHANNEL_DATA_READ = -5021,         /**< the channel's values cannot be read */
-    TDMS_CHANNEL_DATA_COUNT = -5022,        /**< the number of values cannot be told */
+    TDMS_CHANNEL_DATA_COUNT = -5022,        /**< the output for the count is null */
     TDMS_PROPERTY_BUFFER = -5023,           /**< the buffer is too small */
     TDMS_ARGUMENT = -5101,                  /**< an argument is null or not allowed */
     TDMS_MEMORY = -5102,                    /**< not enough memory */
@@ -103,8 +110,10 @@ enum tdms_type {
 /**
  * A calendar time in the local time zone.
  *
- * It is written as standard time, summer time or not, and read as the local clock shows it: a time
- * within summer time comes back one hour later. Only 1970-01-01 to 2038-01-19 (UTC) reads back.
+ * Written as standard time even during daylight saving, read as local clock time; a DST time comes
+ * back one hour later. Only 1970-01-01 to 2038-01-19 (UTC) reads back. Nanoseconds have none of
+ * these limits: tdms_append_nanoseconds(), tdms_read_nanoseconds(),
+ * tdms_create_file_property_nanoseconds() and the like.
  */
 typedef struct timestamp_fields {
     int32_t year;        /**< full year, such as 2024 */
@@ -120,10 +129,10 @@ typedef struct timestamp_fields {
  *  @{ */
 
 /**
- * The message of a status.
+ * The message of a status of the first interface. tdms_status_text() has one for every status.
  * @param code a status; any value is allowed
  * @return a static text, never null, not to be freed; "error code is error!" for a value without a
- *         message of its own, #TDMS_GROUP_REPEATED deliberately among them
+ *         message of its own, including #TDMS_GROUP_REPEATED
  */
 TDMS_API const char* get_error_description(int code);
 
@@ -134,17 +143,22 @@ TDMS_API const char* get_error_description(int code);
 
 /**
  * Opens a file.
+ *
+ * A segment whose lead-in or metadata is rejected leaves the stream open until the process ends,
+ * and so does "a", for the stream that it read by. A truncated file, or one that is being recorded,
+ * does not open. No lock is taken, and none respected. tdms_open() has none of this; for what is
+ * intact of a file there is tdms_open_partial().
  * @param path the file's path
  * @param mode "r" reads an existing file, "w" creates or empties one, "a" reads an existing file
  *        and appends to it; an empty file is a valid file. Any other mode, and "a" for a file that
- *        can be read but not written, deliberately succeeds with a handle that has no stream:
- *        objects can be built on it, saving gives #TDMS_FILE_HANDLE and reading values
+ *        can be read but not written, succeeds as intended, with a handle that has no stream:
+ *        objects can be built on it, saving yields #TDMS_FILE_HANDLE and reading values
  *        #TDMS_CHANNEL_DATA_READ
  * @param[out] file the handle; untouched on failure
  * @return 0; #TDMS_FILE_PATH; with "r" also #TDMS_FILE_TAG, #TDMS_FILE_TOC, #TDMS_FILE_VERSION,
- *         #TDMS_FILE_READ, #TDMS_INDEX or #TDMS_CHANNEL_READ, as the first fault in the file
- *         requires; with "a" #TDMS_FILE_READ for every failure to read; #TDMS_FILE_HANDLE when
- *         `file` is null
+ *         #TDMS_FILE_READ, #TDMS_INDEX or #TDMS_CHANNEL_READ, depending on the first fault;
+ *         with "a" #TDMS_FILE_READ for every failure to read; #TDMS_FILE_HANDLE when `file`
+ *         is null
  */
 TDMS_API int open_file(const char* path, const char* mode, void** file);
 
@@ -154,21 +168,25 @@ TDMS_API int open_file(const char* path, const char* mode, void** file);
  *
  * Properties are written once; they leave memory with the save, so that the same name can be
  * created again. Staged values stay and are written again by the next save, unless new ones are
- * staged. Of several timestamp channels in a file only the last one's values are stored.
+ * staged. Of several timestamp channels in a file only the last one's values are stored. Of several
+ * groups, get_channel_data_double() and the like can read at most one.
  *
- * In a file opened with "a", every channel that the file holds must be staged before the first
- * save, with a count of 0 if there is nothing to add: a channel that was not staged states the
- * number of values it had last, without values, and the file then holds fewer bytes than it claims.
+ * In a file that open_file() opened with "a", every channel that the file holds must be staged
+ * before the first save, with a count of 0 if there is nothing to add: a channel that was not
+ * staged states the number of values it had last, without values, and the file then holds fewer
+ * bytes than it claims.
  *
- * The stream's own errors are not reported: a full disk, or a file opened with "r", which gets
- * nothing while its properties leave memory all the same. The stream's buffer is not flushed before
- * close_file().
+ * The stream's own errors are not reported, such as a full disk; saving a file opened with "r"
+ * writes nothing, yet drops its properties. The stream's buffer is not flushed before close_file().
+ *
+ * tdms_save() has none of this: it stores all values once, in one segment, and reports a failure.
  * @return 0; #TDMS_FILE_HANDLE when `file` is null or has no stream: then nothing changes
  */
 TDMS_API int save_file(void* file);
 
 /**
- * Closes a file without saving, and frees everything in it.
+ * Closes a file without saving, and frees everything in it. What the stream still buffers is
+ * written; tdms_close() reports it if that fails.
  * @param[in,out] file the handle's variable; set to null
  * @return 0; #TDMS_FILE_HANDLE when it or the handle is null
  */
@@ -187,8 +205,8 @@ TDMS_API int delete_file(const char* path);
 
 /**
  * Creates an empty group. A name with a slash is not read back as a group of that name: in a file
- * the slashes of a path tell groups from channels. With a slash at its end or alone it makes a file
- * that cannot be opened.
+ * the slashes of a path separate groups from channels. A name that is, or begins or ends with, a
+ * slash makes a file that cannot be opened. tdms_create_group() rejects such names.
  * @param[out] group the new group's handle
  * @return 0; #TDMS_FILE_HANDLE; #TDMS_GROUP_REPEATED when the file has a group of that name;
  *         #TDMS_GROUP_HANDLE when `group` is null
@@ -200,13 +218,13 @@ TDMS_API int get_num_group(void* file);
 
 /**
  * Lists the groups.
- * @param[out] list as many handles as get_num_group() tells
+ * @param[out] list get_num_group() handles
  * @return 0; #TDMS_FILE_HANDLE, also when `list` is null and the file has groups
  */
 TDMS_API int get_group(void* file, void** list);
 
 /**
- * The group's name.
+ * The group's name. tdms_get_group_name() needs no buffer, and returns the length.
  * @param[out] name the name's bytes and a NUL; no size is checked
  * @return 0; #TDMS_GROUP_HANDLE, also when `name` is null
  */
@@ -226,8 +244,9 @@ TDMS_API int delete_group(void* group);
 /**
  * Creates a channel without a type or values. A channel of the same name is replaced: it is
  * destroyed with its properties and staged values, and its handle is no longer valid. If the file
- * on disk has values of it already, stage values of the same type before the next save, even none:
- * a file in which a channel changes its type cannot be opened.
+ * on disk has values of it already, stage values of the same type before the next save, a count of
+ * 0 suffices: a file in which a channel changes its type cannot be opened. tdms_create_channel()
+ * never replaces a channel, and tdms_save() never changes a type.
  * @param[out] channel the new channel's handle
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_REPEATED when the group has a channel whose name is
  *         the new channel's whole path; #TDMS_CHANNEL_HANDLE when `channel` is null
@@ -239,13 +258,13 @@ TDMS_API int get_num_channel(void* group);
 
 /**
  * Lists the channels of a group.
- * @param[out] list as many handles as get_num_channel() tells
+ * @param[out] list get_num_channel() handles
  * @return 0; #TDMS_GROUP_HANDLE, also when `list` is null and the group has channels
  */
 TDMS_API int get_channel(void* group, void** list);
 
 /**
- * The channel's name.
+ * The channel's name. tdms_get_channel_name() needs no buffer, and returns the length.
  * @param[out] name the name's bytes and a NUL; no size is checked
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE, also when `name` is null
  */
@@ -263,8 +282,9 @@ TDMS_API int delete_channel(void* channel);
 TDMS_API int get_channel_datatype(void* channel);
 
 /**
- * The number of values that the file held for the channel when it was opened. Staging and saving
- * leave it as it is.
+ * The number of values that the file stated for the channel when it was opened, and in what
+ * tdms_refresh() has taken in since. Staging and saving leave it as it is. tdms_get_num_values()
+ * counts what can be read now.
  * @param[out] count the number of values
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATA_COUNT when `count` is
  *         null
@@ -289,8 +309,9 @@ TDMS_API int get_num_channel_property(void* channel);
 /** @} */
 
 /** @name The names of an object's properties
- * @param[out] names as many pointers as the get_num function tells. The library owns the texts;
- *             each stays valid until its property is deleted or saved, or its object or file goes
+ * @param[out] names as many pointers as the get_num function returns. The library owns the texts;
+ *             each stays valid until its property is deleted or saved by save_file(), or its
+ *             object or file is destroyed
  * @return 0; the handle's status as for counting; #TDMS_FILE_PROPERTY_NAME,
  *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME when `names` is null and there
  *         are properties
@@ -341,7 +362,8 @@ TDMS_API int create_file_property_timestamp(void* file, const char* name, timest
 /** @} */
 
 /** @name The value of a file property
- * The stored bytes are decoded as the type asked for, whatever type they were created with.
+ * The stored bytes are decoded as the type asked for, whatever type they were created with. For
+ * strings and times, the tdms_ getters check the type, and write their outputs on success only.
  * @param[out] value one value. It is written also when there is no property of that name, or when
  *             its bytes are too few: then it is zero, for a timestamp in every field
  * @param[out] buffer the text and a NUL
@@ -385,7 +407,8 @@ TDMS_API int create_group_property_timestamp(void* group, const char* name, time
 /** @} */
 
 /** @name The value of a group property
- * The stored bytes are decoded as the type asked for, whatever type they were created with.
+ * The stored bytes are decoded as the type asked for, whatever type they were created with. For
+ * strings and times, the tdms_ getters check the type, and write their outputs on success only.
  * @param[out] value one value. It is written also when there is no property of that name, or when
  *             its bytes are too few: then it is zero, for a timestamp in every field
  * @param[out] buffer the text and a NUL
@@ -430,7 +453,8 @@ TDMS_API int create_channel_property_timestamp(void* channel, const char* name,
 /** @} */
 
 /** @name The value of a channel property
- * The stored bytes are decoded as the type asked for, whatever type they were created with.
+ * The stored bytes are decoded as the type asked for, whatever type they were created with. For
+ * strings and times, the tdms_ getters check the type, and write their outputs on success only.
  * @param[out] value one value. It is written also when there is no property of that name, or when
  *             its bytes are too few: then it is zero, for a timestamp in every field
  * @param[out] buffer the text and a NUL
@@ -464,8 +488,9 @@ TDMS_API int get_channel_property_timestamp(void* channel, const char* name,
 /** @name Staging values
  * Stages a channel's values for the next save, in place of those staged before. The first staging
  * fixes the channel's type; only values of that type can be staged from then on.
+ * tdms_append_double() and the like add to what is staged, and check for 4 GiB of strings.
  * @param count the number of values; 0 is allowed and fixes the type too
- * @param values an array of `count` values, copied by the call. Texts must be less than 4 GiB in
+ * @param values an array of `count` values, copied by the call. Strings must be less than 4 GiB in
  *         all: where each ends is stored as a 32-bit number
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATATYPE when the channel has
  *         another type; #TDMS_CHANNEL_DATA_READ when `values` is null and `count` is not 0. On
@@ -490,14 +515,17 @@ TDMS_API int set_channel_data_timestamp(void* channel, uint64_t count,
 /** @name Reading values
  * Reads all values that the file held for a channel when it was opened, segment after segment.
  *
- * In a segment, values of another group's channel that stand before those of the wanted channel's
- * group are refused with #TDMS_CHANNEL_DATA_READ; an object of another group that stands after a
- * channel of the wanted group raises an out-of-range error. In a file of several groups that have
- * values or channel properties, this concerns files that this library wrote itself. A file opened
- * with "w" has no values to read; one opened with "a" cannot be read unless it was empty, and
- * trying closes its stream.
- * @param[out] values as many values as get_num_channel_data() tells. On failure it is untouched,
- *             except when the device fails, or the file is cut, while values are on their way
+ * In a segment, values of another group's channel before those of the wanted channel's group make
+ * the call fail with #TDMS_CHANNEL_DATA_READ; an object outside the group, listed after one of its
+ * channels, makes it throw an out-of-range error. In a file of several groups that have values or
+ * channel properties, this concerns files that this library wrote itself. A file that open_file()
+ * opened with "w" has no values to read; one opened with "a" cannot be read unless it was empty,
+ * and trying closes its stream.
+ *
+ * tdms_read_double() and the like read any range of any channel of any group, on any handle, and do
+ * not throw.
+ * @param[out] values get_num_channel_data() values. On failure it is untouched, except when the
+ *             device fails, or the file is truncated, during the read
  * @return 0; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATA_READ when anything about the file or the
  *         handle prevents reading, or `values` is null and there are values;
  *         #TDMS_CHANNEL_DATATYPE when the channel has another type
@@ -517,14 +545,15 @@ TDMS_API int get_channel_data_timestamp(void* channel, timestamp_fields* values)
 /** @} */
 
 /**
- * Reads the texts of a string channel, with the rules of the other readers.
+ * Reads the strings of a string channel, with the rules of the other readers.
  *
- * The texts go into one storage of the whole process, behind all texts read before. The pointers
- * handed out are deliberately the storage's first ones: the first call of a process gives the texts
- * just read; a later call gives the earliest texts again, and its own only from the position on
- * at which they stand in the storage. May be called from several threads for different files.
- * @param[out] values as many pointers as get_num_channel_data() tells. The library owns the texts;
- *             they stay valid until the process ends
+ * The strings go into one storage of the whole process, after all strings read before. The pointers
+ * returned are, as intended, the storage's first ones: the first call of a process returns the
+ * strings just read; later calls return the earliest strings again; their own appear only from the
+ * index at which they were stored. May be called from several threads for different files.
+ * tdms_read_string() reads into the caller's memory, and has none of this.
+ * @param[out] values get_num_channel_data() pointers. The library owns the strings; they stay valid
+ *             until the process ends
  * @return as the other readers
  */
 TDMS_API int get_channel_data_string(void* channel, const char** values);
