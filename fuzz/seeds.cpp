@@ -1,5 +1,5 @@
-// seeds DIRECTORY: writes files to begin with, sound and not, for the fuzz target and for the tests
-// of the tool. Those in the directory `odd` are sound, and their names and values unusual.
+// seeds DIRECTORY: writes files to begin with, intact and not, for the fuzz target and for the
+// tests of the tool. Those in the directory `odd` are intact, and their names and values unusual.
 #include <filesystem>
 #include <fstream>
 
@@ -13,7 +13,7 @@ void fill(const std::filesystem::path& path, const std::string& bytes)
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-// Doubles by their bits, and texts that need quotes in a table, in two columns that are shorter.
+// Doubles by their bits, and strings that need quotes in a table, in two columns that are shorter.
 std::string odd_values()
 {
     const std::string doubles = u64(0x3FB999999999999A) + u64(1) + u64(0x7FEFFFFFFFFFFFFF) +
@@ -48,12 +48,18 @@ int main(int count, char** arguments)
     std::filesystem::resize_file(cut, std::filesystem::file_size(cut) / 2);
 
     fill(directory / "odd/values", odd_values());
-    // A second group behind the first: its values are there, but the library does not read them.
     const std::string groups = segment(
         {object("/'p'", none), int32s("/'p'/'c'", 1), object("/'q'", none), int32s("/'q'/'c'", 1)},
         u32(7) + u32(8));
     fill(directory / "odd/groups", groups);
-    // An object of no group behind one of a group.
+    // An object of no group after one of a group.
     fill(directory / "odd/foreign", groups + segment({int32s("/'p'/'d'", 0), object("/", none)}));
+    // A string with a zero byte; then a save for which only channel a had values staged.
+    const std::string string = u32(4) + "say" + std::string(1, '\0');
+    fill(directory / "odd/lost",
+         segment({int32s("/'g'/'a'", 1), int32s(path_c, 2),
+                  object("/'g'/'s'", string_index(1, string.size()))},
+                 u32(1) + u32(2) + u32(3) + string) +
+             segment({int32s("/'g'/'a'", 2), int32s(path_c, 2)}, u32(4) + u32(5)));
     return failed == 0 ? 0 : 1;
 }

@@ -33,20 +33,11 @@ void put_segment(output& out, const segment_facts& s)
             s.state);
 }
 
-// Channels whose values the library does not find in a file that is sound as such.
-void put_unreadable_channels(output& out, const measurement_file& file)
+// What the file states and does not hold, though its segments are intact.
+void put_lost_values(output& out, const measurement_file& file)
 {
-    const std::vector<selected_channel> channels = select(file, {});
-    progress shown("looking for the channels' values", channels.size());
-    std::uint64_t done = 0;
-    for (const auto& [owner, c] : channels) {
-        shown.at(done++);
-        if (c->count == 0) continue;
-        try {
-            locate(*c);
-        } catch (const failure& e) {
-            out.put("not readable: " + in_quotes(c->name) + ": " + e.what() + '\n');
-        }
+    for (const auto& [owner, c] : select(file, {})) {
+        if (c->lost != 0) out.put(in_quotes(c->name) + ": " + lost_values(*c) + '\n');
     }
 }
 
@@ -58,30 +49,30 @@ bool check_file(output& out, const std::string& name)
             {"segment", "offset", "metadata", "raw data", "objects", "properties", "channels",
              "values"},
             "state");
-    sound_part sound;
+    intact_part intact;
     {
         progress shown("checking", from.size());
-        sound = walk_file(from, [&](const segment_facts& s) {
+        intact = walk_file(from, [&](const segment_facts& s) {
             put_segment(out, s);
             shown.at(s.offset);
         });
     }
-    out.put(count_of(sound.segments, "whole segment") + ", " + std::to_string(sound.size) + " of " +
-            count_of(sound.file_size, "byte") + ", " + count_of(sound.values, "value") + '\n');
+    out.put(count_of(intact.segments, "intact segment") + ", " + std::to_string(intact.size) +
+            " of " + count_of(intact.file_size, "byte") + ", " + count_of(intact.values, "value") +
+            '\n');
     try {
         out.flush();
     } catch (const closed_pipe&) {
-        if (!sound.fault.empty()) report(name, sound.fault);
+        if (!intact.fault.empty()) report(name, intact.fault);
         throw;
     }
-    if (!sound.fault.empty()) throw failure(sound.fault);
+    if (!intact.fault.empty()) throw failure(intact.fault);
     try {
-        const measurement_file file(from);
-        if (!sound.regular) put_unreadable_channels(out, file);
+        put_lost_values(out, measurement_file(from));
     } catch (const failure&) {
         // A segment that is being written now is not yet a fault.
-        if (from.size() == sound.file_size) throw;
-        out.put("the file has been written to since; what came later is not checked\n");
+        if (from.size() == intact.file_size) throw;
+        out.put("the file has been written to since; what was added is not checked\n");
     }
     out.flush();
     return true;

@@ -14,19 +14,14 @@ namespace tool {
 class child_process {
   public:
     /// Calls `work` in the new process, with a descriptor for its output; `work` returns the exit
-    /// status. Throws a failure about `what` if there can be no such process.
+    /// status. It must not throw: exceptions must not escape into the parent's code. Throws a
+    /// failure about `what` if there can be no such process.
     template <class Work>
     child_process(const std::string& what, Work work) : child_process(what)
     {
         if (number_ == 0) {
             output_.reset();  // or its own end would keep it from seeing that nobody reads
-            int status = 1;
-            try {
-                status = work(end_.get());
-            } catch (...) {
-                // Whoever waits for it out there is another process.
-            }
-            _exit(status);
+            _exit(work(end_.get()));
         }
         end_.close();
     }
@@ -37,7 +32,7 @@ class child_process {
 
     std::FILE* output() const { return output_.get(); }
 
-    /// Stops reading, and waits for the end. @return the status as waitpid() tells it, or -1
+    /// Stops reading, and waits for the end. @return the status from waitpid(), or -1
     int wait();
 
   private:

@@ -9,7 +9,7 @@
 
 namespace tool {
 
-// Each command returns whether all went well; what did not has been reported. A failure that it
+// Each command returns true if everything succeeded; failures have been reported. A failure that it
 // throws is about its one file.
 
 struct info_options {

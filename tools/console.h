@@ -9,7 +9,7 @@
 
 namespace tool {
 
-/// Something is wrong with a file, or with what is done with it; told beside the file's name.
+/// Something is wrong with a file, or with what is done with it; reported with the file's name.
 struct failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -30,7 +30,7 @@ struct output_failure : std::runtime_error {
 /// A system call's failure by errno: "what: No such file or directory".
 failure system_failure(const std::string& what);
 
-/// Tells the user on standard error, with the tool's name in front.
+/// Prints a line on standard error, after the tool's name.
 void report(const std::string& about, const std::string& message);
 
 /// Whether anything has been reported.
@@ -56,10 +56,10 @@ struct terminal_size {
 /// The size of the terminal at a descriptor; the fallback if there is none.
 terminal_size size_of_terminal(int descriptor, terminal_size fallback);
 
-/// Writes all bytes to a descriptor. @return whether it could; if not, errno tells why
+/// Writes all bytes to a descriptor. @return whether it could; if not, errno is the reason
 bool write_all(int descriptor, const char* bytes, std::size_t count);
 
-/// Standard output behind one large buffer. Only what flush() has seen is known to be written.
+/// Standard output, through one large buffer. Only what flush() has seen is known to be written.
 class output {
   public:
     /// At least `count` bytes of room, of which those up to `end` in keep(end) are output.

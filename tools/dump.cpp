@@ -8,7 +8,7 @@
 namespace tool {
 namespace {
 
-// A field with a separator, a quote or an end of line in it is quoted, and so is an empty text,
+// A field with a separator, a quote or an end of line in it is quoted, and so is an empty string,
 // which would look like the missing value of a shorter channel.
 void put_field(output& out, std::string_view text)
 {
@@ -26,29 +26,37 @@ void put_field(output& out, std::string_view text)
     out.put('"');
 }
 
-// One channel's values, and how to put one of them.
+constexpr std::uint64_t rows_at_once = 4096;
+
+// Some rows of one channel's values, and how to put one of them.
 struct column {
-    channel_values values;
+    const channel* source;
     std::uint64_t count;
-    void (*put)(const channel_values& values, std::uint64_t row, output& out);
+    channel_values values{};
+    std::uint64_t rows = 0;
+    void (*put)(const channel_values& values, std::uint64_t row, output& out) = nullptr;
 };
 
 template <class T>
 void put_value(const channel_values& values, std::uint64_t row, output& out)
 {
     const auto& held = *std::get_if<T>(&values);
-    if constexpr (std::is_same_v<T, text_values>) {
+    if constexpr (std::is_same_v<T, string_values>) {
         put_field(out, held.at(row));
     } else {
         out.keep(append_value(out.room(longest_value), held.items[row]));
     }
 }
 
-column column_of(channel_values&& values, std::uint64_t count)
+void read_rows(column& c, std::uint64_t first, std::uint64_t most)
 {
-    const auto put = std::visit(
-        [](const auto& held) { return &put_value<std::decay_t<decltype(held)>>; }, values);
-    return {std::move(values), count, put};
+    c.rows = 0;
+    if (first >= c.count) return;
+    const std::uint64_t rows = std::min(most, c.count - first);
+    c.values = read_values(*c.source, first, rows);
+    c.rows = rows;
+    c.put = std::visit([](const auto& held) { return &put_value<std::decay_t<decltype(held)>>; },
+                       c.values);
 }
 
 }  // namespace
@@ -59,34 +67,44 @@ bool dump(const dump_options& wanted)
     const measurement_file file(from);
     const char* const end_of_line = wanted.crlf ? "\r\n" : "\n";
     bool all_read = true;
+    const auto complain = [&](const channel& c, const std::string& message) {
+        report(wanted.file, in_quotes(c.name) + ": " + message);
+        all_read = false;
+    };
     std::vector<column> columns;
-    std::uint64_t rows = 0;
     output out;
     for (const auto& [owner, chosen] : select(file, wanted.channels)) {
         if (!columns.empty()) out.put(',');
         put_field(out, chosen->name);
-        columns.push_back({{}, 0, nullptr});
-        if (chosen->count == 0) continue;
-        // A channel that cannot be read keeps its column, so that the others stay in their places.
-        try {
-            columns.back() = column_of(file.read(*chosen), chosen->count);
-            rows = std::max(rows, chosen->count);
-        } catch (const failure& e) {
-            report(wanted.file, in_quotes(chosen->name) + ": " + e.what());
-            all_read = false;
-        }
+        columns.push_back({chosen, chosen->count});
+        if (chosen->lost != 0) complain(*chosen, lost_values(*chosen));
     }
     if (!columns.empty()) out.put(end_of_line);
-    const std::uint64_t begin = std::min(wanted.from, rows);
-    const std::uint64_t end = begin + std::min(wanted.count, rows - begin);
-    for (std::uint64_t row = begin; row != end; ++row) {
-        bool first = true;
-        for (const column& c : columns) {
-            if (!first) out.put(',');
-            first = false;
-            if (row < c.count) c.put(c.values, row, out);
+    std::uint64_t rows = 0;
+    for (std::uint64_t done = 0; done != wanted.count; done += rows) {
+        const std::uint64_t first = wanted.from + done;
+        const std::uint64_t most = std::min(rows_at_once, wanted.count - done);
+        rows = 0;
+        for (column& c : columns) {
+            // A channel that cannot be read keeps its column, so that the others keep theirs.
+            try {
+                read_rows(c, first, most);
+            } catch (const failure& e) {
+                complain(*c.source, e.what());
+                c.count = 0;
+            }
+            rows = std::max(rows, c.rows);
         }
-        out.put(end_of_line);
+        if (rows == 0) break;
+        for (std::uint64_t row = 0; row != rows; ++row) {
+            bool first_column = true;
+            for (const column& c : columns) {
+                if (!first_column) out.put(',');
+                first_column = false;
+                if (row < c.rows) c.put(c.values, row, out);
+            }
+            out.put(end_of_line);
+        }
     }
     out.flush();
     return all_read;

@@ -50,7 +50,7 @@ std::string gnuplot_text(std::string_view text)
     return out + '\'';
 }
 
-// gnuplot does not tell when it cannot write: what it draws is written here.
+// gnuplot does not report write errors, so we write its output.
 void run_gnuplot(const std::string& script, const std::function<void(std::string_view)>& take)
 {
     const descriptor source = file_of(script);

@@ -6,7 +6,7 @@
 
 namespace tool {
 
-/// A text as gnuplot takes it for just what it is.
+/// Quotes a string so gnuplot takes it literally.
 std::string gnuplot_text(std::string_view text);
 
 /// Runs a script in gnuplot, and gives all that it draws to `take`. Throws a failure if there is no

@@ -37,7 +37,7 @@ void put_properties(output& out, const property_list& list, std::string_view ind
     }
 }
 
-// A table of channels. The properties of each stand behind one another, on as few lines as they
+// A table of channels. The properties of each follow one another, on as few lines as they
 // take; what is longer than a column sticks out of it and moves nothing else.
 class channel_table {
   public:

@@ -80,22 +80,13 @@ std::uint64_t input::size() const
     return static_cast<std::uint64_t>(facts_of(file_).st_size);
 }
 
-void input::refuse_as_target(const std::string& target) const
+void input::reject_as_target(const std::string& target) const
 {
     struct stat facts {};
     if (stat(target.c_str(), &facts) == 0 && facts.st_dev == source_.st_dev &&
         facts.st_ino == source_.st_ino) {
         throw usage_error("the file to write is the file to read: " + in_quotes(target));
     }
-}
-
-std::FILE* input::stream() const
-{
-    descriptor copy(fcntl(file_.get(), F_DUPFD_CLOEXEC, 0));
-    std::FILE* const stream = copy.get() < 0 ? nullptr : fdopen(copy.get(), "rb");
-    if (stream == nullptr) throw system_failure(message_of(TDMS_FILE_PATH));
-    copy.release();
-    return stream;
 }
 
 std::size_t read_some(int file, char* bytes, std::size_t count, const std::string& what)

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 
 namespace tool {
@@ -42,18 +41,15 @@ class input {
     /// Throws a failure if there is no such file.
     explicit input(const std::string& name);
 
-    /// Opens the same file, even if another one has got its name by now.
+    /// Opens this same file even if its name has been reused.
     const std::string& path() const { return path_; }
     int file() const { return file_.get(); }
 
-    /// By now: the file may be one that is being written.
+    /// The current size; the file may be growing.
     std::uint64_t size() const;
 
-    /// A stream of its own on the file, for the caller to close; reading moves the file's position.
-    std::FILE* stream() const;
-
     /// Throws a usage_error if a file to write is the one to read.
-    void refuse_as_target(const std::string& target) const;
+    void reject_as_target(const std::string& target) const;
 
   private:
     struct stat source_ {};

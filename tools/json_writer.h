@@ -12,7 +12,7 @@ class json_writer {
   public:
     explicit json_writer(output& out) : out_(out) {}
 
-    /// An array's or an object's bracket, where a value may stand.
+    /// An array's or an object's bracket, where a value may be.
     void open(char bracket)
     {
         out_.put(bracket);
@@ -43,13 +43,13 @@ class json_writer {
         out_.put(": ");
     }
 
-    /// A number, a truth value, a text or null.
+    /// A number, a truth value, a string or null.
     void put(const nlohmann::json& value)
     {
         try {
             out_.put(value.dump());
         } catch (const nlohmann::json::type_error&) {
-            // Bytes that are not UTF-8 cannot stand in JSON; they are shown as on a terminal.
+            // Bytes that are not UTF-8 are not allowed in JSON; they are shown as on a terminal.
             put(printable(value.get_ref<const std::string&>()));
         }
     }

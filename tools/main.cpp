@@ -10,8 +10,8 @@ namespace tool {
 namespace {
 
 // The parser takes an argument in brackets for a list of arguments, and "++" for the end of a
-// command's. A name may be such all the same: while the line is parsed, a byte goes in front of it,
-// and in front of what begins with that byte.
+// command's. A name may be such all the same: while the line is parsed, a byte goes before it,
+// and before what begins with that byte.
 constexpr char name_mark = '\1';
 
 std::vector<std::string> marked_arguments(int count, char** arguments)
@@ -27,7 +27,7 @@ std::vector<std::string> marked_arguments(int count, char** arguments)
     return marked;
 }
 
-// A command about one file, whose failures are told with the file's name.
+// A command about one file, whose failures are reported with the file's name.
 template <class Options>
 bool run_one(bool (*command)(const Options&), const Options& options)
 {
@@ -82,7 +82,8 @@ int parse_and_run(int argc, char** argv)
         *app.add_subcommand("info", "Show the tree: types, counts, properties");
     add(info_command, "FILE", infos.files, about_files)->required();
     CLI::Option* json = info_command.add_flag("--json", infos.json, "As JSON, an array of files");
-    info_command.add_flag("--names", infos.names, "Only GROUP/CHANNEL, one a line")->excludes(json);
+    info_command.add_flag("--names", infos.names, "Only GROUP/CHANNEL, one per line")
+        ->excludes(json);
     info_command.callback([&] { all_well = info(infos); });
 
     dump_options dumps;
@@ -103,12 +104,13 @@ int parse_and_run(int argc, char** argv)
     plot_command.callback([&] { all_well = run_one(plot, plots); });
 
     std::vector<std::string> checked;
-    CLI::App& check_command = *app.add_subcommand("check", "Tell of each segment if it is whole");
+    CLI::App& check_command = *app.add_subcommand("check", "Report whether each segment is intact");
     add(check_command, "FILE", checked, about_files)->required();
     check_command.callback([&] { all_well = check(checked); });
 
     salvage_options salvaged;
-    CLI::App& salvage_command = *app.add_subcommand("salvage", "Copy a torn file's whole segments");
+    CLI::App& salvage_command =
+        *app.add_subcommand("salvage", "Copy a truncated file's intact segments");
     add(salvage_command, "FILE", salvaged.file, about_file)->required();
     add(salvage_command, "-o,--output", salvaged.target, "The file to write")->required();
     salvage_command.callback([&] { all_well = run_one(salvage, salvaged); });
@@ -155,7 +157,7 @@ void fill_closed_streams()
 int main(int argc, char** argv)
 {
     tool::fill_closed_streams();
-    // That nobody reads our output, or that a file may not grow, is told by the write's error.
+    // That nobody reads our output, or that a file may not grow, is the write's error to report.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGCHLD, SIG_DFL);  // or nobody learns how a process ended

@@ -8,7 +8,6 @@
 #include "console.h"
 #include "core/data_types.h"
 #include "input.h"
-#include "text_values.h"
 
 namespace tool {
 
@@ -16,24 +15,6 @@ namespace tool {
 std::string message_of(int status);
 
 std::string type_name(int type);
-
-/// The bytes of a value of a type in a file; 0 if the type is unknown or has no fixed size.
-std::uint32_t size_of_type(std::uint32_t type);
-
-/// Calls the library for a channel's values. A status and an exception become a failure.
-template <class Call>
-void read_or_throw(Call call)
-{
-    try {
-        const int status = call();
-        if (status < 0) throw failure(message_of(status));
-    } catch (const std::out_of_range& e) {
-        throw failure(std::string("a segment mixes this group's objects with foreign ones (") +
-                      e.what() + ")");
-    } catch (const std::bad_alloc&) {
-        throw failure("out of memory");
-    }
-}
 
 #define TDMS_TOOL_ALTERNATIVE(suffix, type, code) type,
 /// A property's value; none if the library knows only its type.
@@ -53,7 +34,8 @@ struct channel {
     std::string name;  // GROUP/CHANNEL, with the group's name as it is
     std::size_t group_size;
     int type;
-    std::uint64_t count;
+    std::uint64_t count;  // of the values that can be read
+    std::uint64_t lost;   // of those that the file states beside them
     property_list properties;
 
     std::string_view own_name() const { return std::string_view(name).substr(group_size + 1); }
@@ -68,14 +50,22 @@ struct group {
 template <class T>
 struct value_array {
     std::unique_ptr<T[]> items;
-    std::uint64_t count;
+};
+
+struct string_values {
+    std::unique_ptr<char[]> bytes;
+    std::vector<const char*> texts;  // each string's beginning, and the end of the last one
+
+    std::string_view at(std::size_t i) const
+    {
+        return {texts[i], static_cast<std::size_t>(texts[i + 1] - texts[i] - 1)};
+    }
 };
 #define TDMS_TOOL_ALTERNATIVE(suffix, type, code) value_array<type>,
-using channel_values = std::variant<TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_ALTERNATIVE) text_values>;
+using channel_values = std::variant<TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_ALTERNATIVE) string_values>;
 #undef TDMS_TOOL_ALTERNATIVE
 
-/// A file that the library opened for reading, and its tree. Whatever the library refuses, by a
-/// status or by an exception, becomes a failure in words.
+/// A file that the library opened for reading, and its tree. Every status becomes a failure.
 class measurement_file {
   public:
     explicit measurement_file(const input& from);
@@ -83,22 +73,24 @@ class measurement_file {
     property_list properties;
     std::vector<group> groups;
 
-    /// All values of a channel.
-    channel_values read(const channel& c) const;
-
   private:
     struct closer {
-        void operator()(void* file) const { close_file(&file); }
+        void operator()(void* file) const { tdms_close(&file); }
     };
-    std::uint64_t size_;
     std::unique_ptr<void, closer> handle_;
 };
 
-/// Throws a failure if the library cannot find the channel's values; reads none of them.
-void locate(const channel& c);
+/// Reads a range of a channel's values.
+channel_values read_values(const channel& c, std::uint64_t first, std::uint64_t count);
+
+/// The same of a channel of numbers or truth values, as doubles.
+std::vector<double> read_numbers(const channel& c);
+
+/// How many values of a channel are lost, and why. REQUIRES: there are any.
+std::string lost_values(const channel& c);
 
 /// The channels that are wanted: each name is a GROUP/CHANNEL, or else a GROUP for all channels in
-/// it. No names at all stand for all channels. Throws a usage_error for a name that is neither.
+/// it. No names at all mean all channels. Throws a usage_error for a name that is neither.
 struct selected_channel {
     const group* owner;
     const channel* chosen;

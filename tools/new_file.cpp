@@ -42,7 +42,7 @@ void remove_on_signals()
     }
 }
 
-// Creates a file that a signal removes; `path` gets its name. None comes in between.
+// Creates a file that a signal removes; `path` gets its name. Signals are blocked meanwhile.
 int create_to_be_removed(std::string& path)
 {
     remove_on_signals();

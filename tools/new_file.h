@@ -9,11 +9,11 @@ namespace tool {
 
 /// A file in the making, under a name beside its target's. It takes the target's place when it is
 /// committed, and is gone without a trace if it never is, also if a signal
-/// ends the process, unless it is SIGKILL or tells of a fault of the program.
+/// ends the process, unless it is SIGKILL or reports a fault of the program.
 class new_file {
   public:
-    /// Throws a failure if nothing can be written beside the target, or something stands in its
-    /// place that is not a file. A target that is a symbolic link stands for what it points to.
+    /// Throws a failure if nothing can be written beside the target, or something that is not a
+    /// file is in its place. A target that is a symbolic link means what it points to.
     explicit new_file(const std::string& target);
     ~new_file();
     new_file(const new_file&) = delete;

@@ -20,22 +20,6 @@ std::string text_property(const channel& c, std::string_view name)
     return {};
 }
 
-std::vector<double> numbers(const channel_values& values)
-{
-    std::vector<double> out;
-    std::visit(
-        [&out](const auto& held) {
-            if constexpr (requires { static_cast<double>(held.items[0]); }) {
-                out.reserve(held.count);
-                for (std::uint64_t i = 0; i != held.count; ++i) {
-                    out.push_back(static_cast<double>(held.items[i]));
-                }
-            }
-        },
-        values);
-    return out;
-}
-
 double seconds_of(const timestamp_fields& t)
 {
     using namespace std::chrono;
@@ -47,16 +31,16 @@ double seconds_of(const timestamp_fields& t)
 }
 
 // The group's first timestamp channel that can be read and has a time for each of `count` samples.
-// A file whose end was torn off may have more.
-std::optional<time_axis> times_of(const measurement_file& file, const group& g, std::size_t count)
+// The file of a recording that was killed may have more.
+std::optional<time_axis> times_of(const group& g, std::size_t count)
 {
     for (const channel& c : g.channels) {
         if (c.type != TDMS_TYPE_TIMESTAMP || c.count < count) continue;
         try {
-            const channel_values read = file.read(c);
+            const channel_values read = read_values(c, 0, c.count);
             const auto& times = std::get<value_array<timestamp_fields>>(read);
             time_axis axis{std::string(c.own_name()), text_of(times.items[0]).substr(0, 10), {}};
-            for (std::uint64_t i = 0; i != times.count; ++i) {
+            for (std::uint64_t i = 0; i != c.count; ++i) {
                 axis.seconds.push_back(seconds_of(times.items[i]));
             }
             return axis;
@@ -67,7 +51,8 @@ std::optional<time_axis> times_of(const measurement_file& file, const group& g, 
     return std::nullopt;
 }
 
-// The curves of the channels wanted; `all_read` tells whether each of them became one.
+// The curves of the channels wanted; `all_read` becomes false unless each of them is a complete
+// one.
 std::vector<curve> read_curves(const measurement_file& file, const plot_options& wanted,
                                bool& all_read)
 {
@@ -77,13 +62,17 @@ std::vector<curve> read_curves(const measurement_file& file, const plot_options&
         const bool drawable = c.type != TDMS_TYPE_STRING && c.type != TDMS_TYPE_TIMESTAMP;
         const auto& names = wanted.channels;
         const bool named = std::find(names.begin(), names.end(), c.name) != names.end();
-        // Of a whole group, the channels with something to draw are meant.
-        if (!named && (!drawable || c.count == 0)) continue;
+        // A group's name means its channels with something to draw.
+        if (!named && (!drawable || (c.count == 0 && c.lost == 0))) continue;
+        const auto complain = [&](const std::string& message) {
+            report(wanted.file, in_quotes(c.name) + ": " + message);
+            all_read = false;
+        };
+        if (c.lost != 0) complain(lost_values(c));
         try {
             if (!drawable)
                 throw failure("values of type " + type_name(c.type) + " cannot be drawn");
-            std::vector<double> values;
-            if (c.count != 0) values = numbers(file.read(c));
+            std::vector<double> values = read_numbers(c);
             if (std::none_of(values.begin(), values.end(), is_drawable)) {
                 throw failure("it has no values to draw");
             }
@@ -92,21 +81,20 @@ std::vector<curve> read_curves(const measurement_file& file, const plot_options&
             curves.push_back(
                 {owner, std::move(label), text_property(c, "unit"), std::move(values)});
         } catch (const failure& e) {
-            report(wanted.file, in_quotes(c.name) + ": " + e.what());
-            all_read = false;
+            complain(e.what());
         }
     }
     return curves;
 }
 
 // The times of all curves' groups; none, unless all of them have their times.
-time_axes read_times(const measurement_file& file, const std::vector<curve>& curves)
+time_axes read_times(const std::vector<curve>& curves)
 {
     std::map<const group*, std::size_t> longest;
     for (const curve& c : curves) longest[c.owner] = std::max(longest[c.owner], c.values.size());
     time_axes times;
     for (const auto& [owner, count] : longest) {
-        std::optional<time_axis> axis = times_of(file, *owner, count);
+        std::optional<time_axis> axis = times_of(*owner, count);
         if (!axis) return {};
         times.emplace(owner, std::move(*axis));
     }
@@ -119,12 +107,12 @@ bool plot(const plot_options& wanted)
 {
     check_picture_name(wanted.target);
     const input from(wanted.file);
-    if (!wanted.target.empty()) from.refuse_as_target(wanted.target);
+    if (!wanted.target.empty()) from.reject_as_target(wanted.target);
     const measurement_file file(from);
     bool all_read = true;
     const std::vector<curve> curves = read_curves(file, wanted, all_read);
     if (curves.empty()) throw failure("there is nothing to draw");
-    const time_axes times = read_times(file, curves);
+    const time_axes times = read_times(curves);
     const std::string title = wanted.file.substr(wanted.file.rfind('/') + 1);
     const std::string script = plot_script(curves, times, title, wanted.target);
     if (wanted.target.empty()) {

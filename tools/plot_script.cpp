@@ -39,7 +39,7 @@ struct panel {
     std::vector<const curve*> curves;
     range y{};
 
-    /// As many digits as tell the ends of the axis apart.
+    /// As many digits as distinguish the ends of the axis.
     int digits() const
     {
         const double largest = std::max(std::abs(y.low), std::abs(y.high));

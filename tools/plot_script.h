@@ -25,13 +25,13 @@ struct curve {
 
 using time_axes = std::map<const group*, time_axis>;
 
-/// Whether a value is a number, and one with which the width of an axis can be computed.
+/// Whether a value is a number small enough that an axis width cannot overflow.
 inline bool is_drawable(double value)
 {
     return std::abs(value) <= 1e300;
 }
 
-/// Throws a usage_error if no picture can have that name. An empty one stands for the terminal.
+/// Throws a usage_error if no picture can have that name. An empty one means the terminal.
 void check_picture_name(const std::string& target);
 
 /// The script by which gnuplot draws the curves, over the times of their groups, or over the

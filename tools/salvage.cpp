@@ -29,26 +29,26 @@ void copy_begin(const input& from, std::uint64_t size, new_file& to)
 bool salvage(const salvage_options& wanted)
 {
     const input from(wanted.file);
-    from.refuse_as_target(wanted.target);
-    sound_part sound;
+    from.reject_as_target(wanted.target);
+    intact_part intact;
     {
         progress shown("checking", from.size());
-        sound = walk_file(from, [&shown](const segment_facts& s) { shown.at(s.offset); });
+        intact = walk_file(from, [&shown](const segment_facts& s) { shown.at(s.offset); });
     }
-    if (sound.size == 0 && sound.file_size != 0) {
-        throw failure("there is nothing to keep: " + sound.fault);
+    if (intact.size == 0 && intact.file_size != 0) {
+        throw failure("there is nothing to keep: " + intact.fault);
     }
     new_file to(wanted.target);
-    copy_begin(from, sound.size, to);
+    copy_begin(from, intact.size, to);
     const measurement_file opens{input(to.path())};
     to.commit();
     output out;
-    out.put("kept: " + count_of(sound.segments, "segment") + ", " + count_of(sound.size, "byte") +
-            ", " + count_of(sound.values, "value") + '\n');
-    const std::uint64_t lost = sound.file_size - sound.size;
+    out.put("kept: " + count_of(intact.segments, "segment") + ", " + count_of(intact.size, "byte") +
+            ", " + count_of(intact.values, "value") + '\n');
+    const std::uint64_t lost = intact.file_size - intact.size;
     out.put(lost == 0 ? "lost: nothing\n"
                       : "lost: " + count_of(lost, "byte") + " from offset " +
-                            std::to_string(sound.size) + " on: " + sound.fault + '\n');
+                            std::to_string(intact.size) + " on: " + intact.fault + '\n');
     out.flush();
     return true;
 }

@@ -2,9 +2,9 @@
 
 #include "console.h"
 #include "measurement_file.h"
-#include "reader/metadata.h"
 #include "reader/object_finder.h"
 #include "reader/object_path.h"
+#include "reader/object_walk.h"
 #include "reader/segment_walk.h"
 
 namespace tool {
@@ -13,105 +13,92 @@ namespace {
 // Reads the metadata of one segment after the other: counts what they hold and finds their faults.
 class metadata_reader {
   public:
-    // @return a status, of which reason() tells more
-    int add_segment(const tdms::segment& s, segment_facts& facts)
+    // @return a status, and the reason for it
+    int add_segment(std::span<const unsigned char> metadata, segment_facts& facts)
     {
-        const std::span<const unsigned char> metadata = s.metadata;
-        tdms::metadata_cursor cursor(metadata);
-        in_channels_ = false;
-        raw_left_ = s.raw_length;
-        const std::uint32_t object_count = cursor.u32();
-        for (object_ = 1; object_ <= object_count && cursor.ok(); ++object_) {
-            offset_ = cursor.bytes(0).data() - metadata.data();
-            if (const int status = read_object(cursor, facts)) return status;
-            ++facts.objects;
+        facts_ = &facts;
+        begin_ = metadata.data();
+        object_ = 0;
+        next_ = sizeof(std::uint32_t);  // after the number of objects
+        int status = TDMS_OK;
+        try {
+            status = tdms::walk_objects(metadata, *this);
+        } catch (const std::out_of_range&) {
+            return fault(TDMS_DATATYPE, "has a data type that the format does not know");
         }
-        if (cursor.ok()) return TDMS_OK;
-        --object_;
-        return fault(TDMS_CHANNEL_READ, "reaches beyond the metadata's end");
+        if (status == TDMS_OK) facts.objects = object_;
+        if (status == TDMS_OK || !reason_.empty()) return status;
+        return fault(status, "reaches beyond the end of the metadata");
     }
 
     const std::string& reason() const { return reason_; }
-    bool regular() const { return regular_; }
+
+    // For walk_objects().
+    int object(std::string_view path, tdms::metadata_cursor& cursor)
+    {
+        offset_ = next_;
+        facts_->objects = object_++;
+        if (!cursor.ok()) return TDMS_CHANNEL_READ;
+        const tdms::object_kind kind = tdms::parse_object_path(path).kind;
+        if (kind == tdms::object_kind::invalid) {
+            return fault(TDMS_CHANNEL_READ, "has an invalid path: " + in_quotes(path));
+        }
+        if (kind != tdms::object_kind::channel) {
+            tdms::skip_index(cursor);
+        } else if (const int status = read_index(path, cursor)) {
+            return status;
+        }
+        if (!cursor.ok()) return TDMS_CHANNEL_READ;
+        // After the number of properties.
+        next_ = offset_of(cursor.bytes(0).data()) + sizeof(std::uint32_t);
+        return TDMS_OK;
+    }
+
+    void property(const tdms::property_entry& entry)
+    {
+        ++facts_->properties;
+        next_ = offset_of(entry.value.data()) + entry.value.size();
+    }
 
   private:
     struct known_channel {
         std::uint32_t data_type = 0;
         std::uint64_t chunk_count = 0;
-        std::uint64_t chunk_size = 0;
     };
 
-    int read_object(tdms::metadata_cursor& cursor, segment_facts& facts)
+    std::size_t offset_of(const unsigned char* byte) const
     {
-        const std::string_view path = cursor.string();
-        const tdms::object_path_parts parts = tdms::parse_object_path(path);
-        if (parts.kind == tdms::object_kind::invalid) {
-            return fault(TDMS_CHANNEL_READ, "has an invalid path: " + in_quotes(path));
-        }
-        if (parts.kind != tdms::object_kind::channel) {
-            const std::uint32_t first = cursor.peek_u32();
-            const bool short_form = first == tdms::index_as_before || first == tdms::index_none;
-            cursor.bytes(short_form ? 4 : first);
-            regular_ = regular_ && first == tdms::index_none && !in_channels_;
-        } else if (const int status = read_index(cursor, path, parts.group_path, facts)) {
-            return status;
-        }
-        const std::uint32_t count = cursor.u32();
-        for (std::uint32_t i = 0; i != count && cursor.ok(); ++i) {
-            tdms::read_property(cursor);
-            ++facts.properties;
-        }
-        return TDMS_OK;
+        return static_cast<std::size_t>(byte - begin_);
     }
 
-    int read_index(tdms::metadata_cursor& cursor, std::string_view path, std::string_view group,
-                   segment_facts& facts)
+    int read_index(std::string_view path, tdms::metadata_cursor& cursor)
     {
         known_channel* known = finder_.find(path);
         if (known == nullptr) known = &finder_.add(path);
-        if (group_.empty()) group_ = group;
-        regular_ = regular_ && group == group_;
-        in_channels_ = true;
         const tdms::raw_data_index index = tdms::read_raw_data_index(cursor);
-        if (!cursor.ok()) return TDMS_OK;
+        if (!cursor.ok()) return TDMS_CHANNEL_READ;
         const std::uint32_t type_before = known->data_type;
         if (const int status = tdms::apply_index(index, known->data_type, known->chunk_count)) {
             return fault(status, index_fault(index, type_before) + in_quotes(path));
         }
-        if (tdms::is_explicit(index.form)) {
-            known->chunk_size =
-                index.form == tdms::index_string ? index.byte_count : size_of(index);
-        }
+        tdms::DataSize.at(known->data_type);
         if (index.form != tdms::index_none && known->chunk_count != 0) {
-            ++facts.channels;
-            facts.values += known->chunk_count;
-            regular_ = regular_ && known->chunk_size <= raw_left_;
-            raw_left_ -= known->chunk_size;
+            ++facts_->channels;
+            facts_->values += known->chunk_count;
         }
         return TDMS_OK;
     }
 
-    // Why an index is refused, of a channel of that type.
+    // Why an index of a channel of that type is rejected.
     static std::string index_fault(const tdms::raw_data_index& index, std::uint32_t type)
     {
         if (!tdms::is_known_form(index.form)) {
             return "has a raw data index of the unknown form " + std::to_string(index.form) + ": ";
         }
-        const bool texts = index.form == tdms::index_string;
-        const bool same_type = texts ? type == TDMS_TYPE_STRING : type == index.data_type;
+        const bool strings = index.form == tdms::index_string;
+        const bool same_type = strings ? type == TDMS_TYPE_STRING : type == index.data_type;
         return type == 0 || same_type ? "has a dimension other than 1: "
                                       : "changes its data type: ";
-    }
-
-    // The bytes of a channel's values; of a type without a size, or if there are too many, all
-    // bits.
-    static std::uint64_t size_of(const tdms::raw_data_index& index)
-    {
-        constexpr std::uint64_t unknown = ~std::uint64_t{0};
-        const std::uint64_t each = size_of_type(index.data_type);
-        std::uint64_t size = 0;
-        if (each == 0 || __builtin_mul_overflow(each, index.value_count, &size)) return unknown;
-        return size;
     }
 
     int fault(int status, const std::string& what)
@@ -121,14 +108,13 @@ class metadata_reader {
         return status;
     }
 
-    bool regular_ = true;
-    bool in_channels_ = false;  // of the segment
-    std::uint64_t raw_left_ = 0;
-    std::string group_;  // of the first channel
     tdms::object_map<known_channel> channels_;
     tdms::object_finder<known_channel> finder_{channels_};
+    segment_facts* facts_ = nullptr;  // of the segment being read
+    const unsigned char* begin_ = nullptr;
     std::uint64_t object_ = 0;  // the one being read, counted from 1
-    std::ptrdiff_t offset_ = 0;
+    std::size_t offset_ = 0;    // where it begins
+    std::size_t next_ = 0;      // where the next one does
     std::string reason_;
 };
 
@@ -141,7 +127,7 @@ std::string stated_and_there(const char* what, std::uint64_t stated, std::uint64
 // Why a segment cannot be walked over, by its lead-in.
 std::string lead_in_fault(tdms::file_window& window, segment_facts& facts, std::uint64_t left)
 {
-    facts.state = "torn";
+    facts.state = "truncated";
     if (left < tdms::lead_in_size) {
         return "of the " + std::to_string(tdms::lead_in_size) + " bytes of its lead-in, " +
                std::to_string(left) + " are there";
@@ -177,58 +163,38 @@ std::string lead_in_fault(tdms::file_window& window, segment_facts& facts, std::
 
 }  // namespace
 
-sound_part walk_file(const input& file, const std::function<void(const segment_facts&)>& visit)
+intact_part walk_file(const input& file, const std::function<void(const segment_facts&)>& visit)
 {
-    sound_part sound;
-    std::FILE* stream = file.stream();
-    const std::unique_ptr<std::FILE*, void (*)(std::FILE**)> closer(&stream, [](std::FILE** open) {
-        if (*open != nullptr) std::fclose(*open);
-    });
-    std::setvbuf(stream, nullptr, _IONBF, 0);
-    sound.file_size = file.size();
-    tdms::file_window window(stream, sound.file_size);
+    intact_part intact;
+    intact.file_size = file.size();
+    tdms::file_window window(file.file(), intact.file_size);
     metadata_reader metadata;
-    segment_facts facts{};
-    const auto begin_segment = [&] { facts = {sound.segments + 1, sound.size}; };
-    std::string message;
-    std::string reason;
+    segment_facts facts{1, 0};
     const auto add_segment = [&](const tdms::segment& s) {
-        begin_segment();
         facts.metadata_length = s.metadata.size();
         facts.raw_length = s.raw_length;
-        if (const int status = metadata.add_segment(s, facts)) return status;
-        // A segment that is not all there is looked at behind the walk, which ends with it.
-        if (s.raw_length > sound.file_size - s.raw_offset) return int{TDMS_OK};
+        if (const int status = metadata.add_segment(s.metadata, facts)) return status;
+        // The walk ends with a segment that is not complete.
+        if (!s.complete_in(intact.file_size)) return int{TDMS_OK};
         visit(facts);
-        ++sound.segments;
-        sound.values += facts.values;
-        sound.size = s.raw_offset + s.raw_length;
-        begin_segment();
+        ++intact.segments;
+        intact.values += facts.values;
+        facts = {intact.segments + 1, s.end()};
         return int{TDMS_OK};
     };
-    begin_segment();
-    try {
-        const int status = tdms::walk_segments(stream, sound.file_size, window, add_segment);
-        sound.regular = metadata.regular();
-        if (status == TDMS_OK) return sound;
-        message = message_of(status);
-        reason = metadata.reason();
-    } catch (const std::out_of_range& e) {
-        reason = "a property has a data type that the format does not know";
-        message = e.what();
-    }
+    const int status = tdms::walk_segments(window, intact.size, intact.file_size, add_segment);
+    if (status == TDMS_OK) return intact;
+    std::string reason = metadata.reason();
     if (reason.empty()) {
-        if (stream == nullptr) stream = file.stream();
-        tdms::file_window again(stream, sound.file_size);
-        reason = lead_in_fault(again, facts, sound.file_size - sound.size);
+        reason = lead_in_fault(window, facts, intact.file_size - intact.size);
     } else {
         facts.state = "damaged";
     }
     visit(facts);
-    sound.fault = std::string("segment ") + std::to_string(facts.number) + " at offset " +
-                  std::to_string(facts.offset) + " is " + facts.state + ": " + reason + ": " +
-                  message;
-    return sound;
+    intact.fault = std::string("segment ") + std::to_string(facts.number) + " at offset " +
+                   std::to_string(facts.offset) + " is " + facts.state + ": " + reason + ": " +
+                   message_of(status);
+    return intact;
 }
 
 }  // namespace tool

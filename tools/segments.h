@@ -19,23 +19,20 @@ struct segment_facts {
     std::uint64_t properties = 0;
     std::uint64_t channels = 0;  // with values
     std::uint64_t values = 0;
-    const char* state = "whole";  // or "torn": the file ends within it; or "damaged"
+    const char* state = "intact";  // or "truncated": the file ends within it; or "damaged"
 };
 
-/// The first segments of a file that are sound, and why not all are.
-struct sound_part {
+/// The intact segments at the beginning of a file, and why not all are.
+struct intact_part {
     std::uint64_t segments = 0;
     std::uint64_t size = 0;
     std::uint64_t values = 0;
     std::uint64_t file_size = 0;
-    /// All channels are of one group and stand behind the other objects, and the raw data have room
-    /// for their values: then the library finds the values of every channel.
-    bool regular = true;
-    std::string fault;  // empty if the whole file is sound
+    std::string fault;  // empty if the file is intact
 };
 
 /// Walks the segments of a file as the library does when it opens it, and accepts what the library
-/// accepts. `visit` gets every segment, up to the first that is not sound.
-sound_part walk_file(const input& file, const std::function<void(const segment_facts&)>& visit);
+/// accepts. `visit` gets every segment, up to the first that is not intact.
+intact_part walk_file(const input& file, const std::function<void(const segment_facts&)>& visit);
 
 }  // namespace tool
