@@ -4,18 +4,21 @@
  *     record [FILE [SECONDS [RATE]]]        defaults: record.tdms, 5 seconds, 50 samples a second
  *
  * One group holds the samples: the time of each, the CPU's share in each state since the sample
- * before, the memory in use and the load average; and a channel of events. A save follows each
- * batch of a second, as a program would do that runs all day.
+ * before, the memory in use and the load average; and a channel of events. What was sampled is
+ * saved every second: a recording that is killed has all of it up to there, and other programs can
+ * follow it. What a full disk does not take is saved as soon as there is room.
  */
 #define _POSIX_C_SOURCE 200809L
+#include <errno.h>
 #include <math.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <tdms.h>
 #include <time.h>
 
-enum { CPU_STATES = 4, CHANNELS = CPU_STATES + 3, MOST_PER_BATCH = 10000 };
+enum { CPU_STATES = 4, CHANNELS = CPU_STATES + 3, HIGHEST_RATE = 10000 };
 
 static const struct {
     const char* name;
@@ -25,10 +28,23 @@ static const struct {
     {"memory used", "MiB"}, {"memory available", "MiB"}, {"load", "processes"},
 };
 
+/* Prints the message of a status, and the system's reason where there is one. */
+static void report(int status, const char* what)
+{
+    const int reason = errno;
+    fprintf(stderr, "record: %s: %s", what, tdms_status_text(status));
+    if (status == TDMS_FILE_PATH && reason == EWOULDBLOCK) {
+        fputs(" Another program is writing to it.", stderr);
+    } else if (status == TDMS_FILE_PATH || status == TDMS_WRITE) {
+        fprintf(stderr, " %s.", strerror(reason));
+    }
+    fputc('\n', stderr);
+}
+
 static void check(int status, const char* what)
 {
-    if (status >= 0) return;
-    fprintf(stderr, "record: %s: %s\n", what, get_error_description(status));
+    if (status == 0) return;
+    report(status, what);
     exit(1);
 }
 
@@ -96,23 +112,15 @@ static void sample(double values[CHANNELS], double before[CPU_STATES])
     read_load(&values[CPU_STATES + 2]);
 }
 
-static timestamp_fields calendar(const struct timespec* t)
+static int64_t now(void)
 {
-    struct tm local;
-    timestamp_fields fields;
-    localtime_r(&t->tv_sec, &local);
-    fields.year = local.tm_year + 1900;
-    fields.month = local.tm_mon + 1;
-    fields.day = local.tm_mday;
-    /* The library takes the fields as standard time. */
-    fields.hour = local.tm_hour - (local.tm_isdst > 0);
-    fields.minute = local.tm_min;
-    fields.second = local.tm_sec;
-    fields.microsecond = (int32_t)(t->tv_nsec / 1000);
-    return fields;
+    struct timespec t;
+    clock_gettime(CLOCK_REALTIME, &t);
+    return (int64_t)t.tv_sec * 1000000000 + t.tv_nsec;
 }
 
 struct recording {
+    const char* path;
     void* file;
     void* group;
     void* time;
@@ -120,93 +128,103 @@ struct recording {
     void* channels[CHANNELS];
 };
 
-static void create(struct recording* r, const char* path, double rate, timestamp_fields start)
+static void create(struct recording* r, double rate)
 {
     int i;
-    check(open_file(path, "w", &r->file), path);
+    check(tdms_open(r->path, "w", &r->file), r->path);
     check(create_file_property_string(r->file, "title", "Counters of this machine"), "title");
-    check(create_file_property_timestamp(r->file, "start", start), "start");
-    check(create_group(r->file, "system", &r->group), "group");
+    check(tdms_create_file_property_nanoseconds(r->file, "start", now()), "start");
+    check(tdms_create_group(r->file, "system", &r->group), "group");
     check(create_group_property_double(r->group, "sampling rate", rate), "sampling rate");
-    check(create_channel(r->group, "time", &r->time), "time");
+    check(tdms_create_channel(r->group, "time", &r->time), "time");
     for (i = 0; i != CHANNELS; ++i) {
         void** channel = &r->channels[i];
-        check(create_channel(r->group, CHANNEL[i].name, channel), CHANNEL[i].name);
+        check(tdms_create_channel(r->group, CHANNEL[i].name, channel), CHANNEL[i].name);
         check(create_channel_property_string(*channel, "unit", CHANNEL[i].unit), "unit");
         check(create_channel_property_double(*channel, "sampling rate", rate), "sampling rate");
     }
-    check(create_channel(r->group, "events", &r->events), "events");
+    check(tdms_create_channel(r->group, "events", &r->events), "events");
 }
 
-/* What a batch has to tell: its number, and whether the CPU was busy. */
-static void stage_events(struct recording* r, unsigned batch, const double* idle, uint64_t count)
+/* What is worth noting about a batch: its number, and whether the CPU was busy. */
+static void append_events(struct recording* r, unsigned batch, unsigned samples, double idle)
 {
     char number[64];
     const char* events[2] = {number, "cpu busy"};
-    double sum = 0;
-    uint64_t i;
-    for (i = 0; i != count; ++i) sum += idle[i];
-    snprintf(number, sizeof number, "batch %u: %u samples", batch, (unsigned)count);
-    check(set_channel_data_string(r->events, sum / (double)count < 50 ? 2 : 1, events), "events");
+    snprintf(number, sizeof number, "batch %u: %u samples", batch, samples);
+    check(tdms_append_string(r->events, idle / samples < 50 ? 2 : 1, events), "events");
 }
 
-static void record(struct recording* r, double seconds, double rate)
+/* What the system does not take stays in memory, for the next save. */
+static int save(struct recording* r)
 {
-    static timestamp_fields times[MOST_PER_BATCH];
-    static double columns[CHANNELS][MOST_PER_BATCH];
+    const int status = tdms_save(r->file);
+    if (status == TDMS_WRITE) {
+        report(status, r->path);
+    } else {
+        check(status, r->path);
+    }
+    return status;
+}
+
+/* Returns the status of the last save. */
+static int record(struct recording* r, double seconds, double rate)
+{
     const uint64_t total = (uint64_t)(seconds * rate + 0.5);
-    const uint64_t per_batch = rate < 1 ? 1 : (uint64_t)rate;
+    const unsigned per_batch = rate < 1 ? 1 : (unsigned)rate;
+    const long period = (long)(1e9 / rate);
     double values[CHANNELS];
     double ticks[CPU_STATES] = {0, 0, 0, 0};
+    double idle = 0;
     struct timespec next;
-    struct timespec now;
     uint64_t done = 0;
-    uint64_t in_batch = 0;
+    unsigned in_batch = 0;
     unsigned batch = 0;
+    int status = 0;
     int i;
 
     read_cpu(ticks);
     clock_gettime(CLOCK_MONOTONIC, &next);
     while (done != total) {
-        const long period = (long)(1e9 / rate);
+        int64_t time;
         next.tv_nsec += period % 1000000000;
         next.tv_sec += period / 1000000000 + next.tv_nsec / 1000000000;
         next.tv_nsec %= 1000000000;
         while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &next, NULL) != 0) {
         }
 
-        clock_gettime(CLOCK_REALTIME, &now);
-        times[in_batch] = calendar(&now);
+        time = now();
         sample(values, ticks);
-        for (i = 0; i != CHANNELS; ++i) columns[i][in_batch] = values[i];
+        check(tdms_append_nanoseconds(r->time, 1, &time), "time");
+        for (i = 0; i != CHANNELS; ++i) {
+            check(tdms_append_double(r->channels[i], 1, &values[i]), CHANNEL[i].name);
+        }
+        idle += values[2];
         ++done;
         if (++in_batch != per_batch && done != total) continue;
 
-        check(set_channel_data_timestamp(r->time, in_batch, times), "time");
-        for (i = 0; i != CHANNELS; ++i) {
-            check(set_channel_data_double(r->channels[i], in_batch, columns[i]), CHANNEL[i].name);
-        }
-        stage_events(r, ++batch, columns[2], in_batch);
-        check(save_file(r->file), "save");
+        append_events(r, ++batch, in_batch, idle);
+        status = save(r);
         in_batch = 0;
+        idle = 0;
     }
+    return status;
 }
 
 int main(int argc, char** argv)
 {
-    const char* path = argc > 1 ? argv[1] : "record.tdms";
     const double seconds = argc > 2 ? atof(argv[2]) : 5;
     const double rate = argc > 3 ? atof(argv[3]) : 50;
-    struct recording r;
-    struct timespec now;
-    if (argc > 4 || !(seconds > 0) || !(rate > 0) || !(rate <= MOST_PER_BATCH)) {
+    struct recording r = {argc > 1 ? argv[1] : "record.tdms", NULL, NULL, NULL, NULL, {NULL}};
+    int status;
+    if (argc > 4 || !(seconds > 0) || !(rate > 0) || !(rate <= HIGHEST_RATE)) {
         fprintf(stderr, "usage: record [FILE [SECONDS [RATE]]], RATE at most %d a second\n",
-                MOST_PER_BATCH);
+                HIGHEST_RATE);
         return 2;
     }
-    clock_gettime(CLOCK_REALTIME, &now);
-    create(&r, path, rate, calendar(&now));
-    record(&r, seconds, rate);
-    check(close_file(&r.file), "close");
-    return 0;
+    signal(SIGXFSZ, SIG_IGN); /* a limit on file sizes is then an error of the save, too */
+    create(&r, rate);
+    status = record(&r, seconds, rate);
+    check(tdms_close(&r.file), r.path);
+    return status == 0 ? 0 : 1;
 }
