@@ -1,4 +1,5 @@
-// Takes any bytes for a file: reads all of it, appends to it, saves, and reads it again.
+// Takes any bytes for a file: reads all of it, appends to it, saves, and reads it again, by both
+// interfaces; and follows it while it grows to what it is.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -35,6 +36,76 @@ void append(void* file)
     require(save_file(file) == TDMS_OK && save_file(file) == TDMS_OK);
 }
 
+// A number that the input chooses.
+std::uint64_t choose(std::uint64_t seed, std::uint64_t end)
+{
+    return end == 0 ? 0 : seed * 0x9E3779B97F4A7C15u % end;
+}
+
+// Reads some ranges of every channel as its type and as doubles. What is there can be read.
+void read_ranges(void* file, std::uint64_t seed)
+{
+    for (void* const group : groups_of(file)) {
+        for (void* const channel : channels_of(group)) {
+            std::uint64_t count = 0;
+            require(tdms_get_num_values(channel, &count, nullptr) == TDMS_OK);
+            const std::uint64_t first = choose(seed, count + 1);
+            const std::uint64_t part = choose(seed / 3, count - first + 1);
+            for_each_element([&]<class Element>(Element) {
+                const bool own = Element::code == get_channel_datatype(channel);
+                if (!own && Element::code != TDMS_TYPE_DOUBLE) return;
+                const auto values = std::make_unique<typename Element::value[]>(part);
+                const int status = Element::read(channel, first, part, values.get());
+                // The table of a block of strings is looked at only when they are read.
+                const bool damaged =
+                    status == TDMS_CHANNEL_DATA_READ && Element::code == TDMS_TYPE_STRING;
+                require(!own || status == TDMS_OK || damaged);
+                require(Element::read(channel, first, count - first + 1, values.get()) != TDMS_OK);
+            });
+        }
+    }
+}
+
+// Appends a value to every channel that can have one.
+void append_values(void* file)
+{
+    for (void* const group : groups_of(file)) {
+        for (void* const channel : channels_of(group)) {
+            for_each_element([channel]<class Element>(Element) {
+                if (Element::code != get_channel_datatype(channel)) return;
+                require(Element::append(channel, 1, Element::samples) == TDMS_OK);
+            });
+        }
+    }
+    void* added = nullptr;
+    tdms_create_group(file, "newer", &added);
+    require(tdms_save(file) == TDMS_OK);
+}
+
+// Opens what is intact of the beginning of a file, and takes in the rest of it.
+void follow(const std::string& path, int memory, const std::uint8_t* data, std::size_t size)
+{
+    const std::uint64_t seed = size == 0 ? 0 : data[size / 2] + size;
+    const std::uint64_t begin = choose(seed, size + 1);
+    require(ftruncate(memory, static_cast<off_t>(begin)) == 0);
+    file_handle file;
+    if (tdms_open_partial(path.c_str(), &file.handle, nullptr) != TDMS_OK) return;
+    read_ranges(file.handle, seed);
+    require(pwrite(memory, data, size, 0) == static_cast<ssize_t>(size));
+    std::uint64_t rest = 0;
+    require(tdms_refresh(file.handle, &rest) == TDMS_OK);
+    read_ranges(file.handle, seed);
+    file_handle whole;
+    const bool intact = tdms_open(path.c_str(), "a", &whole.handle) == TDMS_OK;
+    require(intact == (rest == 0));
+    if (!intact) return;
+    read_ranges(whole.handle, seed + 1);
+    append_values(whole.handle);
+    read_ranges(whole.handle, seed);
+    require(tdms_refresh(file.handle, &rest) == TDMS_OK && rest == 0);
+    read_ranges(file.handle, seed + 2);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -54,6 +125,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         sound = true;
     });
     require(sound);
+    require(ftruncate(memory, 0) == 0 &&
+            pwrite(memory, data, size, 0) == static_cast<ssize_t>(size));
+    follow(path, memory, data, size);
     close_streams();
     return 0;
 }

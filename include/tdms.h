@@ -618,7 +618,8 @@ TDMS_API int tdms_open(const char* path, const char* mode, void** file);
  * empty.
  * @param[out] file the handle, for tdms_close()
  * @param[out] rest how many bytes follow the intact segments: 0 for an intact file; may be null
- * @return as tdms_open(); the faults are those of the first segment
+ * @return as tdms_open(); the faults are those of the first segment, and #TDMS_FILE_READ if the
+ *         device fails
  */
 TDMS_API int tdms_open_partial(const char* path, void** file, uint64_t* rest);
 
@@ -629,7 +630,7 @@ TDMS_API int tdms_open_partial(const char* path, void** file, uint64_t* rest);
  * is nothing to take in.
  * @param[out] rest how many bytes follow the intact segments; may be null
  * @return 0; #TDMS_FILE_READ if the file is shorter than what the handle knows of it, which the
- *         handle keeps; #TDMS_ARGUMENT; #TDMS_MEMORY
+ *         handle keeps, or if the device fails; #TDMS_ARGUMENT; #TDMS_MEMORY
  */
 TDMS_API int tdms_refresh(void* file, uint64_t* rest);
 

@@ -1,5 +1,6 @@
-// A recording process is killed at random moments. What it leaves is whole up to the segment that
-// was being written, and salvaging gives back every save but the torn one.
+// A recording process is killed at random moments. What it leaves is intact up to the segment that
+// was being written: salvaging recovers the intact segments, and of what tdms_save() saved, nothing
+// is missing.
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -15,7 +16,7 @@ namespace {
 constexpr std::size_t saves = 40;
 
 // Saves of one value up to what takes several writes. Those that have returned are counted.
-void record(const scratch_file& scratch, std::atomic<std::size_t>& returned)
+void record_staged(const scratch_file& scratch, std::atomic<std::size_t>& returned)
 {
     const open_tdms file(scratch, "w");
     void* const numbers = add_channel(file.add_group("g"), "c");
@@ -31,8 +32,84 @@ void record(const scratch_file& scratch, std::atomic<std::size_t>& returned)
     }
 }
 
+// What the channels get in some saves, and their type.
+struct recorded {
+    recorded() = default;
+    recorded(std::size_t first_save, std::size_t end)
+    {
+        for (std::size_t save = first_save; save != end; ++save) {
+            for (std::size_t i = 0; i <= save * 7919 % 10000; ++i) {
+                numbers.push_back(static_cast<std::int32_t>(save));
+                times.push_back(static_cast<std::int64_t>(save << 40 | i));
+            }
+            slow_times.push_back(static_cast<std::int64_t>(save));
+            events += std::to_string(save) + '\0';
+        }
+    }
+
+    bool operator==(const recorded&) const = default;
+
+    std::vector<std::int32_t> numbers;
+    std::vector<std::int64_t> times;
+    std::vector<std::int64_t> slow_times;
+    std::string events;  // with a zero byte after each
+};
+
+// Four channels of two groups.
+struct recorded_channels {
+    explicit recorded_channels(const tdms_file& file)
+        : numbers(file.channel("fast", "number")),
+          times(file.channel("fast", "time")),
+          slow_times(file.channel("slow", "time")),
+          events(file.channel("slow", "event"))
+    {
+    }
+
+    recorded read() const
+    {
+        recorded values;
+        std::uint64_t size = 0;
+        values.numbers.resize(found_and_lost(numbers).first);
+        values.times.resize(found_and_lost(times).first);
+        values.slow_times.resize(found_and_lost(slow_times).first);
+        const std::uint64_t count = found_and_lost(events).first;
+        std::vector<const char*> texts(count + 1);
+        EXPECT_EQ(0, tdms_get_string_size(events, 0, count, &size));
+        values.events.resize(size);
+        expect_each(0,
+                    {tdms_read_int32(numbers, 0, values.numbers.size(), values.numbers.data()),
+                     tdms_read_nanoseconds(times, 0, values.times.size(), values.times.data()),
+                     tdms_read_nanoseconds(slow_times, 0, values.slow_times.size(),
+                                           values.slow_times.data()),
+                     tdms_read_string(events, 0, count, values.events.data(), size, texts.data())});
+        return values;
+    }
+
+    void* numbers;
+    void* times;
+    void* slow_times;
+    void* events;
+};
+
+void record_appended(const scratch_file& scratch, std::atomic<std::size_t>& returned)
+{
+    const tdms_file file(scratch, "w");
+    const recorded_channels to(file);
+    for (std::size_t save = 0; save != saves; ++save) {
+        const recorded values(save, save + 1);
+        const char* const event = values.events.c_str();
+        expect_each(0, {tdms_append_int32(to.numbers, values.numbers.size(), values.numbers.data()),
+                        tdms_append_nanoseconds(to.times, values.times.size(), values.times.data()),
+                        tdms_append_nanoseconds(to.slow_times, 1, values.slow_times.data()),
+                        tdms_append_string(to.events, 1, &event), tdms_save(file.handle)});
+        ++returned;
+    }
+}
+
 // Kills a recording some time after a number of saves. @return how many saves had returned
-std::size_t record_until_killed(const scratch_file& scratch, std::size_t saved, std::size_t delay)
+template <class Record>
+std::size_t record_until_killed(Record record, const scratch_file& scratch, std::size_t saved,
+                                std::size_t delay)
 {
     static auto& returned =
         *new (mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
@@ -51,36 +128,58 @@ std::size_t record_until_killed(const scratch_file& scratch, std::size_t saved, 
     return returned;
 }
 
-TEST(KilledRecording, IsWholeUpToTheTornSegment)
+TEST(KilledRecording, IsIntactUpToTheTruncatedSegment)
 {
     const scratch_file file;
     const scratch_file salvaged;
     std::atomic<std::size_t> all = 0;
-    record(file, all);
-    const std::string whole = file.bytes();
-    const std::vector<std::size_t> offsets = segment_offsets(whole);
+    record_staged(file, all);
+    const std::string complete = file.bytes();
+    const std::vector<std::size_t> offsets = segment_offsets(complete);
     ASSERT_EQ(2 * saves + 1, offsets.size());
 
     const std::string salvage = "'" TDMS_TOOL "' salvage -o '" + std::string(salvaged.path()) +
                                 "' '" + file.path() + "' >/dev/null";
     std::minstd_rand random;
-    int torn = 0;
+    int truncated = 0;
     for (int round = 0; round != 100; ++round) {
         file.fill("");
-        const std::size_t returned = record_until_killed(file, random() % saves, random() % 300);
+        const std::size_t returned =
+            record_until_killed(record_staged, file, random() % saves, random() % 300);
         const std::string left = file.bytes();
-        ASSERT_TRUE(whole.starts_with(left));
+        ASSERT_TRUE(complete.starts_with(left));
         // Of the saves that returned, only what the stream still buffers is lost.
         EXPECT_LE(offsets[2 * returned], left.size() + BUFSIZ);
         const std::size_t end =
             *std::prev(std::upper_bound(offsets.begin(), offsets.end(), left.size()));
-        torn += end != left.size();
+        truncated += end != left.size();
         if (end == 0) continue;
         EXPECT_EQ(0, std::system(salvage.c_str()));
-        EXPECT_TRUE(whole.substr(0, end) == salvaged.bytes());
+        EXPECT_TRUE(complete.substr(0, end) == salvaged.bytes());
         EXPECT_EQ(0, open_tdms(salvaged, "r").status);
     }
-    EXPECT_GT(torn, 0);
+    EXPECT_GT(truncated, 0);
+}
+
+TEST(KilledRecording, HasEverySaveThatReturned)
+{
+    const scratch_file file;
+    std::minstd_rand random;
+    int truncated = 0;
+    for (int round = 0; round != 300; ++round) {
+        file.fill("");
+        const std::size_t returned =
+            record_until_killed(record_appended, file, random() % saves, random() % 300);
+        const tdms_file left(file);
+        ASSERT_EQ(0, left.status);
+        truncated += left.rest != 0;
+        if (returned == 0 && get_num_group(left.handle) == 0) continue;
+        const recorded found = recorded_channels(left).read();
+        const std::size_t saved = found.slow_times.size();
+        EXPECT_TRUE(saved == returned || saved == returned + 1) << saved << " of " << returned;
+        EXPECT_TRUE(found == recorded(0, saved)) << saved << " saves";
+    }
+    EXPECT_GT(truncated, 0);
 }
 
 }  // namespace

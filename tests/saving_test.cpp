@@ -14,6 +14,7 @@ namespace {
 // How many bytes the system still takes; -1 for all.
 std::int64_t room = -1;
 bool truncating_fails = false;
+bool syncing_fails = false;
 
 }  // namespace
 
@@ -34,6 +35,14 @@ extern "C" int ftruncate(int file, off_t size) noexcept
 {
     REAL(ftruncate);
     if (!truncating_fails) return real(file, size);
+    errno = EIO;
+    return -1;
+}
+
+extern "C" int fdatasync(int file)
+{
+    REAL(fdatasync);
+    if (!syncing_fails) return real(file);
     errno = EIO;
     return -1;
 }
@@ -189,6 +198,23 @@ TEST(SavingToADevice, ThatIsFullIsReported)
     EXPECT_EQ(TDMS_WRITE, tdms_save(file));
     EXPECT_EQ(TDMS_WRITE, tdms_close(&file));
     EXPECT_EQ(nullptr, file) << "closed all the same";
+}
+
+// What a device has failed to take once, the system counts as written; the handle does not.
+TEST(Syncing, AFailureIsForGood)
+{
+    const scratch_file scratch;
+    const tdms_file file(scratch, "w");
+    file.channel("g", "c");
+    EXPECT_EQ(0, tdms_sync(file.handle));
+    EXPECT_EQ(0, tdms_save(file.handle));
+    EXPECT_EQ(0, tdms_sync(file.handle));
+    for (const bool fails : {true, false}) {
+        syncing_fails = fails;
+        EXPECT_EQ(TDMS_WRITE, tdms_sync(file.handle));
+        EXPECT_EQ(EIO, errno);
+    }
+    EXPECT_EQ(0, tdms_save(file.handle));
 }
 
 // Only what is new is written, each value once; then nothing is.

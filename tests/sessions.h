@@ -107,3 +107,81 @@ void read_everything(const char* path, std::size_t saves, Call call)
     });
     call([&] { return close_file(&file.handle); });
 }
+
+// The same life by the second interface: two saves, each with all types in two groups and with
+// properties of its own, then one that is appended; every value read back, also through the handle
+// that wrote it.
+constexpr std::uint64_t values_of_a_save = 2 * staged_values;
+
+template <class Element, class Call>
+void append_samples(void* group, bool create, Call call)
+{
+    typename Element::value values[staged_values];
+    for (std::size_t i = 0; i != staged_values; ++i) values[i] = Element::samples[i % 3];
+    void* channel = nullptr;
+    const auto open = create ? tdms_create_channel : tdms_find_channel;
+    call([&] { return open(group, Element::name, &channel); });
+    call([&] { return Element::append(channel, staged_values, values); });
+    call([&] { return Element::append(channel, staged_values, values); });
+}
+
+template <class Call>
+void save_everything_once(void* file, bool create, Call call)
+{
+    for (const char* const name : {"g", "h"}) {
+        void* group = nullptr;
+        const auto open = create ? tdms_create_group : tdms_find_group;
+        call([&] { return open(file, name, &group); });
+        for_each_element(
+            [&]<class Element>(Element) { append_samples<Element>(group, create, call); });
+    }
+    call([&] { return tdms_save(file); });
+}
+
+template <class Call>
+void check_everything(void* file, std::uint64_t saves, Call call)
+{
+    for (const char* const name : {"g", "h"}) {
+        void* group = nullptr;
+        call([&] { return tdms_find_group(file, name, &group); });
+        for_each_element([&]<class Element>(Element) {
+            void* channel = nullptr;
+            typename Element::value values[values_of_a_save];
+            std::uint64_t count = 0;
+            call([&] { return tdms_find_channel(group, Element::name, &channel); });
+            call([&] { return tdms_get_num_values(channel, &count, nullptr); });
+            call([&] { return count != saves * values_of_a_save; });
+            call([&] { return Element::read(channel, count - 30, 30, values); });
+            for (std::size_t i = 0; i != 30; ++i) {
+                call([&] { return !is_same(Element::samples[(count + i) % 3], values[i]); });
+            }
+        });
+    }
+}
+
+template <class Call>
+void record_everything(const char* path, Call call)
+{
+    file_handle file;
+    call([&] { return tdms_open(path, "w", &file.handle); });
+    call([&] { return tdms_create_file_property_nanoseconds(file.handle, "start", 1); });
+    save_everything_once(file.handle, true, call);
+    save_everything_once(file.handle, false, call);
+    check_everything(file.handle, 2, call);
+    call([&] { return tdms_close(&file.handle); });
+}
+
+template <class Call>
+void extend_everything(const char* path, Call call)
+{
+    file_handle file;
+    file_handle viewer;
+    call([&] { return tdms_open_partial(path, &viewer.handle, nullptr); });
+    call([&] { return tdms_open(path, "a", &file.handle); });
+    check_everything(viewer.handle, 2, call);
+    save_everything_once(file.handle, false, call);
+    call([&] { return tdms_close(&file.handle); });
+    call([&] { return tdms_refresh(viewer.handle, nullptr); });
+    check_everything(viewer.handle, 3, call);
+    call([&] { return tdms_close(&viewer.handle); });
+}

@@ -22,6 +22,8 @@ void whole_lives(const scratch_file& scratch)
         append_everything(scratch.path(), call);
         read_everything(scratch.path(), 3, call);
         call([&] { return delete_file(scratch.path()); });
+        record_everything(scratch.path(), call);
+        extend_everything(scratch.path(), call);
     }
 }
 

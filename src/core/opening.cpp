@@ -159,10 +159,12 @@ int refresh(option& file, std::uint64_t* rest)
 {
     std::uint64_t after = 0;
     if (!file.writable) {
-        const std::int64_t size = file.stream == nullptr ? -1 : size_of_file(fileno(file.stream));
+        const int from = file.stream == nullptr ? -1 : fileno(file.stream);
+        const std::int64_t size = size_of_file(from);
         if (size < 0 || static_cast<std::uint64_t>(size) < file.file_size) return TDMS_FILE_READ;
-        read_appended_segments(file, fileno(file.stream), static_cast<std::uint64_t>(size));
-        after = static_cast<std::uint64_t>(size) - file.file_size;
+        const auto end = static_cast<std::uint64_t>(size);
+        if (const int status = read_appended_segments(file, from, end)) return status;
+        after = end - file.file_size;
     }
     if (rest != nullptr) *rest = after;
     return TDMS_OK;

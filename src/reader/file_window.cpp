@@ -65,7 +65,7 @@ void file_window::fill(std::uint64_t offset, std::uint64_t count)
 }
 
 std::uint64_t file_window::read_file(std::uint64_t offset, std::uint64_t count,
-                                     unsigned char* target) const
+                                     unsigned char* target)
 {
     // Bypasses the descriptor's position; seeking would cost a system call per read.
     std::uint64_t got = 0;
@@ -73,6 +73,7 @@ std::uint64_t file_window::read_file(std::uint64_t offset, std::uint64_t count,
         const ssize_t part =
             pread(file_, target + got, count - got, static_cast<off_t>(offset + got));
         if (part < 0 && errno == EINTR) continue;
+        if (part < 0) device_failed_ = true;
         if (part <= 0) break;
         got += static_cast<std::uint64_t>(part);
     }

@@ -20,6 +20,9 @@ class file_window {
     /// @return whether all of them could be read; if not, `target` may hold a part
     bool read(std::uint64_t offset, std::uint64_t count, unsigned char* target);
 
+    /// Whether the device failed in a read; a file that ends too early is no such failure.
+    bool device_failed() const { return device_failed_; }
+
     /// Whether the file, as it is now, reaches to `end`.
     bool covers(std::uint64_t end) const;
 
@@ -31,7 +34,7 @@ class file_window {
     }
 
     void fill(std::uint64_t offset, std::uint64_t count);
-    std::uint64_t read_file(std::uint64_t offset, std::uint64_t count, unsigned char* target) const;
+    std::uint64_t read_file(std::uint64_t offset, std::uint64_t count, unsigned char* target);
 
     int file_;
     std::uint64_t size_;
@@ -39,6 +42,7 @@ class file_window {
     std::uint64_t capacity_ = 0;
     std::uint64_t begin_ = 0;   // offset of the first byte in the buffer
     std::uint64_t filled_ = 0;  // bytes in the buffer
+    bool device_failed_ = false;
 };
 
 /// The size that a file has now; less than 0, with errno, if the system does not know.

@@ -245,6 +245,7 @@ int read_intact_segments(option& file, int from, std::uint64_t size)
             return s.complete_in(size) ? tree.add_segment(s.metadata) : cut_short;
         });
     });
+    if (window.device_failed()) return TDMS_FILE_READ;
     const std::uint64_t intact = file.file_size;
     if (intact == 0 && status != TDMS_OK) {
         return status == cut_short || status == TDMS_FILE_READ
@@ -259,7 +260,7 @@ int read_intact_segments(option& file, int from, std::uint64_t size)
     return read_all_segments(file, from, intact);
 }
 
-void read_appended_segments(option& file, int from, std::uint64_t size)
+int read_appended_segments(option& file, int from, std::uint64_t size)
 {
     file_window window(from, size);
     static_cast<void>(walk_segments(window, file.file_size, size, [&](const segment& s) {
@@ -270,6 +271,7 @@ void read_appended_segments(option& file, int from, std::uint64_t size)
         if (status == TDMS_OK) merge(file, added);
         return status;
     }));
+    return window.device_failed() ? TDMS_FILE_READ : TDMS_OK;
 }
 
 }  // namespace tdms

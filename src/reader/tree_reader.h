@@ -18,11 +18,13 @@ int read_tree(option& file, const std::string& path);
 int read_all_segments(option& file, int from, std::uint64_t size);
 
 /// Builds the tree of a fresh `file` by the intact segments at the beginning of a file of `size`
-/// bytes. @return 0, or the status of the first segment if that is damaged, not just cut short
+/// bytes. @return 0; the status of the first segment if that is damaged, not just cut short;
+///         TDMS_FILE_READ if the device fails
 int read_intact_segments(option& file, int from, std::uint64_t size);
 
 /// Adds the intact segments from `file_size` on to a tree, in which every object stays where it
 /// is. When memory runs out, what was added is complete segments.
-void read_appended_segments(option& file, int from, std::uint64_t size);
+/// @return 0, or TDMS_FILE_READ if the device fails
+int read_appended_segments(option& file, int from, std::uint64_t size);
 
 }  // namespace tdms
