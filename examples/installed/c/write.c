@@ -6,45 +6,43 @@
  */
 #include <math.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <tdms.h>
 
-enum { SAMPLES = 200, STEP = 5000 }; /* a sample every 5 ms */
+enum { SAMPLES = 200 };
 
 static void check(int status)
 {
-    if (status < 0) fprintf(stderr, "write: %s\n", get_error_description(status));
+    if (status == 0) return;
+    fprintf(stderr, "write: %s\n", tdms_status_text(status));
+    exit(1);
 }
 
 int main(int argc, char** argv)
 {
-    static double volts[SAMPLES];
-    static timestamp_fields times[SAMPLES];
     void* file;
     void* group;
     void* voltage;
     void* time;
-    int status;
     int i;
     if (argc != 2) {
         fputs("usage: write FILE\n", stderr);
         return 2;
     }
-    status = open_file(argv[1], "w", &file);
-    check(status);
-    if (status < 0) return 1;
-    for (i = 0; i != SAMPLES; ++i) {
-        const timestamp_fields t = {2024, 5, 17, 12, 0, i * STEP / 1000000, i * STEP % 1000000};
-        times[i] = t;
-        volts[i] = 5 + sin(i * 0.1);
-    }
+    check(tdms_open(argv[1], "w", &file));
     check(create_file_property_string(file, "title", "a sine"));
-    check(create_group(file, "bench", &group));
-    check(create_channel(group, "time", &time));
-    check(set_channel_data_timestamp(time, SAMPLES, times));
-    check(create_channel(group, "voltage", &voltage));
+    check(tdms_create_group(file, "bench", &group));
+    check(tdms_create_channel(group, "time", &time));
+    check(tdms_create_channel(group, "voltage", &voltage));
     check(create_channel_property_string(voltage, "unit", "V"));
-    check(set_channel_data_double(voltage, SAMPLES, volts));
-    check(save_file(file));
-    check(close_file(&file));
+    for (i = 0; i != SAMPLES; ++i) {
+        /* Every 5 ms from 2024-05-17T12:00:00 UTC on, in nanoseconds. */
+        const int64_t moment = 1715947200000000000 + i * (int64_t)5000000;
+        const double volts = 5 + sin(i * 0.1);
+        check(tdms_append_nanoseconds(time, 1, &moment));
+        check(tdms_append_double(voltage, 1, &volts));
+    }
+    check(tdms_save(file));
+    check(tdms_close(&file));
     return 0;
 }

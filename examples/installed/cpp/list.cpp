@@ -6,16 +6,15 @@
 #include <tdms.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <iostream>
 #include <memory>
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
 
 struct closer {
-    void operator()(void* file) const { close_file(&file); }
+    void operator()(void* file) const { tdms_close(&file); }
 };
 using file_handle = std::unique_ptr<void, closer>;
 
@@ -24,6 +23,14 @@ std::vector<void*> list(void* parent, int (*count)(void*), int (*get)(void*, voi
     std::vector<void*> handles(static_cast<std::size_t>(count(parent)));
     get(parent, handles.data());
     return handles;
+}
+
+std::string_view name_of(void* handle, int (*get)(void*, const char**, std::uint64_t*))
+{
+    const char* name = nullptr;
+    std::uint64_t length = 0;
+    get(handle, &name, &length);
+    return {name, length};
 }
 
 }  // namespace
@@ -35,22 +42,22 @@ int main(int argc, char** argv)
         return 2;
     }
     void* opened = nullptr;
-    if (const int status = open_file(argv[1], "r", &opened)) {
-        std::cerr << argv[1] << ": " << get_error_description(status) << '\n';
+    if (const int status = tdms_open(argv[1], "r", &opened)) {
+        std::cerr << argv[1] << ": " << tdms_status_text(status) << '\n';
         return 1;
     }
     const file_handle file(opened);
-    // No name is longer than the file that it stands in.
-    std::string group_name(std::filesystem::file_size(argv[1]) + 1, '\0');
-    std::string channel_name = group_name;
     for (void* const group : list(file.get(), get_num_group, get_group)) {
-        get_group_name(group, group_name.data());
         for (void* const channel : list(group, get_num_channel, get_channel)) {
             std::uint64_t count = 0;
-            get_channel_name(channel, channel_name.data());
-            get_num_channel_data(channel, &count);
-            std::cout << group_name.c_str() << '/' << channel_name.c_str() << ": " << count
-                      << " values\n";
+            const int status = tdms_get_num_values(channel, &count, nullptr);
+            std::cout << name_of(group, tdms_get_group_name) << '/'
+                      << name_of(channel, tdms_get_channel_name) << ": ";
+            if (status == 0) {
+                std::cout << count << " values\n";
+            } else {
+                std::cout << tdms_status_text(status) << '\n';
+            }
         }
     }
     return 0;

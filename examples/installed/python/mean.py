@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints the mean of a channel of doubles, through ctypes: no package is needed.
+"""Prints the mean of a channel of numbers, through ctypes: no package is needed.
 
     python3 mean.py FILE GROUP CHANNEL
 """
@@ -7,62 +7,44 @@ import ctypes
 import os
 import sys
 
-DOUBLE = 10  # the type code of double-precision numbers
+AT_ONCE = 65536  # values that are in memory at a time
 
 tdms = ctypes.CDLL("libtdms.so.1")
 handle = ctypes.c_void_p
 handles = ctypes.POINTER(handle)
-tdms.get_error_description.restype = ctypes.c_char_p
-tdms.open_file.argtypes = [ctypes.c_char_p, ctypes.c_char_p, handles]
-tdms.close_file.argtypes = [handles]
-tdms.get_num_group.argtypes = [handle]
-tdms.get_group.argtypes = [handle, handles]
-tdms.get_group_name.argtypes = [handle, ctypes.c_char_p]
-tdms.get_num_channel.argtypes = [handle]
-tdms.get_channel.argtypes = [handle, handles]
-tdms.get_channel_name.argtypes = [handle, ctypes.c_char_p]
-tdms.get_channel_datatype.argtypes = [handle]
-tdms.get_num_channel_data.argtypes = [handle, ctypes.POINTER(ctypes.c_uint64)]
-tdms.get_channel_data_double.argtypes = [handle, ctypes.POINTER(ctypes.c_double)]
+count = ctypes.c_uint64
+counts = ctypes.POINTER(count)
+tdms.tdms_status_text.restype = ctypes.c_char_p
+tdms.tdms_open.argtypes = [ctypes.c_char_p, ctypes.c_char_p, handles]
+tdms.tdms_close.argtypes = [handles]
+tdms.tdms_find_group.argtypes = [handle, ctypes.c_char_p, handles]
+tdms.tdms_find_channel.argtypes = [handle, ctypes.c_char_p, handles]
+tdms.tdms_get_num_values.argtypes = [handle, counts, counts]
+tdms.tdms_read_double.argtypes = [handle, count, count, ctypes.POINTER(ctypes.c_double)]
 
 
 def check(status):
-    """Counts and type codes pass through; a negative status ends the program."""
-    if status < 0:
-        sys.exit(f"mean.py: {tdms.get_error_description(status).decode()}")
-    return status
-
-
-def child(parent, count, get, get_name, wanted, room):
-    """The group of a file, or the channel of a group, that has the wanted name."""
-    found = (handle * check(count(parent)))()
-    check(get(parent, found))
-    name = ctypes.create_string_buffer(room)
-    for each in found:
-        check(get_name(each, name))
-        if name.value == os.fsencode(wanted):
-            return each
-    sys.exit(f"mean.py: there is no {wanted}")
+    """A status other than 0 ends the program."""
+    if status != 0:
+        sys.exit(f"mean.py: {tdms.tdms_status_text(status).decode()}")
 
 
 def main():
     if len(sys.argv) != 4:
         sys.exit(__doc__)
-    path, group_name, channel_name = sys.argv[1:]
-    file = handle()
-    check(tdms.open_file(os.fsencode(path), b"r", file))
-    room = os.path.getsize(path) + 1  # no name is longer than the file
-    group = child(file, tdms.get_num_group, tdms.get_group, tdms.get_group_name, group_name, room)
-    channel = child(group, tdms.get_num_channel, tdms.get_channel, tdms.get_channel_name,
-                    channel_name, room)
-    if check(tdms.get_channel_datatype(channel)) != DOUBLE:
-        sys.exit(f"mean.py: {channel_name} does not hold doubles")
-    count = ctypes.c_uint64()
-    check(tdms.get_num_channel_data(channel, count))
-    values = (ctypes.c_double * count.value)()
-    check(tdms.get_channel_data_double(channel, values))
-    check(tdms.close_file(file))
-    print(sum(values) / count.value if count.value else "no values")
+    path, group_name, channel_name = map(os.fsencode, sys.argv[1:])
+    file, group, channel, stored = handle(), handle(), handle(), count()
+    check(tdms.tdms_open(path, b"r", file))
+    check(tdms.tdms_find_group(file, group_name, group))
+    check(tdms.tdms_find_channel(group, channel_name, channel))
+    check(tdms.tdms_get_num_values(channel, stored, None))
+    total = 0.0
+    for first in range(0, stored.value, AT_ONCE):
+        values = (ctypes.c_double * min(AT_ONCE, stored.value - first))()
+        check(tdms.tdms_read_double(channel, first, len(values), values))
+        total += sum(values)
+    check(tdms.tdms_close(file))
+    print(total / stored.value if stored.value else "no values")
 
 
 if __name__ == "__main__":
