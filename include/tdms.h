@@ -572,8 +572,9 @@ TDMS_API int get_channel_data_string(void* channel, const char** values);
  *  2. A null argument, a handle of another kind, and anything that cannot be meant is
  *     #TDMS_ARGUMENT; where null is allowed, the function says so. A handle that is no longer valid
  *     is undefined, as above.
- *  3. Too little memory is #TDMS_MEMORY, and changes nothing: the same call can be made again. No
- *     function throws, ends the process or leaks.
+ *  3. Too little memory is #TDMS_MEMORY, and changes nothing: the same call can be made again.
+ * (What tdms_refresh() has taken in by then are complete segments.) No function throws, ends the
+ *     process or leaks.
  *  4. On a handle that only reads, and on one that has no stream, creating, appending, saving and
  *     syncing is #TDMS_FILE_HANDLE, and changes nothing.
  *  5. Times are nanoseconds since 1970-01-01T00:00:00 UTC, without leap seconds, in a signed 64-bit
@@ -787,7 +788,8 @@ TDMS_API int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_
 /** @name Reading values
  * Reads a range of the values that the file holds for a channel, of any group, on any handle that
  * has the file open. The first call for a file finds out where all values are and keeps that;
- * every call then costs what its range does. Beside that, no call takes more than 1 MiB of memory.
+ * every call then costs what its range does. Beside that index, and one segment's metadata while it
+ * is made, no call takes more than 1 MiB of memory.
  *
  * Some files state values that they do not hold, because of how the functions above save: those
  * count as lost, and the rest is numbered from 0 without gaps.

@@ -61,7 +61,8 @@ bool reads_back(const property_map& properties)
 
 bool reads_back(const group& g)
 {
-    const bool path_fits = is_listed(g) || parse_object_path(g.path).kind == object_kind::group;
+    const bool path_fits = is_listed(g) || (g.path.size() <= most_in_32_bits &&
+                                            parse_object_path(g.path).kind == object_kind::group);
     return path_fits && reads_back(g.properties);
 }
 
@@ -69,7 +70,9 @@ bool reads_back(const channel& c)
 {
     if (!is_listed(c)) {
         const object_path_parts parts = parse_object_path(c.path);
-        if (parts.kind != object_kind::channel || parts.group_path != c.group_path) return false;
+        const bool fits = c.path.size() <= most_in_32_bits && parts.kind == object_kind::channel &&
+                          parts.group_path == c.group_path;
+        if (!fits) return false;
     }
     const bool values_fit = c.data_type != TDMS_TYPE_STRING || c.data.size() <= most_in_32_bits;
     return values_fit && reads_back(c.properties);
