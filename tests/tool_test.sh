@@ -48,6 +48,8 @@ same out <(printf 'g/a,g/c,g/s\n1,2,say\000\n4,3,\n5,,\n') 'lost values, a zero 
 
 # A recording, complete, and truncated at several places of its second segment.
 "$record" record.tdms 2 2000 || fail record
+status 1 'Another program is writing' flock record.tdms "$record" record.tdms
+status 1 'not take what was written. File too large' bash -c 'ulimit -f 2; "$0" small.tdms 1 500' "$record"
 status 0 '^ +cpu idle +double +4000 .*unit = "%"' "$tdms" info record.tdms
 status 0 '"values": 4000' "$tdms" info --json record.tdms
 "$tdms" dump record.tdms system/load --count 1 | tail -1 >first
