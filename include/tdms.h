@@ -572,9 +572,9 @@ TDMS_API int get_channel_data_string(void* channel, const char** values);
  *  2. A null argument, a handle of another kind, and anything that cannot be meant is
  *     #TDMS_ARGUMENT; where null is allowed, the function says so. A handle that is no longer valid
  *     is undefined, as above.
- *  3. Too little memory is #TDMS_MEMORY, and changes nothing: the same call can be made again.
- * (What tdms_refresh() has taken in by then are complete segments.) No function throws, ends the
- *     process or leaks.
+ *  3. Too little memory is #TDMS_MEMORY, and changes nothing but that tdms_refresh() may have taken
+ *     in some segments: the same call can be made again. No function throws, ends the process or
+ *     leaks.
  *  4. On a handle that only reads, and on one that has no stream, creating, appending, saving and
  *     syncing is #TDMS_FILE_HANDLE, and changes nothing.
  *  5. Times are nanoseconds since 1970-01-01T00:00:00 UTC, without leap seconds, in a signed 64-bit
