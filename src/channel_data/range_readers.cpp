@@ -37,10 +37,11 @@ class value_range {
     /// Reads the stored bytes of the values.
     int read(std::uint32_t value_size, unsigned char* target)
     {
+        unsigned char* next = target;
         return for_each_part(
             [&](std::uint64_t offset, std::uint64_t size) {
-                const bool got = window_.read(offset, size, target);
-                target += size;
+                const bool got = window_.read(offset, size, next);
+                next += size;
                 return got ? TDMS_OK : TDMS_CHANNEL_DATA_READ;
             },
             value_size);

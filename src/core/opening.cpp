@@ -53,7 +53,7 @@ class file_on_its_way {
         return lseek(file(), 0, SEEK_END);
     }
 
-    bool empty()
+    bool truncate() const
     {
         struct stat facts {};
         return fstat(file(), &facts) == 0 && (!S_ISREG(facts.st_mode) || ftruncate(file(), 0) == 0);
@@ -107,7 +107,7 @@ int become_handle(std::shared_ptr<option> opened, file_on_its_way& from, open_mo
     const std::lock_guard guard(open.lock);
     // Room in the registry comes first: without it, no file is emptied.
     if (open.files.size() == open.files.capacity()) open.files.reserve(2 * open.files.size() + 1);
-    if (mode == open_mode::write && !from.empty()) return TDMS_FILE_PATH;
+    if (mode == open_mode::write && !from.truncate()) return TDMS_FILE_PATH;
     opened->stream = from.release();
     *handle = opened.get();
     open.files.push_back(std::move(opened));
