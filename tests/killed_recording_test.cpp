@@ -1,11 +1,10 @@
 // A recording process is killed at random moments. What it leaves is intact up to the segment that
 // was being written: salvaging recovers the intact segments, and of what tdms_save() saved, nothing
-// is missing.
+// is missing. One that is not killed is followed by tdms_refresh() to its end.
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <atomic>
 #include <random>
 
@@ -14,78 +13,123 @@
 
 namespace {
 
+using counter = std::atomic<std::size_t>;
+
 constexpr std::size_t saves = 40;
 
 // Saves of one value up to what takes several writes. Those that have returned are counted.
-void record_staged(const scratch_file& scratch, std::atomic<std::size_t>& returned)
+void record_staged(const scratch_file& scratch, counter& returned)
 {
     const open_tdms file(scratch, "w");
     void* const numbers = add_channel(file.add_group("g"), "c");
     void* const times = add_channel(file.group(0), "time");
-    for (std::size_t save = 0; save != saves; ++save) {
+    for (std::size_t save = 0; save != saves; ++save, ++returned) {
         const std::vector<std::int32_t> values(1 + save * 7919 % 50000, static_cast<int>(save));
         const std::vector<timestamp_fields> moments(save, {2024, 1, 1, 1, 0, 0, 0});
-        ASSERT_EQ(0, set_channel_data_int32(numbers, values.size(), values.data()));
-        ASSERT_EQ(0, set_channel_data_timestamp(times, moments.size(), moments.data()));
-        ASSERT_EQ(0, create_file_property_int8(file.handle, std::to_string(save).c_str(), 1));
-        ASSERT_EQ(0, save_file(file.handle));
-        ++returned;
+        expect_each(0, {set_channel_data_int32(numbers, values.size(), values.data()),
+                        set_channel_data_timestamp(times, moments.size(), moments.data()),
+                        create_file_property_int8(file.handle, std::to_string(save).c_str(), 1),
+                        save_file(file.handle)});
     }
 }
 
-// What the fast channels get in some saves.
-std::vector<std::int64_t> fast_values(std::int64_t first_save, std::int64_t end)
+// What the fast channels get in some saves of a recording of `all` saves.
+std::vector<std::int64_t> fast_values(std::int64_t first_save, std::int64_t end, std::int64_t all)
 {
     std::vector<std::int64_t> values;
     for (auto save = first_save; save != end; ++save) {
-        for (int i = 0; i <= save * 7919 % 10000; ++i) values.push_back(save << 40 | i);
+        for (int i = 0; i <= save * 7919 % (400000 / all); ++i) values.push_back(save << 40 | i);
     }
     return values;
 }
 
-void record_appended(const scratch_file& scratch, std::atomic<std::size_t>& returned)
+// Now and then, there is a new group and a new property, too.
+template <std::int64_t All>
+void record_appended(const scratch_file& scratch, counter& returned)
 {
     const tdms_file file(scratch, "w");
     void* const numbers = file.channel("fast", "number");
     void* const times = file.channel("fast", "time");
     void* const slow_times = file.channel("slow", "time");
     void* const events = file.channel("slow", "event");
-    for (std::int64_t save = 0; save != saves; ++save) {
-        const auto values = fast_values(save, save + 1);
+    for (std::int64_t save = 0; save != All; ++save, ++returned) {
+        const auto values = fast_values(save, save + 1, All);
         const std::string text = std::to_string(save);
         const char* const event = text.c_str();
+        if (save % 100 == 0) file.channel(event, "x");
+        if (save % 100 == 0) create_file_property_int8(file.handle, event, 1);
         expect_each(0, {tdms_append_int64(numbers, values.size(), values.data()),
                         tdms_append_nanoseconds(times, values.size(), values.data()),
                         tdms_append_nanoseconds(slow_times, 1, &save),
                         tdms_append_string(events, 1, &event), tdms_save(file.handle)});
-        ++returned;
     }
 }
 
 template <class T>
-std::vector<T> read_all(void* channel, int (*read)(void*, std::uint64_t, std::uint64_t, T*))
+std::vector<T> read_from(std::uint64_t first, void* channel,
+                         int (*read)(void*, std::uint64_t, std::uint64_t, T*))
 {
-    std::vector<T> values(found_and_lost(channel).first);
-    EXPECT_EQ(0, read(channel, 0, values.size(), values.data()));
+    std::vector<T> values(found_and_lost(channel).first - first);
+    EXPECT_EQ(0, read(channel, first, values.size(), values.data()));
     return values;
 }
 
-// Kills a recording some time after a number of saves. @return how many saves had returned
-std::size_t record_until_killed(void (*record)(const scratch_file&, std::atomic<std::size_t>&),
-                                const scratch_file& scratch, std::size_t saved, std::size_t delay)
+// What is known of a recording: complete saves, and how many values of fast channels they have.
+struct progress {
+    std::int64_t saves = 0;
+    std::uint64_t fast = 0;
+};
+
+// Reads what is new of a recording.
+void look_at(const tdms_file& file, progress& seen, std::int64_t all)
 {
-    static auto& returned =
-        *new (mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
-            std::atomic<std::size_t>;
-    returned = 0;
-    const pid_t child = fork();
-    if (child == 0) {
-        record(scratch, returned);
-        _exit(0);
+    if (get_num_group(file.handle) == 0) return;
+    const auto first = static_cast<std::uint64_t>(seen.saves);
+    const auto times = read_from(first, file.channel("slow", "time"), tdms_read_nanoseconds);
+    const auto events =
+        read_from<const char*>(first, file.channel("slow", "event"), tdms_read_string);
+    ASSERT_EQ(times.size(), events.size());
+    for (std::size_t i = 0; i != times.size(); ++i) {
+        EXPECT_EQ(seen.saves + static_cast<std::int64_t>(i), times[i]);
+        EXPECT_EQ(std::to_string(times[i]), events[i]);
     }
+    const auto now = seen.saves + static_cast<std::int64_t>(times.size());
+    const auto fast = fast_values(seen.saves, now, all);
+    EXPECT_TRUE(fast == read_from(seen.fast, file.channel("fast", "number"), tdms_read_int64));
+    EXPECT_TRUE(fast == read_from(seen.fast, file.channel("fast", "time"), tdms_read_nanoseconds));
+    EXPECT_EQ((now + 99) / 100, get_num_file_property(file.handle));
+    EXPECT_EQ((now + 99) / 100 + 2, get_num_group(file.handle));
+    seen = {now, seen.fast + fast.size()};
+}
+
+counter& shared_counter()
+{
+    static auto& shared = *new (
+        mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) counter;
+    shared = 0;
+    return shared;
+}
+
+pid_t start(void (*record)(const scratch_file&, counter&), const scratch_file& file, counter& count)
+{
+    file.fill("");
+    const pid_t child = fork();
+    if (child != 0) return child;
+    record(file, count);
+    _exit(testing::Test::HasFailure() ? 1 : 0);
+}
+
+// Kills a recording some time after some number of saves. @return how many saves had returned
+std::size_t record_until_killed(void (*record)(const scratch_file&, counter&),
+                                const scratch_file& scratch)
+{
+    static std::minstd_rand random;
+    counter& returned = shared_counter();
+    const std::size_t saved = random() % saves;
+    const pid_t child = start(record, scratch, returned);
     while (returned < saved && waitpid(child, nullptr, WNOHANG) == 0) usleep(1);
     EXPECT_GE(returned, saved) << "the recording ended by itself";
-    usleep(static_cast<useconds_t>(delay));
+    usleep(static_cast<useconds_t>(random() % 300));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
     return returned;
@@ -95,26 +139,20 @@ TEST(KilledRecording, IsIntactUpToTheTruncatedSegment)
 {
     const scratch_file file;
     const scratch_file salvaged;
-    std::atomic<std::size_t> all = 0;
-    record_staged(file, all);
+    record_staged(file, shared_counter());
     const std::string complete = file.bytes();
     const std::vector<std::size_t> offsets = segment_offsets(complete);
     ASSERT_EQ(2 * saves + 1, offsets.size());
-
     const std::string salvage = "'" TDMS_TOOL "' salvage -o '" + std::string(salvaged.path()) +
                                 "' '" + file.path() + "' >/dev/null";
-    std::minstd_rand random;
     int truncated = 0;
     for (int round = 0; round != 100; ++round) {
-        file.fill("");
-        const std::size_t returned =
-            record_until_killed(record_staged, file, random() % saves, random() % 300);
+        const std::size_t returned = record_until_killed(record_staged, file);
         const std::string left = file.bytes();
         ASSERT_TRUE(complete.starts_with(left));
         // Of the saves that returned, only what the stream still buffers is lost.
         EXPECT_LE(offsets[2 * returned], left.size() + BUFSIZ);
-        const std::size_t end =
-            *std::prev(std::upper_bound(offsets.begin(), offsets.end(), left.size()));
+        const auto end = *std::prev(std::upper_bound(offsets.begin(), offsets.end(), left.size()));
         truncated += end != left.size();
         if (end == 0) continue;
         EXPECT_EQ(0, std::system(salvage.c_str()));
@@ -127,30 +165,38 @@ TEST(KilledRecording, IsIntactUpToTheTruncatedSegment)
 TEST(KilledRecording, HasEverySaveThatReturned)
 {
     const scratch_file file;
-    std::minstd_rand random;
     int truncated = 0;
     for (int round = 0; round != 200; ++round) {
-        file.fill("");
-        const std::size_t returned =
-            record_until_killed(record_appended, file, random() % saves, random() % 300);
+        const auto returned =
+            static_cast<std::int64_t>(record_until_killed(record_appended<saves>, file));
         const tdms_file left(file);
         ASSERT_EQ(0, left.status);
         truncated += left.rest != 0;
-        if (returned == 0 && get_num_group(left.handle) == 0) continue;
-        const auto slow_times = read_all(left.channel("slow", "time"), tdms_read_nanoseconds);
-        const std::size_t saved = slow_times.size();
-        EXPECT_TRUE(saved == returned || saved == returned + 1) << saved << " of " << returned;
-        const auto fast = fast_values(0, static_cast<std::int64_t>(saved));
-        EXPECT_TRUE(fast == read_all(left.channel("fast", "number"), tdms_read_int64));
-        EXPECT_TRUE(fast == read_all(left.channel("fast", "time"), tdms_read_nanoseconds));
-        const auto events = read_all<const char*>(left.channel("slow", "event"), tdms_read_string);
-        ASSERT_EQ(saved, events.size());
-        for (std::size_t i = 0; i != saved; ++i) {
-            EXPECT_EQ(slow_times[i], std::stoll(events[i]));
-            EXPECT_EQ(std::to_string(i), events[i]);
-        }
+        progress all;
+        look_at(left, all, saves);
+        EXPECT_TRUE(all.saves == returned || all.saves == returned + 1) << all.saves;
     }
     EXPECT_GT(truncated, 0);
+}
+
+TEST(Recording, IsFollowedSaveBySave)
+{
+    const scratch_file scratch("");
+    const pid_t recorder = start(record_appended<1000>, scratch, shared_counter());
+    const tdms_file file(scratch);
+    ASSERT_EQ(0, file.status);
+    progress seen;
+    int ended = -1;
+    for (int looks = 1; ended < 0 && !HasFailure(); ++looks) {
+        if (waitpid(recorder, &ended, WNOHANG) == 0) ended = -1;
+        ASSERT_EQ(0, tdms_refresh(file.handle, nullptr));
+        look_at(file, seen, 1000);
+        // Who opens the file in the middle finds complete saves, too.
+        progress anew;
+        if (looks % 50 == 0) look_at(tdms_file(scratch), anew, 1000);
+    }
+    EXPECT_EQ(std::pair(0, std::int64_t{1000}), std::pair(ended, seen.saves));
+    EXPECT_EQ(0, tdms_file(scratch, "r").status);
 }
 
 }  // namespace

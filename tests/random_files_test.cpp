@@ -19,14 +19,13 @@ template <class Element>
 typename Element::value value_of(int number)
 {
     using T = typename Element::value;
-    static const std::vector<std::string> texts = [] {
-        std::vector<std::string> made;
-        for (int i = 0; i != 1000; ++i) made.push_back(std::string(i % 5, 'x') + std::to_string(i));
-        return made;
-    }();
+    static std::string texts[1000];
     number %= 1000;
     if constexpr (std::is_same_v<T, const char*>) {
-        return number % 7 == 0 ? "" : texts[static_cast<std::size_t>(number)].c_str();
+        std::string& text = texts[number];
+        if (text.empty() && number % 7 != 0)
+            text = std::string(number % 5, 'x') + std::to_string(number);
+        return text.c_str();
     } else if constexpr (std::is_same_v<T, timestamp_fields>) {
         return {2024, 1 + number % 12, 1, 0, 0, number % 60, number};
     } else {
@@ -35,6 +34,8 @@ typename Element::value value_of(int number)
 }
 
 struct model_channel {
+    std::string group;
+    std::string name;
     void* handle = nullptr;
     int type = 0;  // 0 while it is open
     std::vector<int> stored;
@@ -46,6 +47,13 @@ struct model_channel {
 
     bool complete() const { return staged.size() == stated; }
     bool is_fixed_size() const { return type != TDMS_TYPE_STRING && type != TDMS_TYPE_TIMESTAMP; }
+
+    void* find(void* file) const
+    {
+        void* found = nullptr;
+        if (tdms_find_group(file, group.c_str(), &found) != TDMS_OK) return nullptr;
+        return tdms_find_channel(found, name.c_str(), &found) == TDMS_OK ? found : nullptr;
+    }
 };
 
 template <class Use>
@@ -58,61 +66,41 @@ void with_element(int type, Use use)
 
 class session {
   public:
-    explicit session(std::size_t groups) : channels_(groups) {}
+    explicit session(std::size_t groups) : groups_(groups) {}
 
     void open(bool first)
     {
-        old_ = below(2) == 0;
-        const char* const mode = first ? "w" : "a";
-        const auto open = old_ ? open_file : tdms_open;
-        ASSERT_EQ(0, open(scratch_.path(), mode, &handle_));
-        for (std::size_t g = 0; g != channels_.size(); ++g) {
-            for (std::size_t c = 0; c != channels_[g].size(); ++c) {
-                model_channel& m = channels_[g][c];
-                m.handle = find(handle_, g, c);
-                if (m.handle == nullptr) m.handle = create(g, c);  // it was never saved
-                m.type = get_channel_datatype(m.handle);
-                m.staged.clear();
-                m.unsaved = false;
-                m.stated = old_ ? m.latest : 0;
-            }
+        const bool old = below(2) == 0;
+        ASSERT_EQ(0,
+                  (old ? open_file : tdms_open)(scratch_.path(), first ? "w" : "a", &file_.handle));
+        for (model_channel& m : channels_) {
+            m.handle = file_.channel(m.group.c_str(), m.name.c_str());  // it may not be saved
+            m.type = get_channel_datatype(m.handle);
+            m.staged.clear();
+            m.unsaved = false;
+            m.stated = old ? m.latest : 0;
         }
     }
 
-    void close() { ASSERT_EQ(0, (below(2) == 0 ? close_file : tdms_close)(&handle_)); }
+    void close() { ASSERT_EQ(0, (below(2) == 0 ? close_file : tdms_close)(&file_.handle)); }
 
     void step()
     {
-        const std::size_t g = below(channels_.size());
-        auto& group = channels_[g];
-        switch (below(12)) {
-            case 0:
-                if (group.size() < 9) add_channel_to(g);
-                break;
-            case 1:
-                save_by_stream();
-                break;
-            case 2:
-            case 3:
-                save();
-                break;
-            case 4:
-                check(handle_);
-                break;
-            default:
-                if (!group.empty()) stage(group[below(group.size())]);
-        }
+        const std::size_t what = below(12);
+        if (what == 0 && channels_.size() < 20) add_channel();
+        if (what == 1) save_by_stream();
+        if (what == 2 || what == 3) save();
+        if (what == 4) check(file_.handle);
+        if (what > 4 && !channels_.empty()) stage(channels_[below(channels_.size())]);
     }
 
     // Every channel of an open file against the model, or at least against a part of it.
     void check(void* file, bool all = true) const
     {
-        for (std::size_t g = 0; g != channels_.size(); ++g) {
-            for (std::size_t c = 0; c != channels_[g].size(); ++c) {
-                void* const handle = find(file, g, c);
-                if (handle != nullptr) check(handle, channels_[g][c], all);
-                EXPECT_TRUE(handle != nullptr || !all || channels_[g][c].stored.empty());
-            }
+        for (const model_channel& m : channels_) {
+            void* const handle = m.find(file);
+            if (handle != nullptr) check(handle, m, all);
+            EXPECT_TRUE(handle != nullptr || !all || m.stored.empty());
         }
     }
 
@@ -121,15 +109,13 @@ class session {
     {
         const open_tdms file(scratch_, "r");
         ASSERT_EQ(0, file.status);
-        std::uint64_t lost = 0;
-        for (const model_channel& m : channels_[0]) lost += m.lost;
-        if (channels_.size() != 1 || lost != 0) return;
-        for (std::size_t c = 0; c != channels_[0].size(); ++c) {
-            const model_channel& m = channels_[0][c];
+        const bool lost =
+            std::any_of(channels_.begin(), channels_.end(), [](auto& m) { return m.lost != 0; });
+        for (const model_channel& m : channels_) {
+            if (groups_ != 1 || lost || m.type == TDMS_TYPE_STRING || m.stored.empty()) continue;
             with_element(m.type, [&]<class Element>(Element) {
-                if (m.type == TDMS_TYPE_STRING || m.stored.empty()) return;
                 const auto values = std::make_unique<typename Element::value[]>(m.stored.size());
-                ASSERT_EQ(0, Element::get(find(file.handle, 0, c), values.get()));
+                ASSERT_EQ(0, Element::get(m.find(file.handle), values.get()));
                 expect_values<Element>(m, 0, m.stored.size(), values.get());
             });
         }
@@ -138,32 +124,14 @@ class session {
     const scratch_file& scratch() const { return scratch_; }
 
   private:
-    static std::string name(char kind, std::size_t i) { return kind + std::to_string(i); }
-
-    static void* find(void* file, std::size_t g, std::size_t c)
-    {
-        void* found = nullptr;
-        if (tdms_find_group(file, name('g', g).c_str(), &found) != TDMS_OK) return nullptr;
-        return tdms_find_channel(found, name('c', c).c_str(), &found) == TDMS_OK ? found : nullptr;
-    }
-
-    void* create(std::size_t g, std::size_t c)
-    {
-        void* group = nullptr;
-        void* channel = nullptr;
-        if (tdms_find_group(handle_, name('g', g).c_str(), &group) != TDMS_OK) {
-            EXPECT_EQ(0, tdms_create_group(handle_, name('g', g).c_str(), &group));
-        }
-        EXPECT_EQ(0, tdms_create_channel(group, name('c', c).c_str(), &channel));
-        return channel;
-    }
-
-    void add_channel_to(std::size_t g)
+    void add_channel()
     {
         model_channel added;
-        added.handle = create(g, channels_[g].size());
+        added.group = "g" + std::to_string(below(groups_));
+        added.name = "c" + std::to_string(channels_.size());
+        added.handle = file_.channel(added.group.c_str(), added.name.c_str());
         if (below(3) == 0) create_channel_property_int8(added.handle, "p", 1);
-        channels_[g].push_back(added);
+        channels_.push_back(added);
     }
 
     // Stages some values, in place of those before, or after them.
@@ -186,14 +154,6 @@ class session {
         m.unsaved = true;
     }
 
-    template <class Use>
-    void for_each(Use use)
-    {
-        for (auto& group : channels_) {
-            for (model_channel& m : group) use(m);
-        }
-    }
-
     static void store(model_channel& m, bool found)
     {
         if (found && m.complete()) {
@@ -205,36 +165,36 @@ class session {
 
     void save()
     {
-        ASSERT_EQ(0, tdms_save(handle_));
-        for_each([](model_channel& m) {
-            if (!m.unsaved || m.staged.empty()) return;
+        ASSERT_EQ(0, tdms_save(file_.handle));
+        for (model_channel& m : channels_) {
+            if (!m.unsaved || m.staged.empty()) continue;
             store(m, true);
-            m.latest = m.stated;
+            m.latest = std::exchange(m.stated, 0);
             m.staged.clear();
-            m.stated = 0;
             m.unsaved = false;
-        });
+        }
     }
 
     // Of several timestamp channels, only the last one's values are stored. Where a channel was not
     // staged, the others can be found if each of them states another count than before.
     void save_by_stream()
     {
-        ASSERT_EQ(0, save_file(handle_));
-        model_channel* last_time = nullptr;
+        ASSERT_EQ(0, save_file(file_.handle));
+        std::pair<std::string, std::string> last_time;
         bool missing = false;
         bool others_changed = true;
-        for_each([&](model_channel& m) {
-            if (m.type == TDMS_TYPE_TIMESTAMP) last_time = &m;
-            if (!m.is_fixed_size() || m.stated == 0) return;
+        for (const model_channel& m : channels_) {
+            if (m.type == TDMS_TYPE_TIMESTAMP) last_time = std::max(last_time, {m.group, m.name});
+            if (!m.is_fixed_size() || m.stated == 0) continue;
             if (!m.complete()) missing = true;
             if (m.complete() && m.stated == m.latest) others_changed = false;
-        });
-        for_each([&](model_channel& m) {
-            store(m, m.type == TDMS_TYPE_TIMESTAMP ? &m == last_time : !missing || others_changed);
+        }
+        for (model_channel& m : channels_) {
+            const bool last = last_time == std::pair(m.group, m.name);
+            store(m, m.type == TDMS_TYPE_TIMESTAMP ? last : !missing || others_changed);
             m.latest = m.stated;
             m.unsaved = false;
-        });
+        }
     }
 
     template <class Element>
@@ -261,24 +221,22 @@ class session {
             expect_values<Element>(m, first, part, values.get());
             EXPECT_EQ(TDMS_RANGE, Element::read(handle, first, count - first + 1, values.get()));
         });
-        if (m.type != TDMS_TYPE_STRING && m.type != TDMS_TYPE_TIMESTAMP && m.type != 0) {
-            std::vector<double> doubles(part);
-            ASSERT_EQ(0, tdms_read_double(handle, first, part, doubles.data()));
-            with_element(m.type, [&]<class Element>(Element) {
-                if constexpr (std::is_arithmetic_v<typename Element::value>) {
-                    for (std::size_t i = 0; i != part; ++i) {
-                        ASSERT_EQ(static_cast<double>(value_of<Element>(m.stored[first + i])),
-                                  doubles[i]);
-                    }
+        with_element(m.type, [&]<class Element>(Element) {
+            if constexpr (std::is_arithmetic_v<typename Element::value>) {
+                std::vector<double> doubles(part);
+                ASSERT_EQ(0, tdms_read_double(handle, first, part, doubles.data()));
+                for (std::size_t i = 0; i != part; ++i) {
+                    const auto expected = value_of<Element>(m.stored[first + i]);
+                    ASSERT_EQ(static_cast<double>(expected), doubles[i]);
                 }
-            });
-        }
+            }
+        });
     }
 
     const scratch_file scratch_;
-    std::vector<std::vector<model_channel>> channels_;
-    void* handle_ = nullptr;
-    bool old_ = false;
+    const std::size_t groups_;
+    std::vector<model_channel> channels_;
+    tdms_file file_;
     int next_ = 1;
 };
 

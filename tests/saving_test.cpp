@@ -1,5 +1,5 @@
 // What the system does not take: a write that stops at any byte, a limit of file sizes, a full
-// device, and a lock. The C library's write() and ftruncate() are here, before the real ones.
+// device. The C library's write(), ftruncate() and fdatasync() are here, before the real ones.
 #include <sys/resource.h>
 
 #include <cerrno>
@@ -21,30 +21,26 @@ bool syncing_fails = false;
 extern "C" ssize_t write(int file, const void* bytes, std::size_t count)
 {
     REAL(write);
-    if (room == 0) {
-        errno = ENOSPC;
-        return -1;
-    }
+    if (room == 0) errno = ENOSPC;
+    if (room == 0) return -1;
     if (room > 0) count = std::min(count, static_cast<std::size_t>(room));
     const ssize_t part = real(file, bytes, count);
-    if (room > 0 && part > 0) room -= part;
+    if (room > 0) room -= part;
     return part;
 }
 
 extern "C" int ftruncate(int file, off_t size) noexcept
 {
     REAL(ftruncate);
-    if (!truncating_fails) return real(file, size);
     errno = EIO;
-    return -1;
+    return truncating_fails ? -1 : real(file, size);
 }
 
 extern "C" int fdatasync(int file)
 {
     REAL(fdatasync);
-    if (!syncing_fails) return real(file);
     errno = EIO;
-    return -1;
+    return syncing_fails ? -1 : real(file);
 }
 
 namespace {
@@ -59,9 +55,33 @@ void append_everything_once(const tdms_file& file)
     EXPECT_EQ(0, create_file_property_string(file.handle, "p", "text"));
 }
 
+struct file_size_limit {
+    explicit file_size_limit(std::size_t size)
+    {
+        std::signal(SIGXFSZ, SIG_DFL);
+        EXPECT_EQ(0, getrlimit(RLIMIT_FSIZE, &before));
+        const rlimit limit{size, before.rlim_max};
+        EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+    }
+    ~file_size_limit() { setrlimit(RLIMIT_FSIZE, &before); }
+    file_size_limit(file_size_limit&&) = delete;
+
+    rlimit before{};
+};
+
+// A file as it was, and what is to be saved next: not the property, whose name is there already.
+struct next_save : tdms_file {
+    next_save(const scratch_file& scratch, const std::string& before)
+        : tdms_file((scratch.fill(before), scratch), "a")
+    {
+        EXPECT_EQ(0, delete_file_property(handle, "p"));
+        append_everything_once(*this);
+    }
+};
+
+// Files with one save of everything, and with two.
 class Saving : public testing::Test {
   protected:
-    // A file with one save of everything.
     void SetUp() override
     {
         set_time_zone("UTC");
@@ -69,29 +89,13 @@ class Saving : public testing::Test {
         append_everything_once(first);
         first.save_and_close();
         before_ = scratch_.bytes();
-        tdms_file undisturbed(scratch_, "a");
-        append_again(undisturbed);
-        undisturbed.save_and_close();
+        next_save(scratch_, before_).save_and_close();
         after_ = scratch_.bytes();
-    }
-    void TearDown() override
-    {
-        room = -1;
-        truncating_fails = false;
-    }
-
-    // What is new in the second save has a property less: the name is there already.
-    static void append_again(const tdms_file& file)
-    {
-        EXPECT_EQ(0, delete_file_property(file.handle, "p"));
-        append_everything_once(file);
     }
 
     static void expect_write_error(int expected, int status)
     {
-        const int reason = errno;
-        EXPECT_EQ(TDMS_WRITE, status);
-        EXPECT_EQ(expected, reason);
+        EXPECT_EQ(std::pair(int{TDMS_WRITE}, expected), std::pair(status, errno));
     }
 
     scratch_file scratch_;
@@ -104,9 +108,7 @@ TEST_F(Saving, AWriteThatStopsAtAnyByteLeavesTheLastSave)
     const auto size = static_cast<std::int64_t>(after_.size() - before_.size());
     for (std::int64_t byte = 0; byte != size; ++byte) {
         SCOPED_TRACE(byte);
-        scratch_.fill(before_);
-        tdms_file file(scratch_, "a");
-        append_again(file);
+        next_save file(scratch_, before_);
         room = byte;
         expect_write_error(ENOSPC, tdms_save(file.handle));
         ASSERT_EQ(before_, scratch_.bytes());
@@ -123,9 +125,7 @@ TEST_F(Saving, AWriteThatStopsAtAnyByteLeavesTheLastSave)
 TEST_F(Saving, CuttingBackIsMadeUpFor)
 {
     for (const bool closed_at_once : {false, true}) {
-        scratch_.fill(before_);
-        tdms_file file(scratch_, "a");
-        append_again(file);
+        next_save file(scratch_, before_);
         room = 100;
         truncating_fails = true;
         expect_write_error(ENOSPC, tdms_save(file.handle));
@@ -134,9 +134,7 @@ TEST_F(Saving, CuttingBackIsMadeUpFor)
         expect_write_error(EIO, tdms_save(file.handle));
         expect_write_error(EIO, tdms_sync(file.handle));
         truncating_fails = false;
-        if (!closed_at_once) {
-            EXPECT_EQ(0, tdms_save(file.handle));
-        }
+        EXPECT_EQ(0, closed_at_once ? 0 : tdms_save(file.handle));
         EXPECT_EQ(0, tdms_close(&file.handle));
         EXPECT_EQ(closed_at_once ? before_ : after_, scratch_.bytes());
     }
@@ -145,16 +143,12 @@ TEST_F(Saving, CuttingBackIsMadeUpFor)
 // Passing the limit would end the process by a signal.
 TEST_F(Saving, ALimitOfFileSizes)
 {
-    scratch_.fill(before_);
-    tdms_file file(scratch_, "a");
-    append_again(file);
-    rlimit limit{};
-    ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &limit));
-    const rlimit small{after_.size() - 1, limit.rlim_max};
-    ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &small));
-    expect_write_error(EFBIG, tdms_save(file.handle));
-    EXPECT_EQ(before_, scratch_.bytes());
-    ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+    next_save file(scratch_, before_);
+    {
+        const file_size_limit limit(after_.size() - 1);
+        expect_write_error(EFBIG, tdms_save(file.handle));
+        EXPECT_EQ(before_, scratch_.bytes());
+    }
     file.save_and_close();
     EXPECT_EQ(after_, scratch_.bytes());
 }
@@ -169,50 +163,38 @@ TEST_F(Saving, WhatSaveFileCouldNotWriteIsReported)
         void* const channel = file.channel(0, 0);
         const double values[] = {1, 2};
         EXPECT_EQ(0, set_channel_data_double(channel, 2, values));
-        rlimit limit{};
-        ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &limit));
-        const rlimit small{before_.size() + 40, limit.rlim_max};
-        std::signal(SIGXFSZ, SIG_IGN);
-        ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &small));
-        EXPECT_EQ(0, save_file(file.handle));
-        if (read_first) {
-            EXPECT_EQ(2u, found_and_lost(channel).first);
+        {
+            const file_size_limit limit(before_.size() + 40);
+            std::signal(SIGXFSZ, SIG_IGN);
+            EXPECT_EQ(0, save_file(file.handle));
+            EXPECT_EQ(2u, read_first ? found_and_lost(channel).first : 2);
+            EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
         }
-        EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
-        ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
         EXPECT_EQ(before_, scratch_.bytes());
-        EXPECT_EQ(0, tdms_append_double(channel, 2, values));
-        EXPECT_EQ(0, tdms_save(file.handle));
+        expect_each(0, {tdms_append_double(channel, 2, values), tdms_save(file.handle)});
         EXPECT_EQ(4u, found_and_lost(channel).first);
         EXPECT_EQ(0, tdms_close(&file.handle));
         EXPECT_EQ(4u, found_and_lost(tdms_file(scratch_, "r").channel("g", "double")).first);
     }
 }
 
-TEST(SavingToADevice, ThatIsFullIsReported)
+TEST_F(Saving, ToADeviceThatIsFull)
 {
     void* file = nullptr;
     void* group = nullptr;
-    ASSERT_EQ(0, tdms_open("/dev/full", "w", &file));
-    ASSERT_EQ(0, tdms_create_group(file, "g", &group));
-    EXPECT_EQ(TDMS_WRITE, tdms_save(file));
-    EXPECT_EQ(TDMS_WRITE, tdms_close(&file));
+    expect_each(0, {tdms_open("/dev/full", "w", &file), tdms_create_group(file, "g", &group)});
+    expect_each(TDMS_WRITE, {tdms_save(file), tdms_close(&file)});
     EXPECT_EQ(nullptr, file) << "closed all the same";
 }
 
 // What a device has failed to take once, the system counts as written; the handle does not.
-TEST(Syncing, AFailureIsForGood)
+TEST_F(Saving, AFailedSyncIsForGood)
 {
-    const scratch_file scratch;
-    const tdms_file file(scratch, "w");
-    file.channel("g", "c");
-    EXPECT_EQ(0, tdms_sync(file.handle));
-    EXPECT_EQ(0, tdms_save(file.handle));
-    EXPECT_EQ(0, tdms_sync(file.handle));
+    const next_save file(scratch_, before_);
+    expect_each(0, {tdms_sync(file.handle), tdms_save(file.handle), tdms_sync(file.handle)});
     for (const bool fails : {true, false}) {
         syncing_fails = fails;
-        EXPECT_EQ(TDMS_WRITE, tdms_sync(file.handle));
-        EXPECT_EQ(EIO, errno);
+        expect_write_error(EIO, tdms_sync(file.handle));
     }
     EXPECT_EQ(0, tdms_save(file.handle));
 }
@@ -226,14 +208,13 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
     void* const channel = file.channel("g", "c");
     const std::int32_t values[] = {7, 8, 9};
     const char* const texts[] = {"ab", "", "c"};
-    EXPECT_EQ(0, tdms_append_int32(channel, 2, values));
-    EXPECT_EQ(0, tdms_append_int32(channel, 1, values + 2));
-    EXPECT_EQ(0, tdms_append_string(file.channel("g", "s"), 3, texts));
     const std::int64_t one_second = 1000000000;
-    EXPECT_EQ(0, tdms_append_nanoseconds(file.channel("h", "t"), 1, &one_second));
-    EXPECT_EQ(0, tdms_append_nanoseconds(file.channel("h", "u"), 1, &one_second));
-    EXPECT_EQ(0, create_channel_property_int8(channel, "p", 1));
-    EXPECT_EQ(0, tdms_save(file.handle));
+    expect_each(0,
+                {tdms_append_int32(channel, 2, values), tdms_append_int32(channel, 1, values + 2),
+                 tdms_append_string(file.channel("g", "s"), 3, texts),
+                 tdms_append_nanoseconds(file.channel("h", "t"), 1, &one_second),
+                 tdms_append_nanoseconds(file.channel("h", "u"), 1, &one_second),
+                 create_channel_property_int8(channel, "p", 1), tdms_save(file.handle)});
     const std::string seconds = u64(0) + u64(2082844801);
     const std::string first =
         segment({object("/", none), object("/'g'", none), object("/'h'", none),
@@ -247,20 +228,17 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
 
     // A property that was saved can still be read, and be replaced; a type alone is saved, too.
     std::int8_t p = 0;
-    EXPECT_EQ(0, get_channel_property_int8(channel, "p", &p));
-    EXPECT_EQ(0, create_channel_property_int8(channel, "p", 2));
+    expect_each(0, {get_channel_property_int8(channel, "p", &p),
+                    create_channel_property_int8(channel, "p", 2)});
     EXPECT_EQ(TDMS_CHANNEL_PROPERTY_REPEATED, create_channel_property_int8(channel, "p", 3));
-    EXPECT_EQ(0, tdms_append_double(late, 0, nullptr));
-    EXPECT_EQ(0, tdms_save(file.handle));
+    expect_each(0, {tdms_append_double(late, 0, nullptr), tdms_save(file.handle)});
     const std::string second =
         segment({object("/'g'/'c'", none, u32(1) + text("p") + u32(1) + "\x02"),
                  object("/'h'/'late'", fixed_index(10, 0))});
     EXPECT_EQ(first + second, scratch.bytes());
     // save_file() finds nothing staged.
-    EXPECT_EQ(0, save_file(file.handle));
-    EXPECT_EQ(0, tdms_close(&file.handle));
-    const open_tdms again(scratch, "r");
-    EXPECT_EQ(3u, value_count(again.channel(0, 0)));
+    expect_each(0, {save_file(file.handle), tdms_close(&file.handle)});
+    EXPECT_EQ(3u, value_count(open_tdms(scratch, "r").channel(0, 0)));
 }
 
 // What the first interface lets a program add, and no reader would give back, is not written.
@@ -269,18 +247,16 @@ TEST(SavingOnce, NothingThatCannotBeReadBack)
     const scratch_file scratch;
     tdms_file file(scratch, "w");
     const std::int32_t value = 1;
+    const double other = 2;
     void* channel = file.channel("g", "c");
-    EXPECT_EQ(0, tdms_append_int32(channel, 1, &value));
-    EXPECT_EQ(0, tdms_save(file.handle));
+    expect_each(0, {tdms_append_int32(channel, 1, &value), tdms_save(file.handle)});
     const std::string intact = scratch.bytes();
     void* group = nullptr;
     EXPECT_EQ(0, create_group(file.handle, "a/", &group));
     EXPECT_EQ(TDMS_ARGUMENT, tdms_save(file.handle));
-    EXPECT_EQ(0, delete_group(group));
     // A channel that left memory keeps its type and its values in the file.
-    EXPECT_EQ(0, delete_channel(channel));
+    expect_each(0, {delete_group(group), delete_channel(channel)});
     channel = file.channel("g", "c");
-    const double other = 2;
     EXPECT_EQ(1u, found_and_lost(channel).first);
     EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_append_double(channel, 1, &other));
     EXPECT_EQ(0, set_channel_data_double(channel, 1, &other));

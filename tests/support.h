@@ -73,6 +73,7 @@ struct open_tdms : file_handle {
 
 // The same by the second interface.
 struct tdms_file : file_handle {
+    tdms_file() = default;
     tdms_file(const scratch_file& file, const char* mode)
         : status(tdms_open(file.path(), mode, &handle))
     {
@@ -103,7 +104,7 @@ struct tdms_file : file_handle {
     }
 
     std::uint64_t rest = 0;
-    int status;
+    int status = TDMS_OK;
 };
 
 // How many values of a channel can be read, and how many are lost.
@@ -135,6 +136,13 @@ inline std::uint64_t value_count(void* channel)
     std::uint64_t count = 0;
     EXPECT_EQ(0, get_num_channel_data(channel, &count));
     return count;
+}
+
+// How many descriptors the process has.
+inline std::ptrdiff_t descriptors()
+{
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return std::distance(begin(all), end(all));
 }
 
 // Each of them must be the expected status.
