@@ -16,14 +16,37 @@ using owners = std::array<void*, 3>;
 // In three saves they are more texts than the storage has room for in one piece of memory.
 constexpr std::size_t staged_values = 24;
 
+template <class Element>
+auto samples()
+{
+    std::array<typename Element::value, staged_values> values;
+    for (std::size_t i = 0; i != staged_values; ++i) values[i] = Element::samples[i % 3];
+    return values;
+}
+
+// Values from the first of a file on, or from any other that is alike.
+template <class Element, class Call>
+void check_samples(const typename Element::value* values, std::size_t count, Call call)
+{
+    for (std::size_t i = 0; i != count; ++i) {
+        call([&] { return !is_same(Element::samples[i % 3], values[i]); });
+    }
+}
+
+template <class Element, class Call>
+owners find(void* file, const char* group, Call call)
+{
+    owners all = {file, nullptr, nullptr};
+    call([&] { return tdms_find_group(file, group, &all[1]); });
+    call([&] { return tdms_find_channel(all[1], Element::name, &all[2]); });
+    return all;
+}
+
 template <class Element, class Call>
 void stage_samples(void* channel, Call call)
 {
-    using other =
-        std::conditional_t<Element::code == element_int8::code, element_int16, element_int8>;
-    typename Element::value values[staged_values];
-    for (std::size_t i = 0; i != staged_values; ++i) values[i] = Element::samples[i % 3];
-    call([&] { return Element::set(channel, staged_values, values); });
+    using other = std::conditional_t<Element::code == 1, element_int16, element_int8>;
+    call([&] { return Element::set(channel, staged_values, samples<Element>().data()); });
     call([&] { return other::set(channel, 0, nullptr) != TDMS_CHANNEL_DATATYPE; });
 }
 
@@ -52,58 +75,38 @@ void write_everything(const char* path, Call call)
     call([&] { return close_file(&file.handle); });
 }
 
-// Calls use(Element, owners) for every channel of a file with everything.
-template <class Call, class Use>
-void for_each_channel(void* file, Call call, Use use)
-{
-    void* group = nullptr;
-    call([&] { return get_group(file, &group); });
-    void* channels[13] = {};
-    call([&] { return get_channel(group, channels); });
-    for_each_element([&]<class Element>(Element element) {
-        for (void* const channel : channels) {
-            char name[16];
-            call([&] { return get_channel_name(channel, name); });
-            if (name == std::string_view(Element::name)) use(element, owners{file, group, channel});
-        }
-    });
-}
-
 template <class Call>
 void append_everything(const char* path, Call call)
 {
     file_handle file;
     call([&] { return open_file(path, "a", &file.handle); });
-    for_each_channel(file.handle, call, [&]<class Element>(Element, const owners& all) {
-        stage_samples<Element>(all[2], call);
+    for_each_element([&]<class Element>(Element) {
+        stage_samples<Element>(find<Element>(file.handle, "g", call)[2], call);
     });
     call([&] { return save_file(file.handle); });
     call([&] { return close_file(&file.handle); });
 }
 
-// Reads all properties and the values of `saves` saves.
+// Reads all properties and the values of three saves.
 template <class Call>
-void read_everything(const char* path, std::size_t saves, Call call)
+void read_everything(const char* path, Call call)
 {
     file_handle file;
     call([&] { return open_file(path, "r", &file.handle); });
-    for_each_channel(file.handle, call, [&]<class Element>(Element, const owners& all) {
-        using T = typename Element::value;
+    for_each_element([&]<class Element>(Element) {
+        const owners all = find<Element>(file.handle, "g", call);
         for (std::size_t i = 0; i != all.size(); ++i) {
-            T value{};
+            typename Element::value value{};
             call([&] { return Element::properties[i].get(all[i], Element::name, &value); });
             call([&] { return !is_same(Element::samples[i], value); });
         }
         std::uint64_t count = 0;
+        typename Element::value values[3 * staged_values];
+        call([&] { return get_channel_datatype(all[2]) != Element::code; });
         call([&] { return get_num_channel_data(all[2], &count); });
-        call([&] {
-            return get_channel_datatype(all[2]) != Element::code || count != staged_values * saves;
-        });
-        const auto values = std::make_unique<T[]>(count);
-        call([&] { return Element::get(all[2], values.get()); });
-        for (std::size_t i = 0; i != count; ++i) {
-            call([&] { return !is_same(Element::samples[i % 3], values[i]); });
-        }
+        call([&] { return count != std::size(values); });
+        call([&] { return Element::get(all[2], values); });
+        check_samples<Element>(values, count, call);
     });
     call([&] { return close_file(&file.handle); });
 }
@@ -111,29 +114,22 @@ void read_everything(const char* path, std::size_t saves, Call call)
 // The same life by the second interface: two saves, each with all types in two groups and with
 // properties of its own, then one that is appended; every value read back, also through the handle
 // that wrote it.
-constexpr std::uint64_t values_of_a_save = 2 * staged_values;
-
-template <class Element, class Call>
-void append_samples(void* group, bool create, Call call)
-{
-    typename Element::value values[staged_values];
-    for (std::size_t i = 0; i != staged_values; ++i) values[i] = Element::samples[i % 3];
-    void* channel = nullptr;
-    const auto open = create ? tdms_create_channel : tdms_find_channel;
-    call([&] { return open(group, Element::name, &channel); });
-    call([&] { return Element::append(channel, staged_values, values); });
-    call([&] { return Element::append(channel, staged_values, values); });
-}
-
 template <class Call>
-void save_everything_once(void* file, bool create, Call call)
+void save_everything(void* file, bool create, Call call)
 {
+    const auto open_group = create ? tdms_create_group : tdms_find_group;
+    const auto open_channel = create ? tdms_create_channel : tdms_find_channel;
     for (const char* const name : {"g", "h"}) {
         void* group = nullptr;
-        const auto open = create ? tdms_create_group : tdms_find_group;
-        call([&] { return open(file, name, &group); });
-        for_each_element(
-            [&]<class Element>(Element) { append_samples<Element>(group, create, call); });
+        void* channel = nullptr;
+        call([&] { return open_group(file, name, &group); });
+        for_each_element([&]<class Element>(Element) {
+            call([&] { return open_channel(group, Element::name, &channel); });
+            for (int i = 0; i != 2; ++i) {
+                const auto values = samples<Element>();
+                call([&] { return Element::append(channel, staged_values, values.data()); });
+            }
+        });
     }
     call([&] { return tdms_save(file); });
 }
@@ -142,19 +138,14 @@ template <class Call>
 void check_everything(void* file, std::uint64_t saves, Call call)
 {
     for (const char* const name : {"g", "h"}) {
-        void* group = nullptr;
-        call([&] { return tdms_find_group(file, name, &group); });
         for_each_element([&]<class Element>(Element) {
-            void* channel = nullptr;
-            typename Element::value values[values_of_a_save];
+            void* const channel = find<Element>(file, name, call)[2];
+            typename Element::value values[30];
             std::uint64_t count = 0;
-            call([&] { return tdms_find_channel(group, Element::name, &channel); });
             call([&] { return tdms_get_num_values(channel, &count, nullptr); });
-            call([&] { return count != saves * values_of_a_save; });
+            call([&] { return count != saves * 2 * staged_values; });
             call([&] { return Element::read(channel, count - 30, 30, values); });
-            for (std::size_t i = 0; i != 30; ++i) {
-                call([&] { return !is_same(Element::samples[(count + i) % 3], values[i]); });
-            }
+            check_samples<Element>(values, 30, call);
         });
     }
 }
@@ -165,8 +156,8 @@ void record_everything(const char* path, Call call)
     file_handle file;
     call([&] { return tdms_open(path, "w", &file.handle); });
     call([&] { return tdms_create_file_property_nanoseconds(file.handle, "start", 1); });
-    save_everything_once(file.handle, true, call);
-    save_everything_once(file.handle, false, call);
+    save_everything(file.handle, true, call);
+    save_everything(file.handle, false, call);
     check_everything(file.handle, 2, call);
     call([&] { return tdms_close(&file.handle); });
 }
@@ -179,7 +170,7 @@ void extend_everything(const char* path, Call call)
     call([&] { return tdms_open_partial(path, &viewer.handle, nullptr); });
     call([&] { return tdms_open(path, "a", &file.handle); });
     check_everything(viewer.handle, 2, call);
-    save_everything_once(file.handle, false, call);
+    save_everything(file.handle, false, call);
     call([&] { return tdms_close(&file.handle); });
     call([&] { return tdms_refresh(viewer.handle, nullptr); });
     check_everything(viewer.handle, 3, call);

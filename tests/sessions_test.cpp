@@ -20,7 +20,7 @@ void whole_lives(const scratch_file& scratch)
     for (int round = 0; round != 5; ++round) {
         write_everything(scratch.path(), call);
         append_everything(scratch.path(), call);
-        read_everything(scratch.path(), 3, call);
+        read_everything(scratch.path(), call);
         call([&] { return delete_file(scratch.path()); });
         record_everything(scratch.path(), call);
         extend_everything(scratch.path(), call);
