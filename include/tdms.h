@@ -5,9 +5,9 @@
  * A file is a tree: the file, its named groups, their named channels. Every object has named, typed
  * properties; every channel has a sequence of values of one type.
  *
- * There are two interfaces to the same handles, the same tree and the same files. New programs take
- * the second one, @ref tdms "tdms_", which has conventions of its own. The first one comes first,
- * and stays as it is for the programs that were written against it; its counting, listing and
+ * There are two interfaces to the same handles, the same tree and the same files. New programs
+ * should use the second one, @ref tdms "tdms_", which has conventions of its own. The first is
+ * documented first; it does not change, because programs depend on it. Its counting, listing and
  * deleting functions, and those for properties, serve both. Comments name the traps of the first
  * interface, and the functions that avoid them.
  *
@@ -569,14 +569,15 @@ TDMS_API int get_channel_data_string(void* channel, const char** values);
  *  1. The result is 0 or a negative status; tdms_status_text() turns it into a sentence. Outputs
  *     are written on success only. An exception to that is a device that fails, or a file that is
  *     truncated, during a read: the caller's array may then hold a part.
- *  2. A null argument, a handle of another kind, and anything that cannot be meant is
+ *  2. A null argument, a handle of another kind, and any argument that makes no sense yield
  *     #TDMS_ARGUMENT; where null is allowed, the function says so. A handle that is no longer valid
  *     is undefined, as above.
- *  3. Too little memory is #TDMS_MEMORY, and changes nothing but that tdms_refresh() may have taken
- *     in some segments: the same call can be made again. No function throws, ends the process or
- *     leaks.
+ *  3. A lack of memory yields #TDMS_MEMORY and changes nothing, except that tdms_refresh() may
+ *     already have taken in some segments: the same call can be made again. No function throws,
+ *     ends the process or leaks.
  *  4. On a handle that only reads, and on one that has no stream, creating, appending, saving and
- *     syncing is #TDMS_FILE_HANDLE, and changes nothing.
+ *     syncing is #TDMS_FILE_HANDLE, and changes nothing. (The functions for properties above do not
+ *     check this; tdms_save() does.)
  *  5. Times are nanoseconds since 1970-01-01T00:00:00 UTC, without leap seconds, in a signed 64-bit
  *     number: from the year 1677 to 2262. All of them come back exactly; what a file holds beyond
  *     them comes back as the nearest end. Time zones and summer time play no part.
@@ -598,13 +599,14 @@ TDMS_API const char* tdms_status_text(int status);
  * Opens a file.
  *
  * "w" and "a" lock the file against other writers (an exclusive advisory lock, flock) as long as
- * the handle lives; where the file system has no locks, nothing is locked. Reading neither takes a
- * lock nor minds one: a file can be read while it is recorded. A call that fails leaves no
+ * the handle lives; where the file system has no locks, nothing is locked. Readers take no lock and
+ * ignore the writer's. With "r", a file that is being recorded may end within the segment that is
+ * being saved, which is #TDMS_FILE_READ: use tdms_open_partial(). A call that fails leaves no
  * descriptor open and no byte changed.
  * @param path the file's path
- * @param mode "r" reads a file, every segment of which must be intact; "w" creates a file or
- * empties an existing one; "a" opens a file as "r" does, and appends to it. What a file opened with
- *        "w" or "a" holds can be read, too
+ * @param mode "r" reads a file, every segment of which must be intact. "w" creates a file, or
+ *        empties an existing one. "a" opens a file as "r" does, and appends to it. What a file
+ *        opened with "w" or "a" holds can be read, too; both need the permission to read
  * @param[out] file the handle, for tdms_close()
  * @return 0; #TDMS_FILE_PATH with errno if the file cannot be opened, or not written to with "w" or
  *         "a": EWOULDBLOCK if another handle writes to it; the status of the first fault in the
@@ -629,6 +631,9 @@ TDMS_API int tdms_open_partial(const char* path, void** file, uint64_t* rest);
  * since the last call: groups, channels, properties and values. All handles and names stay valid,
  * and so does the text of a property unless a new segment changes it. On a handle that writes there
  * is nothing to take in.
+ *
+ * A file that was emptied and is recorded again is not the one that was opened. Once that shows,
+ * every later call fails, too: close the handle and open the file again.
  * @param[out] rest how many bytes follow the intact segments; may be null
  * @return 0; #TDMS_FILE_READ if the file is shorter than what the handle knows of it, which the
  *         handle keeps, or if the device fails; #TDMS_ARGUMENT; #TDMS_MEMORY
@@ -642,7 +647,7 @@ TDMS_API int tdms_refresh(void* file, uint64_t* rest);
  * property of the same name can be created again, in place of the old one.
  *
  * On success the operating system has all of it: a process that is killed afterwards loses none.
- * If the system does not take it (disk full, quota, size limit, device gone), the file is cut back
+ * If the write fails (disk full, quota, size limit, device gone), the file is cut back
  * to the end of the last save, and everything stays in memory for the next call.
  * @return 0; #TDMS_WRITE with errno, also for what an earlier save_file() could not write;
  *         #TDMS_ARGUMENT if a name or text added by the functions above cannot be read back (a
@@ -718,7 +723,8 @@ TDMS_API int tdms_get_channel_name(void* channel, const char** name, uint64_t* l
 
 /** @name Properties: texts
  * @param[out] text the library's own text, with a NUL after it; valid until the property is
- * deleted, created again, saved by save_file() or changed by tdms_refresh(), or its object goes
+ * deleted, created again, saved by save_file() or changed by tdms_refresh(), or its
+ *             object is destroyed
  * @param[out] length its bytes without that NUL; there may be zero bytes among them
  * @return 0; #TDMS_DATATYPE if the property is not a string; #TDMS_FILE_PROPERTY_NAME,
  *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if there is no property of that
@@ -744,6 +750,7 @@ TDMS_API int tdms_get_channel_property_nanoseconds(void* channel, const char* na
 /** @} */
 
 /** @name Creating properties: times
+ * As with the other types, a property that tdms_save() has written on this handle is replaced.
  * @param value nanoseconds since 1970-01-01T00:00:00 UTC
  * @return 0; #TDMS_FILE_PROPERTY_REPEATED, #TDMS_GROUP_PROPERTY_REPEATED or
  *         #TDMS_CHANNEL_PROPERTY_REPEATED if there is a property of that name; #TDMS_FILE_HANDLE;

@@ -129,6 +129,7 @@ class Faults : public ::testing::Test {
     // Runs a session whose n-th call of one kind fails. @return the status it gave up with
     int run_with_fault(std::size_t which, fault what, long n, bool try_again = false)
     {
+        std::filesystem::remove(scratch_.path());  // truncating would wait for the device
         scratch_.fill(before_[which]);
         kind = what;
         countdown = n;

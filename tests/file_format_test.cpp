@@ -10,10 +10,9 @@ TEST_F(FileFormat, TheSmallestFileByteForByte)
     scratch.fill("something");
     const open_tdms emptied(scratch, "w");
     EXPECT_EQ("", scratch.bytes()) << "emptied, and nothing written before a save";
-    EXPECT_EQ(0, create_file_property_string(file.handle, "title", "demo"));
     const std::int32_t values[] = {1, 2, 3};
-    EXPECT_EQ(0, set_channel_data_int32(channel, 3, values));
-    EXPECT_EQ(0, save_file(file.handle));
+    expect_each(0, {create_file_property_string(file.handle, "title", "demo"),
+                    set_channel_data_int32(channel, 3, values), save_file(file.handle)});
     file.save_and_close();
 
     // clang-format off
@@ -28,20 +27,19 @@ TEST_F(FileFormat, TheSmallestFileByteForByte)
         1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0};
     // clang-format on
     const std::string first(std::begin(first_save), std::end(first_save));
-    ASSERT_EQ(162u, first.size());
     // The second save has no new properties, and writes the staged values again.
     EXPECT_EQ(first + segment({}) + first.substr(82), scratch.bytes());
 }
 
 TEST_F(FileFormat, EveryKindOfObject)
 {
-    EXPECT_EQ(0, create_group_property_int16(group, "n", -2));
-    EXPECT_EQ(0, set_channel_data_double(channel, 0, nullptr));
     void* const a = file.add_group("a");
     void* const texts = add_channel(a, "texts");
     const char* const words[] = {"ab", "", "cde"};
-    EXPECT_EQ(0, set_channel_data_string(texts, 3, words));
-    EXPECT_EQ(0, create_channel_property_bool(texts, "p", true));
+    expect_each(
+        0,
+        {create_group_property_int16(group, "n", -2), set_channel_data_double(channel, 0, nullptr),
+         set_channel_data_string(texts, 3, words), create_channel_property_bool(texts, "p", true)});
     add_channel(a, "never filled");
     EXPECT_EQ(0, save_file(file.handle));
 
@@ -69,17 +67,16 @@ TEST_F(FileFormat, EveryKindOfObject)
     EXPECT_EQ(1u, value_count(open_tdms(scratch, "r").channel(2, 0))) << "of a group not listed";
 }
 
-// Both timestamp channels state their counts, but only the last one's bytes are stored.
+// Both timestamp channels state their counts, but only the last one's bytes are stored: the first
+// one reads those, and the block of the last begins after one that is not there.
 TEST_F(FileFormat, OfTwoTimestampChannelsTheLastOneIsStored)
 {
     set_time_zone("UTC");
-    const timestamp_fields first[] = {{1970, 1, 1, 0, 0, 0, 0}};
-    const timestamp_fields last[] = {{1970, 1, 1, 0, 1, 0, 0}, {1970, 1, 1, 0, 2, 0, 0}};
-    EXPECT_EQ(0, set_channel_data_timestamp(channel, 1, first));
-    EXPECT_EQ(0, set_channel_data_timestamp(add_channel(group, "d"), 2, last));
-    EXPECT_EQ(0, create_channel_property_uint8(channel, "p", 7));
+    const timestamp_fields times[] = {{1970, 1, 1, 0, 1, 0, 0}, {1970, 1, 1, 0, 2, 0, 0}};
+    expect_each(0, {set_channel_data_timestamp(channel, 1, times + 1),
+                    set_channel_data_timestamp(add_channel(group, "d"), 2, times),
+                    create_channel_property_uint8(channel, "p", 7)});
     file.save_and_close();
-
     const std::string property_p = u32(1) + text("p") + u32(5) + "\x07";
     const std::uint64_t epoch = 2082844800;
     EXPECT_EQ(segment({object("/", none), object("/'g'", none),
@@ -88,13 +85,11 @@ TEST_F(FileFormat, OfTwoTimestampChannelsTheLastOneIsStored)
                       u64(0) + u64(epoch + 60) + u64(0) + u64(epoch + 120)) +
                   segment({}),
               scratch.bytes());
-
     const open_tdms again(scratch, "r");
     timestamp_fields read[2] = {};
     EXPECT_EQ(0, get_channel_data_timestamp(again.channel(0, 0), read));
-    EXPECT_EQ(1, read[0].minute) << "the first bytes are the other channel's";
-    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_timestamp(again.channel(0, 1), read))
-        << "its block begins behind a block that is not there";
+    EXPECT_EQ(1, read[0].minute);
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_timestamp(again.channel(0, 1), read));
 }
 
 // A failed staging keeps type, count and bytes of the one before.
@@ -105,8 +100,8 @@ TEST_F(FileFormat, AFailedStagingChangesNothing)
     const float other = 1;
     const char* const word[] = {"x"};
     const char* const broken[] = {"y", nullptr};
-    EXPECT_EQ(0, set_channel_data_int32(channel, 1, &value));
-    EXPECT_EQ(0, set_channel_data_string(texts, 1, word));
+    expect_each(
+        0, {set_channel_data_int32(channel, 1, &value), set_channel_data_string(texts, 1, word)});
     EXPECT_EQ(3, get_channel_datatype(channel));
     EXPECT_EQ(TDMS_CHANNEL_DATATYPE, set_channel_data_float(channel, 1, &other));
     EXPECT_EQ(TDMS_CHANNEL_DATA_READ, set_channel_data_int32(channel, 2, nullptr));
@@ -119,6 +114,48 @@ TEST_F(FileFormat, AFailedStagingChangesNothing)
                   segment({int32s("/'g'/'c'", 1), object("/'g'/'t'", string_index(1, 5))},
                           u32(7) + u32(1) + "x"),
               scratch.bytes());
+}
+
+// The count of a channel that was read and not staged is stated again, without values.
+TEST(Appending, WithoutStaging)
+{
+    const std::string whole = segment({int32s("/'g'/'c'", 2)}, u32(1) + u32(2));
+    const scratch_file scratch(whole);
+    open_tdms file(scratch, "a");
+    EXPECT_EQ(0, save_file(file.handle));
+    EXPECT_EQ(0, set_channel_data_int32(file.channel(0, 0), 0, nullptr));
+    file.save_and_close();
+    EXPECT_EQ(whole + segment({}) + segment({int32s("/'g'/'c'", 2)}) + segment({}) +
+                  segment({int32s("/'g'/'c'", 0)}),
+              scratch.bytes());
+}
+
+// What a mode reads: nothing in "w", and in "a" only what was there, as long as it was nothing.
+TEST_F(FileFormat, ModesThatDoNotRead)
+{
+    const std::int32_t value = 5;
+    expect_each(0, {set_channel_data_int32(channel, 1, &value), save_file(file.handle),
+                    get_channel_data_int32(channel, nullptr)});
+    file.save_and_close();  // behind the first save: reading did not move the stream
+    const std::string two_saves = scratch.bytes();
+    const open_tdms appended(scratch, "a");
+    void* const read = appended.channel(0, 0);
+    EXPECT_EQ(2u, value_count(read));
+    expect_each(0, {set_channel_data_int32(read, 1, &value), save_file(appended.handle),
+                    create_file_property_int8(appended.handle, "p", 1)});
+    std::int32_t untouched[2] = {8, 9};
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int32(read, untouched));
+    EXPECT_EQ(TDMS_FILE_HANDLE, save_file(appended.handle)) << "the failed read closed the stream";
+    EXPECT_EQ(1, get_num_file_property(appended.handle)) << "nothing is lost from memory";
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int32(read, untouched));
+    EXPECT_EQ(8, untouched[0]);
+    EXPECT_EQ(two_saves + segment({}) + two_saves.substr(two_saves.size() - 72), scratch.bytes());
+
+    const scratch_file empty("");
+    const open_tdms fresh(empty, "a");
+    void* const first = add_channel(fresh.add_group("g"), "c");
+    expect_each(0, {set_channel_data_int32(first, 1, &value),
+                    get_channel_data_int32(first, nullptr), save_file(fresh.handle)});
 }
 
 }  // namespace

@@ -245,18 +245,25 @@ int for_each_string_part(const stored_values& values, file_window& tables, std::
         });
 }
 
-// Locates a range of a channel's strings, and the bytes that they take with a NUL each.
+// The bytes that a range of strings takes with a NUL each, and where they end in the file.
+struct string_range {
+    std::uint64_t size;
+    std::uint64_t end;
+};
+
+// Locates a range of a channel's strings.
 int locate_strings(channel& c, std::uint64_t first, std::uint64_t count, stored_values& values,
-                   std::uint64_t& size)
+                   string_range& range)
 {
     if (const int status = locate_values(c, values)) return status;
     if (values.data_type != 0 && values.data_type != TDMS_TYPE_STRING) return TDMS_CHANNEL_DATATYPE;
     if (const int status = check_range(values, first, count)) return status;
-    size = count;
+    range = {count, 0};
     if (count == 0) return TDMS_OK;
     file_window tables(values.file, values.file_size);
-    return for_each_string_part(values, tables, first, count, [&size](const string_part& part) {
-        size += part.text_size();
+    return for_each_string_part(values, tables, first, count, [&range](const string_part& part) {
+        range.size += part.text_size();
+        range.end = part.text_offset() + part.text_size();
         return true;
     });
 }
@@ -294,10 +301,13 @@ int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t
         });
 }
 
-// Whether every string of the range is where its table says; nothing is written before that.
-int check_tables(const stored_values& values, std::uint64_t first, std::uint64_t count)
+// Whether every string of the range is where its table says, and the file still reaches there;
+// nothing is written before that.
+int check_strings(const stored_values& values, std::uint64_t first, std::uint64_t count,
+                  std::uint64_t end)
 {
     file_window tables(values.file, values.file_size);
+    if (!tables.covers(end)) return TDMS_CHANNEL_DATA_READ;
     return for_each_string_part(values, tables, first, count, [](string_part& part) {
         return part.visit_lengths([](std::uint64_t) {});
     });
@@ -344,9 +354,9 @@ int tdms_get_string_size(void* channel, uint64_t first, uint64_t count, uint64_t
     return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) -> int {
         if (size == nullptr) return TDMS_ARGUMENT;
         tdms::stored_values values{};
-        std::uint64_t needed = 0;
-        if (const int status = tdms::locate_strings(c, first, count, values, needed)) return status;
-        *size = needed;
+        tdms::string_range range{};
+        if (const int status = tdms::locate_strings(c, first, count, values, range)) return status;
+        *size = range.size;
         return TDMS_OK;
     });
 }
@@ -357,14 +367,14 @@ int tdms_read_string(void* channel, uint64_t first, uint64_t count, char* buffer
     return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) -> int {
         if (texts == nullptr || (buffer == nullptr && size != 0)) return TDMS_ARGUMENT;
         tdms::stored_values values{};
-        std::uint64_t needed = 0;
-        if (const int status = tdms::locate_strings(c, first, count, values, needed)) return status;
-        if (size < needed) return TDMS_PROPERTY_BUFFER;
+        tdms::string_range range{};
+        if (const int status = tdms::locate_strings(c, first, count, values, range)) return status;
+        if (size < range.size) return TDMS_PROPERTY_BUFFER;
         if (count == 0) {
             *texts = buffer;
             return TDMS_OK;
         }
-        if (const int status = tdms::check_tables(values, first, count)) return status;
-        return tdms::read_strings(values, first, count, buffer, needed, texts);
+        if (const int status = tdms::check_strings(values, first, count, range.end)) return status;
+        return tdms::read_strings(values, first, count, buffer, range.size, texts);
     });
 }

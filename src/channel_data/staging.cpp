@@ -44,8 +44,8 @@ int stage(void* handle, std::uint64_t count, const T* values)
 
 void append_strings(std::uint64_t count, const char* const* values, staged_strings to)
 {
-    make_room(to.ends, size_of(count, 4));
     make_room(to.bytes, size_of(count, 16));  // a guess
+    make_room(to.ends, size_of(count, 4));
     for (std::uint64_t i = 0; i != count; ++i) {
         const std::string_view value = text(values[i]);
         make_room(to.bytes, value.size());

@@ -70,7 +70,7 @@ struct group {
     property_map properties;
     bool unquoted;  // the file it came from has a channel path without its quotes
     std::uint64_t saves_at_origin;
-    bool listed;  // since then, in a segment that tdms_save() wrote
+    bool listed;  // since then: by tdms_save(), or for its properties
 };
 
 class channel_values;
@@ -87,16 +87,18 @@ struct option {
     byte_vector time_segment;  // the two segments of a save, kept for their capacity
     byte_vector channel_segment;
 
-    bool writable;             // opened with "w" or "a"
-    bool unquoted;             // the file has a group path without its quotes
-    bool objects_removed;      // from memory; the file may hold values of a channel among them
-    bool saved_by_stream;      // since `saved_size` was found out
-    bool torn;                 // the file has bytes after `saved_size` that must go
-    bool entry_synced;         // the name of a new file survives a loss of power
-    int write_error;           // errno of a write that failed and has not been reported yet
-    int sync_error;            // errno of a sync that failed: for what it concerned, for good
-    std::uint64_t saved_size;  // of a writable file: where its last intact save ends
-    descriptor reader;         // for a stream that cannot be read
+    std::uint64_t last_segment;  // of a file that is followed: where the last segment known begins
+    bool replaced;               // the file that is followed is no longer the one that was opened
+    bool writable;               // opened with "w" or "a"
+    bool unquoted;               // the file has a group path without its quotes
+    bool objects_removed;        // from memory; the file may hold values of a channel among them
+    bool saved_by_stream;        // since `saved_size` was found out
+    bool torn;                   // the file has bytes after `saved_size` that must go
+    bool entry_synced;           // the name of a new file survives a loss of power
+    int write_error;             // errno of a write that failed and has not been reported yet
+    int sync_error;              // errno of a sync that failed: for what it concerned, for good
+    std::uint64_t saved_size;    // of a writable file: where its last intact save ends
+    descriptor reader;           // for a stream that cannot be read
     std::shared_ptr<value_index> stored;  // null until it is needed
 
     int open_file(const std::string& path, const std::string& mode);

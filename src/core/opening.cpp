@@ -22,8 +22,8 @@ class file_on_its_way {
     ~file_on_its_way()
     {
         const int reason = errno;
+        if (created_) unlink(path_);  // while it is locked
         if (stream_ != nullptr) std::fclose(stream_);
-        if (created_) unlink(path_);
         errno = reason;
     }
     file_on_its_way(const file_on_its_way&) = delete;
@@ -127,7 +127,7 @@ int open(const char* path, open_mode mode, void** handle)
     auto opened = std::make_shared<option>();
     file_on_its_way from(path, mode);
     const std::int64_t size = from.open();
-    if (size < 0) return TDMS_FILE_PATH;
+    if (size < 0) return errno == ENOMEM ? TDMS_MEMORY : TDMS_FILE_PATH;
     if (mode != open_mode::write) {
         const int status =
             read_all_segments(*opened, from.file(), static_cast<std::uint64_t>(size));
@@ -146,7 +146,7 @@ int open_partial(const char* path, void** handle, std::uint64_t* rest)
     auto opened = std::make_shared<option>();
     file_on_its_way from(path, open_mode::read);
     const std::int64_t size = from.open();
-    if (size < 0) return TDMS_FILE_PATH;
+    if (size < 0) return errno == ENOMEM ? TDMS_MEMORY : TDMS_FILE_PATH;
     const int status = read_intact_segments(*opened, from.file(), static_cast<std::uint64_t>(size));
     if (status != TDMS_OK) return status;
     const std::uint64_t after = static_cast<std::uint64_t>(size) - opened->file_size;
@@ -161,7 +161,7 @@ int refresh(option& file, std::uint64_t* rest)
     if (!file.writable) {
         const int from = file.stream == nullptr ? -1 : fileno(file.stream);
         const std::int64_t size = size_of_file(from);
-        if (size < 0 || static_cast<std::uint64_t>(size) < file.file_size) return TDMS_FILE_READ;
+        if (size < 0) return TDMS_FILE_READ;
         const auto end = static_cast<std::uint64_t>(size);
         if (const int status = read_appended_segments(file, from, end)) return status;
         after = end - file.file_size;

@@ -69,7 +69,8 @@ const char* tdms_status_text(int status)
         case TDMS_FILE_VERSION:
             return "A segment of the file has a version other than 4713.";
         case TDMS_FILE_HANDLE:
-            return "The handle is not of an open file, or the file cannot be written to.";
+            return "The handle does not belong to an open file, or the file is open for reading "
+                   "only.";
         case TDMS_FILE_READ:
             return "The file ends within a segment, or cannot be read.";
         case TDMS_FILE_PROPERTY_NAME:
@@ -107,16 +108,16 @@ const char* tdms_status_text(int status)
         case TDMS_PROPERTY_BUFFER:
             return "The buffer is too small.";
         case TDMS_ARGUMENT:
-            return "An argument is null or not allowed.";
+            return "An argument is null, a handle of another kind, or a name, mode or text that is "
+                   "not allowed.";
         case TDMS_MEMORY:
             return "There is not enough memory.";
         case TDMS_WRITE:
-            return "The system did not take what was written.";
+            return "Writing to the file failed.";
         case TDMS_RANGE:
             return "The range goes beyond the last value of the channel.";
         case TDMS_DATATYPE:
-            return "The property has another type, or the file a type that the format does not "
-                   "know.";
+            return "The property has another type, or the file contains an unknown type.";
         default:
             return "The status is unknown.";
     }

@@ -20,25 +20,32 @@ int reading_descriptor(option& file)
     return file.reader.get();
 }
 
-void find_saved_size(option& file)
+bool find_saved_size(option& file)
 {
-    if (!file.saved_by_stream || !file.writable || file.stream == nullptr) return;
+    if (!file.saved_by_stream || !file.writable || file.stream == nullptr) return true;
     errno = 0;
-    const bool failed = std::fflush(file.stream) != 0 || std::ferror(file.stream) != 0;
-    if (failed) file.write_error = errno != 0 ? errno : EIO;
-    const int from = reading_descriptor(file);
-    const std::int64_t size = from < 0 ? -1 : size_of_file(from);
-    if (size < 0) return;
-    std::clearerr(file.stream);
-    file_window window(from, static_cast<std::uint64_t>(size));
-    const int status =
-        walk_segments(window, file.saved_size, static_cast<std::uint64_t>(size), [&](auto& s) {
-            return s.complete_in(static_cast<std::uint64_t>(size)) ? 0 : TDMS_FILE_READ;
-        });
+    const bool taken = std::fflush(file.stream) == 0 && std::ferror(file.stream) == 0;
+    if (!taken) file.write_error = errno != 0 ? errno : EIO;
+    const std::int64_t size_now = size_of_file(fileno(file.stream));
+    if (size_now < 0) return false;
+    const auto size = static_cast<std::uint64_t>(size_now);
+    std::uint64_t end = size;
+    if (!taken) {
+        const int from = reading_descriptor(file);
+        if (from < 0) return false;
+        end = file.saved_size;
+        file_window window(from, size);
+        static_cast<void>(walk_segments(window, end, size, [size](const segment& s) {
+            return s.complete_in(size) ? TDMS_OK : TDMS_FILE_READ;
+        }));
+        errno = EIO;
+        if (window.device_failed()) return false;
+        std::clearerr(file.stream);
+    }
+    file.torn = end != size;
+    file.saved_size = end;
     file.saved_by_stream = false;
-    if (status == TDMS_OK) return;
-    file.torn = true;
-    if (file.write_error == 0) file.write_error = EIO;
+    return true;
 }
 
 bool cut_back(option& file)

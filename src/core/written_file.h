@@ -8,9 +8,10 @@ namespace tdms {
 /// that was opened for writing only gets a second one.
 int reading_descriptor(option& file);
 
-/// Finds out where the last intact save of a writable file ends, after save_file() has passed it
-/// to the stream. What failed on the way is kept in `write_error`.
-void find_saved_size(option& file);
+/// Finds out where the last intact save of a writable file ends, after save_file() has passed some
+/// to the stream. What the stream could not write is kept in `write_error`.
+/// @return whether it is known; if not, errno, and nothing may be written
+bool find_saved_size(option& file);
 
 /// Removes what is after the last intact save. @return whether nothing is there; if not, errno
 bool cut_back(option& file);

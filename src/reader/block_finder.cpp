@@ -49,10 +49,14 @@ int block_finder::apply(const raw_data_index& index, channel& member, std::uint6
 
 int block_finder::add_block(const raw_data_index& index, std::uint64_t size)
 {
-    if (index.form == index_string) target_.chunk_count = index.value_count;
+    if (index.form == index_string) {
+        text_count_ = index.value_count;
+        // In a file that is written to, the channel's count is that of its staged values.
+        if (!target_.group->file->writable) target_.chunk_count = text_count_;
+    }
     const bool texts = index.form == index_string ||
                        (index.form == index_as_before && target_.data_type == TDMS_TYPE_STRING);
-    const std::uint64_t text_count = texts ? target_.chunk_count : 0;
+    const std::uint64_t text_count = texts ? text_count_ : 0;
     if (size == 0 && text_count == 0) return target_met;
     const std::uint64_t length = segment_.raw_length;
     if (size > length || before_ > length - size) return TDMS_CHANNEL_DATA_READ;

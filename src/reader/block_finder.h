@@ -22,7 +22,10 @@ struct block {
 class block_finder {
   public:
     block_finder(channel& target, std::vector<block>& found)
-        : target_(target), members_(target.group->channels), found_(found)
+        : target_(target),
+          members_(target.group->channels),
+          found_(found),
+          text_count_(target.chunk_count)
     {
     }
 
@@ -41,6 +44,7 @@ class block_finder {
     channel& target_;
     object_finder<channel> members_;
     std::vector<block>& found_;
+    std::uint64_t text_count_;  // of the latest index of strings
     segment segment_{};         // the one that is being walked over
     std::uint64_t before_ = 0;  // bytes of the blocks before the next one in it
     bool member_met_ = false;   // in it

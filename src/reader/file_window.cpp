@@ -83,7 +83,8 @@ std::uint64_t file_window::read_file(std::uint64_t offset, std::uint64_t count,
 std::int64_t size_of_file(int file)
 {
     struct stat facts {};
-    return fstat(file, &facts) == 0 ? facts.st_size : -1;
+    if (fstat(file, &facts) != 0) return -1;
+    return S_ISREG(facts.st_mode) ? facts.st_size : lseek(file, 0, SEEK_END);  // of a device
 }
 
 }  // namespace tdms

@@ -51,9 +51,12 @@ inline std::uint32_t skip_index(metadata_cursor& cursor)
 /// @return false if there are more than 64 bits can count
 inline bool stated_size(const raw_data_index& index, std::uint64_t& size)
 {
-    size = index.byte_count;
-    return index.form == index_string ||
-           !__builtin_mul_overflow(index.value_count, DataSize.at(index.data_type), &size);
+    if (index.form == index_string) {
+        size = index.byte_count;
+        return true;
+    }
+    const std::uint32_t each = DataSize.at(index.data_type);
+    return !__builtin_mul_overflow(index.value_count, each, &size);
 }
 
 /// Takes an index into what is known of its channel: the type, 0 while it is open, and the number

@@ -13,6 +13,7 @@ struct segment {
     std::uint64_t raw_offset;  // in the file
     std::uint64_t raw_length;
 
+    std::uint64_t begin() const { return raw_offset - metadata.size() - lead_in_size; }
     std::uint64_t end() const { return raw_offset + raw_length; }
 
     /// Whether a file of `size` bytes holds all of the raw data. A length that leads backwards,

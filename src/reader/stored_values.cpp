@@ -8,8 +8,7 @@ int locate_values(channel& c, stored_values& found)
 {
     option& file = *c.group->file;
     found.file = reading_descriptor(file);
-    if (found.file < 0) return TDMS_CHANNEL_DATA_READ;
-    find_saved_size(file);
+    if (found.file < 0 || !find_saved_size(file)) return TDMS_CHANNEL_DATA_READ;
     found.file_size = file.writable ? file.saved_size : file.file_size;
     if (file.stored == nullptr) file.stored = std::make_shared<value_index>();
     if (file.stored->update(found.file, found.file_size) != TDMS_OK) return TDMS_CHANNEL_DATA_READ;

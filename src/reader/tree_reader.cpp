@@ -193,6 +193,26 @@ bool ends_within_segment(file_window& window, std::uint64_t offset, std::uint64_
            metadata_length + raw_length > left - lead_in_size;
 }
 
+// Adds a segment that is intact to a tree.
+int add_intact(tree_builder& tree, option& file, const segment& s)
+{
+    const int status = tree.add_segment(s.metadata);
+    if (status == TDMS_OK) file.last_segment = s.begin();
+    return status;
+}
+
+// Whether the last segment that is known is still where it was. If not, the file has been emptied
+// and filled again.
+bool is_same_file(const option& file, file_window& window)
+{
+    if (file.file_size == 0) return true;
+    unsigned char* const lead_in = window.view(file.last_segment, lead_in_size);
+    unsigned long metadata_length = 0;
+    unsigned long raw_length = 0;
+    return lead_in != nullptr && read_leadIn(lead_in, metadata_length, raw_length) == TDMS_OK &&
+           file.last_segment + lead_in_size + metadata_length + raw_length == file.file_size;
+}
+
 // The status of a call that reads metadata; an unknown data type is one, too.
 template <class Call>
 int with_known_types(Call call)
@@ -221,7 +241,7 @@ int read_tree(option& file, const std::string& path)
     std::uint64_t offset = 0;
     return close_unreadable(
         file, walk_segments(window, offset, file.file_size,
-                            [&tree](const segment& s) { return tree.add_segment(s.metadata); }));
+                            [&](const segment& s) { return add_intact(tree, file, s); }));
 }
 
 int read_all_segments(option& file, int from, std::uint64_t size)
@@ -231,7 +251,7 @@ int read_all_segments(option& file, int from, std::uint64_t size)
     file.file_size = 0;
     return with_known_types([&] {
         return walk_segments(window, file.file_size, size,
-                             [&tree](const segment& s) { return tree.add_segment(s.metadata); });
+                             [&](const segment& s) { return add_intact(tree, file, s); });
     });
 }
 
@@ -242,7 +262,7 @@ int read_intact_segments(option& file, int from, std::uint64_t size)
     file.file_size = 0;
     int status = with_known_types([&] {
         return walk_segments(window, file.file_size, size, [&](const segment& s) {
-            return s.complete_in(size) ? tree.add_segment(s.metadata) : cut_short;
+            return s.complete_in(size) ? add_intact(tree, file, s) : cut_short;
         });
     });
     if (window.device_failed()) return TDMS_FILE_READ;
@@ -263,12 +283,17 @@ int read_intact_segments(option& file, int from, std::uint64_t size)
 int read_appended_segments(option& file, int from, std::uint64_t size)
 {
     file_window window(from, size);
+    file.replaced = file.replaced || size < file.file_size ||
+                    (!is_same_file(file, window) && !window.device_failed());
+    if (file.replaced) return TDMS_FILE_READ;
     static_cast<void>(walk_segments(window, file.file_size, size, [&](const segment& s) {
         if (!s.complete_in(size)) return cut_short;
         option added{};
         tree_builder tree(added, unknown_types::rejected, &file);
-        const int status = with_known_types([&] { return tree.add_segment(s.metadata); });
-        if (status == TDMS_OK) merge(file, added);
+        const int status = with_known_types([&] { return add_intact(tree, added, s); });
+        if (status != TDMS_OK) return status;
+        merge(file, added);
+        file.last_segment = added.last_segment;
         return status;
     }));
     return window.device_failed() ? TDMS_FILE_READ : TDMS_OK;

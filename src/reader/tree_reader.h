@@ -24,7 +24,7 @@ int read_intact_segments(option& file, int from, std::uint64_t size);
 
 /// Adds the intact segments from `file_size` on to a tree, in which every object stays where it
 /// is. When memory runs out, what was added is complete segments.
-/// @return 0, or TDMS_FILE_READ if the device fails
+/// @return 0, or TDMS_FILE_READ if the device fails, or the file is not the one that was opened
 int read_appended_segments(option& file, int from, std::uint64_t size);
 
 }  // namespace tdms

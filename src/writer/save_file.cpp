@@ -10,6 +10,7 @@ void drop_properties(option& file)
 {
     file.properties.clear();
     for (auto& [group_path, g] : file.groups) {
+        g->listed |= !g->properties.empty();
         g->properties.clear();
         for (auto& [channel_path, c] : g->channels) c->properties.clear();
     }

@@ -150,14 +150,22 @@ void mark_saved(property_map& properties)
     }
 }
 
+// Small buffers stay for the next save.
+void forget(byte_vector& bytes)
+{
+    constexpr std::size_t most_kept = std::size_t{4} << 20;
+    if (bytes.capacity() > most_kept) byte_vector().swap(bytes);
+    bytes.clear();
+}
+
 // What was written leaves memory, but for the properties, which can still be read.
 void mark_everything_saved(option& file)
 {
     for_each_changed_channel(file, [](channel& c) {
         mark_saved(c.properties);
         if (!is_unsaved(c)) return;
-        c.data.clear();
-        c.text_ends.clear();
+        forget(c.data);
+        forget(c.text_ends);
         c.chunk_count = 0;
     });
     mark_saved(file.properties);
@@ -198,8 +206,8 @@ bool within_limit(std::uint64_t end)
 // of the last save that is intact.
 int report_write_error(option& file)
 {
+    if (!find_saved_size(file) || !cut_back(file)) return TDMS_WRITE;
     const int error = std::exchange(file.write_error, 0);
-    if (!cut_back(file)) return TDMS_WRITE;
     if (error == 0) return TDMS_OK;
     errno = error;
     return TDMS_WRITE;
@@ -207,7 +215,6 @@ int report_write_error(option& file)
 
 int save(option& file)
 {
-    find_saved_size(file);
     if (const int status = report_write_error(file)) return status;
     if (const int status = check_everything(file)) return status;
     byte_vector& segment = file.channel_segment;
@@ -224,6 +231,7 @@ int save(option& file)
         return TDMS_WRITE;
     }
     file.saved_size = end;
+    forget(segment);
     mark_everything_saved(file);
     return TDMS_OK;
 }
@@ -244,13 +252,14 @@ bool sync_entry(int file)
 
 int sync(option& file)
 {
-    find_saved_size(file);
     if (const int status = report_write_error(file)) return status;
     // What the system could not write once it may count as written from then on.
     if (file.sync_error == 0) {
-        const int saved = fileno(file.stream);
-        errno = 0;
-        if (fdatasync(saved) != 0 && errno != EINVAL) file.sync_error = errno;
+        int result = 0;
+        do {
+            result = fdatasync(fileno(file.stream));
+        } while (result != 0 && errno == EINTR);
+        if (result != 0 && errno != EINVAL) file.sync_error = errno;
     }
     if (file.sync_error != 0) {
         errno = file.sync_error;
