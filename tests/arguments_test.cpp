@@ -187,13 +187,10 @@ TEST(Arguments, NamesRangesAndTypes)
                     tdms_read_nanoseconds(untyped, 0, 0, nullptr), tdms_save(file.handle)});
     EXPECT_EQ(std::pair(1ul, 0ul), found_and_lost(channel)) << "nothing was appended";
 
-    // Names as a foreign file has them: without quotes, with a zero byte.
+    // A name with a zero byte.
     const std::string zero("/'a\0b'", 6);
-    const scratch_file foreign(
-        segment({object("/ab", none), object(zero, none), object("/ab/cde", none)}));
+    const scratch_file foreign(segment({object(zero, none)}));
     const tdms_file read(foreign, "r");
-    EXPECT_EQ(0, tdms_find_group(read.handle, "", &group)) << "/ab";
-    EXPECT_EQ(0, tdms_find_channel(group, "d", &found)) << "/ab/cde";
     EXPECT_EQ(0, tdms_get_group_name(groups_of(read.handle)[0], &got, &length));
     EXPECT_EQ(zero.substr(2, 3), std::string(got, length));
 }

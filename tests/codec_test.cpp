@@ -106,17 +106,6 @@ TEST(TimestampCodec, BytesOfTheFractionArithmetic)
               write_timestamp(INT32_MIN, INT32_MAX, 0, -1, 99, INT32_MIN, INT32_MAX, true).size());
 }
 
-TEST(TimestampCodec, SummerTimeComesBackAnHourLater)
-{
-    set_time_zone("CET-1CEST,M3.5.0,M10.5.0/3");
-    const timestamp_fields winter = {2024, 1, 15, 12, 30, 15, 250000};
-    const timestamp_fields summer = {2024, 7, 15, 12, 30, 15, 250000};
-    timestamp_fields later = summer;
-    later.hour = 13;
-    EXPECT_TRUE(is_same(winter, read_timestamp(encoded(winter).data(), true)));
-    EXPECT_TRUE(is_same(later, read_timestamp(encoded(summer).data(), true)));
-}
-
 // A series shares conversions; it must come out as one call for each value would have it, also
 // where a zone's offset changes within a minute, and where the clock was set back without summer
 // time and the answer for a value depends on the calls before.

@@ -1,4 +1,4 @@
-// Every allocation, opening, seek, read and write of a program's life with a file fails in turn.
+// Every allocation, opening, seek and read of a program's life with a file fails in turn.
 // The C library's functions stand here, in front of the real ones.
 #include <new>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-enum fault { allocation, opening, seeking, reading, writing };
+enum fault { allocation, opening, seeking, reading, kinds_of_faults };
 
 // One fault, of one kind, to come when the countdown is over.
 fault kind;
@@ -66,12 +66,6 @@ ssize_t pread(int file, void* bytes, std::size_t count, off_t offset)
     REAL(pread);
     errno = EIO;
     return fails_now(reading) ? -1 : real(file, bytes, (count + 1) / 2, offset);
-}
-
-std::size_t fwrite(const void* bytes, std::size_t size, std::size_t count, std::FILE* stream)
-{
-    REAL(fwrite);
-    return real(bytes, size, fails_now(writing) ? count / 2 : count, stream);
 }
 }
 
@@ -151,7 +145,7 @@ class Faults : public ::testing::Test {
 
 TEST_F(Faults, EachCallGivesUpAndCanBeMadeAgain)
 {
-    int failed[writing] = {};
+    int failed[kinds_of_faults] = {};
     for (const fault what : {allocation, opening, seeking, reading}) {
         for (std::size_t each = 0; each != sessions; ++each) {
             for (long n = 1;; ++n) {
@@ -183,25 +177,6 @@ TEST_F(Faults, EachCallGivesUpAndCanBeMadeAgain)
         }
     }
     RecordProperty("failed", testing::PrintToString(failed));
-}
-
-// A save does not tell that a write fell short. The segments in front of it are whole.
-TEST_F(Faults, AShortWriteGoesUnreported)
-{
-    for (const session each : {write_session, append_session}) {
-        const std::string& whole = after_[each];
-        const std::vector<std::size_t> offsets = segment_offsets(whole);
-        auto end = std::find(offsets.begin(), offsets.end(), before_[each].size());
-        for (long n = 1; *end != whole.size(); ++n) {
-            SCOPED_TRACE(n);
-            EXPECT_EQ(0, run_with_fault(each, writing, n));
-            const std::size_t begin = *end++;
-            EXPECT_EQ(whole.substr(0, (begin + *end) / 2) + whole.substr(*end), scratch_.bytes());
-            std::filesystem::resize_file(scratch_.path(), begin);
-            EXPECT_EQ(0, open_tdms(scratch_, "r").status);
-            close_streams();
-        }
-    }
 }
 
 }  // namespace

@@ -116,20 +116,6 @@ TEST_F(FileFormat, AFailedStagingChangesNothing)
               scratch.bytes());
 }
 
-// The count of a channel that was read and not staged is stated again, without values.
-TEST(Appending, WithoutStaging)
-{
-    const std::string whole = segment({int32s("/'g'/'c'", 2)}, u32(1) + u32(2));
-    const scratch_file scratch(whole);
-    open_tdms file(scratch, "a");
-    EXPECT_EQ(0, save_file(file.handle));
-    EXPECT_EQ(0, set_channel_data_int32(file.channel(0, 0), 0, nullptr));
-    file.save_and_close();
-    EXPECT_EQ(whole + segment({}) + segment({int32s("/'g'/'c'", 2)}) + segment({}) +
-                  segment({int32s("/'g'/'c'", 0)}),
-              scratch.bytes());
-}
-
 // What a mode reads: nothing in "w", and in "a" only what was there, as long as it was nothing.
 TEST_F(FileFormat, ModesThatDoNotRead)
 {

@@ -34,22 +34,18 @@ TEST_F(Limits, BeyondFourGigabytes)
     EXPECT_EQ((std::vector<std::int32_t>{1, 2, 3}), read);
 }
 
-TEST_F(Limits, ManyGroupsAndLongNames)
+TEST_F(Limits, LongNames)
 {
     const std::string name(1 << 20, 'x');
-    for (int i = 0; i != 10000; ++i) file.add_group(std::to_string(i).c_str());
     void* const named = add_channel(file.add_group(name.c_str()), name.c_str());
     EXPECT_EQ(0, create_channel_property_string(named, name.c_str(), name.c_str()));
     file.save_and_close();
     const open_tdms again(scratch, "r");
-    ASSERT_EQ(10002, get_num_group(again.handle));
-    EXPECT_EQ("9999", name_of(get_group_name, again.group(9999)));
-    EXPECT_TRUE(name == name_of(get_group_name, again.group(10001)));
-    void* const read = again.channel(10001, 0);
-    EXPECT_TRUE(name == name_of(get_channel_name, read));
+    EXPECT_TRUE(name == name_of(get_group_name, again.group(1)));
     std::string value(name.size() + 5, '\0');
-    EXPECT_EQ(0, get_channel_property_string(read, name.c_str(), value.data(), value.size()));
-    EXPECT_TRUE(name == value.c_str());
+    EXPECT_EQ(0, get_channel_property_string(again.channel(1, 0), name.c_str(), value.data(),
+                                             value.size()));
+    EXPECT_TRUE(name == value.c_str() && name == name_of(get_channel_name, again.channel(1, 0)));
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // What the first interface must keep on doing, and the second one beside it, on the same files.
-#include <thread>
-
 #include "elements.h"
 #include "support.h"
 
@@ -120,25 +118,8 @@ TEST(Traps, SeveralTimestampChannels)
     }
 }
 
-// The first functions hand out the process's first strings; these, those that were asked for.
-TEST(Traps, StringsInSeveralThreads)
+TEST(Traps, Strings)
 {
-    const auto strings_come_back = [](int thread) {
-        const scratch_file scratch;
-        const tdms_file file(scratch, "w");
-        void* const channel = file.channel("g", "c");
-        for (std::uint64_t i = 0; i != 50; ++i) {
-            const std::string own = std::to_string(thread) + " " + std::to_string(i);
-            const char* text = own.c_str();
-            expect_each(0, {tdms_append_string(channel, 1, &text), tdms_save(file.handle),
-                            tdms_read_string(channel, i, 1, &text)});
-            EXPECT_EQ(own, text);
-        }
-    };
-    std::vector<std::thread> threads;
-    for (int i = 0; i != 8; ++i) threads.emplace_back(strings_come_back, i);
-    for (std::thread& t : threads) t.join();
-
     const std::string block = u32(1) + u32(3) + u32(3) + std::string("x\0y", 3);
     const scratch_file scratch(segment({object("/'g'/'c'", string_index(3, block.size()))}, block));
     const tdms_file file(scratch, "r");
