@@ -112,15 +112,12 @@ TEST(TimestampCodec, BytesOfTheFractionArithmetic)
 TEST(TimestampCodec, ASeriesEqualsOneCallForEachValue)
 {
     const std::pair<const char*, std::time_t> rows[] = {
-        {"UTC", 1709164800},
         {"CET-1CEST,M3.5.0,M10.5.0/3", 1729900000},
         {"STD-1DST,J61/02:00:17,J182/03:00:41", 1709164800},
         {"LHS-10:30LHD-11,M10.1.0,M4.1.0", 1712300000},
         {"AAA0:44:30BBB0,J61/00:10:44,J182/00:20:15", 1709164800},
-        {"Asia/Baku", -1441250000},
         {"Asia/Riyadh", -719720000},
-        {"Africa/Monrovia", 63500000},
-    };
+        {"Africa/Monrovia", 63500000}};
     for (const auto& [name, start] : rows) {
         SCOPED_TRACE(name);
         set_time_zone(name);
@@ -129,10 +126,10 @@ TEST(TimestampCodec, ASeriesEqualsOneCallForEachValue)
         // seconds that belong to another minute.
         for (int i = 0; i != 40000; ++i) {
             const std::time_t t = start + 11LL * (i < 20000 ? i : 39999 - i);
-            std::tm local{};
-            localtime_r(&t, &local);
-            series.push_back({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
-                              local.tm_min, local.tm_sec, i});
+            std::tm at{};
+            localtime_r(&t, &at);
+            series.push_back({at.tm_year + 1900, at.tm_mon + 1, at.tm_mday, at.tm_hour, at.tm_min,
+                              at.tm_sec, i});
             if (i % 7 == 0) series.push_back(series.back());
             if (i % 100 == 0) series.back().second += 60;
         }
@@ -142,18 +139,19 @@ TEST(TimestampCodec, ASeriesEqualsOneCallForEachValue)
         encoded(noon);
         ASSERT_EQ(0, set_channel_data_timestamp(written.channel, series.size(), series.data()));
         written.file.save_and_close();
-        bytes single;
+        std::string single;
         encoded(noon);
-        for (const timestamp_fields& fields : series) single += encoded(fields);
-        const std::string saved = written.scratch.bytes();
-        const std::size_t raw = saved.size() - segment({}).size() - single.size();
-        ASSERT_EQ(0, std::memcmp(single.data(), &saved[raw], single.size()));
-
-        const open_tdms again(written.scratch, "r");
+        for (const timestamp_fields& fields : series) {
+            const bytes stored = encoded(fields);
+            single.append(stored.begin(), stored.end());
+        }
+        ASSERT_TRUE(written.scratch.bytes().ends_with(single + segment({})));
         std::vector<timestamp_fields> read(series.size());
+        const open_tdms again(written.scratch, "r");
         ASSERT_EQ(0, get_channel_data_timestamp(again.channel(0, 0), read.data()));
         for (std::size_t i = 0; i != read.size(); ++i) {
-            ASSERT_TRUE(is_same(read_timestamp(&single[16 * i], true), read[i])) << i;
+            const auto* const stored = reinterpret_cast<const unsigned char*>(&single[16 * i]);
+            ASSERT_TRUE(is_same(read_timestamp(stored, true), read[i])) << i;
         }
     }
 }

@@ -2,7 +2,6 @@
 #include "anything.h"
 #include "core/object_model.h"
 #include "hostile_files.h"
-#include "sessions.h"
 #include "support.h"
 
 namespace {
@@ -81,21 +80,6 @@ TEST(DamagedFiles, Fetching)
         const int status = ::tdms_read_string(channel_c(file), 0, there, buffer, 8, out);
         EXPECT_EQ(there == 0 ? 0 : row.expected, status);
         EXPECT_STREQ(row.expected == 0 ? buffer : "########", buffer);
-    }
-}
-
-TEST(DamagedFiles, CutAtEveryByte)
-{
-    const scratch_file scratch;
-    write_everything(scratch.path(), [](auto function) { EXPECT_EQ(0, function()); });
-    const std::string whole = scratch.bytes();
-    const std::vector<std::size_t> ends = segment_offsets(whole);
-    for (std::size_t cut = 0; cut <= whole.size(); ++cut) {
-        scratch.fill(whole.substr(0, cut));
-        const open_tdms file(scratch, "r");
-        const bool torn = std::count(ends.begin(), ends.end(), cut) == 0;
-        EXPECT_EQ(torn ? TDMS_FILE_READ : 0, file.status) << cut;
-        if (!torn) read_anything(file.handle);
     }
 }
 
