@@ -133,6 +133,7 @@ TEST(KilledRecording, HasEverySaveThatReturned)
         truncated += left.rest != 0;
         progress all;
         look_at(left, all, saves);
+        if (round % 4 != 0) continue;
         const bool salvaged = std::system(salvage.c_str()) == 0;
         progress kept;
         if (salvaged) look_at(tdms_file(intact, "r"), kept, saves);
