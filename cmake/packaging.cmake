@@ -42,7 +42,7 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS ${TDMS_SAME_VERSION})
 set(CPACK_DEBIAN_TOOL_PACKAGE_RECOMMENDS gnuplot-nox)
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "TDMS measurement files: command-line tool
 The program tdms shows what a measurement file in the TDMS format holds, writes
-values as CSV, draws channels, checks files and salvages torn ones.")
+values as CSV, draws channels, checks files and recovers truncated ones.")
 
 # Every package carries its copyright and its changes.
 file(READ LICENSE license)

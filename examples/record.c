@@ -11,7 +11,6 @@
 #define _POSIX_C_SOURCE 200809L
 #include <errno.h>
 #include <math.h>
-#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -222,7 +221,6 @@ int main(int argc, char** argv)
                 HIGHEST_RATE);
         return 2;
     }
-    signal(SIGXFSZ, SIG_IGN); /* a limit on file sizes is then an error of the save, too */
     create(&r, rate);
     status = record(&r, seconds, rate);
     check(tdms_close(&r.file), r.path);

@@ -46,10 +46,41 @@ status 0 ' c  *int32  *2$' "$tdms" info lost
 status 1 'lost: "g/c": 2 values lost' "$tdms" dump lost
 same out <(printf 'g/a,g/c,g/s\n1,2,say\000\n4,3,\n5,,\n') 'lost values, a zero byte'
 
+# Times at the ends of what 64 bits count, and around the hour that a clock repeats in autumn.
+le() { # BYTES NUMBER...
+    local width=$1 number i && shift
+    for number; do for ((i = 0; i != width; ++i)); do printf %b "\\x$(printf %x $((number >> 8 * i & 255)))"; done; done
+}
+timestamp() { # SECONDS NANOSECONDS
+    le 8 $(($2 * 18446744073 + ($2 * 709551616 + 500000000) / 1000000000)) $(($1 + 2082844800))
+}
+cat >times.txt <<'END'
+-1 999999999 1969-12-31T23:59:59.999999999+00:00 1970-01-01T00:59:59.999999999+01:00
+-9223372037 145224192 1677-09-21T00:12:43.145224192+00:00 1677-09-21T01:12:43.145224192+01:00
+9223372036 854775807 2262-04-11T23:47:16.854775807+00:00 2262-04-12T01:47:16.854775807+02:00
+2224800000 0 2040-07-02T00:00:00.000000+00:00 2040-07-02T02:00:00.000000+02:00
+1729989000 1000 2024-10-27T00:30:00.000001+00:00 2024-10-27T02:30:00.000001+02:00
+1729992600 100000000 2024-10-27T01:30:00.100000+00:00 2024-10-27T02:30:00.100000+01:00
+END
+{
+    printf TDSm && le 4 14 4713 && le 8 $((69 + 6 * 16)) 69
+    le 4 1 8 && printf "/'g'/'t'" && le 4 20 0x44 1 && le 8 6
+    le 4 1 5 && printf start && le 4 0x44 && timestamp -1 0
+    while read -r seconds nanoseconds _; do timestamp "$seconds" "$nanoseconds"; done <times.txt
+} >times.tdms
+column=3
+for zone in UTC CET-1CEST,M3.5.0,M10.5.0/3; do
+    status 0 '' env TZ=$zone "$tdms" dump times.tdms
+    same out <(echo g/t && cut -d ' ' -f $column times.txt) "the times in $zone"
+    column=4
+done
+status 0 'start = 1969-12-31T20:29:59.000000-03:30' env TZ=XXX3:30 "$tdms" info times.tdms
+status 0 '"value": "1969-12-31T23:59:59.000000\+00:00"' "$tdms" info --json times.tdms
+
 # A recording, complete, and truncated at several places of its second segment.
 "$record" record.tdms 2 2000 || fail record
 status 1 'Another program is writing' flock record.tdms "$record" record.tdms
-status 1 'not take what was written. File too large' bash -c 'ulimit -f 2; "$0" small.tdms 1 500' "$record"
+status 1 'small.tdms: .*File too large' bash -c 'ulimit -f 2; "$0" small.tdms 1 500' "$record"
 status 0 '^ +cpu idle +double +4000 .*unit = "%"' "$tdms" info record.tdms
 status 0 '"values": 4000' "$tdms" info --json record.tdms
 "$tdms" dump record.tdms system/load --count 1 | tail -1 >first
@@ -60,7 +91,7 @@ ln -s kept.tdms saved.tdms
 for more in 1 28 $((28 + metadata)) $((27 + metadata + raw)); do
     head -c $((offset + more)) record.tdms | tee before >truncated.tdms
     status 1 "truncated.tdms: segment 2 at offset $offset is truncated: .*-5006" "$tdms" check truncated.tdms
-    status 1 'truncated.tdms: The file ends within a segment.* \(-5006\)' "$tdms" info truncated.tdms
+    status 1 'truncated.tdms: The file ends within a segment.*-5006.*"tdms check".*"tdms salvage"' "$tdms" info truncated.tdms
     status 0 "kept: 1 segment, $offset bytes" "$tdms" salvage truncated.tdms -o saved.tdms
     same truncated.tdms before 'the truncated file stays as it is'
     same kept.tdms <(head -c "$offset" record.tdms) 'the intact segment'
@@ -74,15 +105,17 @@ ln -s truncated.tdms link.tdms && ln -s record.tdms record.svg && mkdir empty
 while IFS='|' read -r wanted pattern arguments; do
     eval "status '$wanted' '$pattern' '$tdms' $arguments"
 done <<'END'
-2|is the file to read|salvage truncated.tdms -o link.tdms
-2|is the file to read|salvage link.tdms -o ./truncated.tdms
-2|is the file to read|plot record.svg system -o record.svg
+2|the output is the input file|salvage truncated.tdms -o link.tdms
+2|the output is the input file|salvage link.tdms -o ./truncated.tdms
+2|the output is the input file|plot record.svg system -o record.svg
 1|No such file|salvage truncated.tdms -o empty/none/saved.tdms
 1|nothing to keep|salvage wanted.csv -o empty/saved.tdms
 1|out.tdms: The file cannot be opened \(-5001\): No such file|info out.tdms
 1|record.tdms: 1 group|info missing.tdms record.tdms
+1|/dev/null: .* not a regular file|info /dev/null
+1|: it is a directory|info .
 2|no channel or group "nix"|dump record.tdms nix
-2|\.svg or \.png|plot record.tdms system -o picture.jpg
+2|must end in \.svg or \.png|plot record.tdms system -o picture.jpg
 1|cannot be drawn|plot record.tdms system/events -o empty/picture.svg
 2|--from|dump record.tdms --from x
 2|--count|dump record.tdms --count -1

@@ -44,7 +44,7 @@ void put_value(const channel_values& values, std::uint64_t row, output& out)
     if constexpr (std::is_same_v<T, string_values>) {
         put_field(out, held.at(row));
     } else {
-        out.keep(append_value(out.room(longest_value), held.items[row]));
+        out.keep(append_value(out.room(longest_value), held.at(row)));
     }
 }
 

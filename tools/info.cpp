@@ -121,7 +121,7 @@ void put_json(json_writer& to, const property_list& list)
             using T = std::decay_t<decltype(v)>;
             if constexpr (std::is_same_v<T, std::monostate>)
                 return nullptr;
-            else if constexpr (std::is_same_v<T, timestamp_fields>)
+            else if constexpr (std::is_same_v<T, nanoseconds>)
                 return text_of(v);
             else
                 return v;

@@ -68,8 +68,8 @@ input::input(const std::string& name) : path_(name), file_(open_or_throw(name))
     if (name == "-" || S_ISFIFO(source_.st_mode)) {
         file_ = copy_of(std::move(file_));
     } else if (!S_ISREG(source_.st_mode)) {
-        errno = S_ISDIR(source_.st_mode) ? EISDIR : ESPIPE;
-        throw system_failure(message_of(TDMS_FILE_PATH));
+        throw failure(message_of(TDMS_FILE_PATH) + ": it is " +
+                      (S_ISDIR(source_.st_mode) ? "a directory" : "not a regular file"));
     }
     const std::string opened = "/proc/self/fd/" + std::to_string(file_.get());
     if (access(opened.c_str(), R_OK) == 0) path_ = opened;
@@ -85,7 +85,7 @@ void input::reject_as_target(const std::string& target) const
     struct stat facts {};
     if (stat(target.c_str(), &facts) == 0 && facts.st_dev == source_.st_dev &&
         facts.st_ino == source_.st_ino) {
-        throw usage_error("the file to write is the file to read: " + in_quotes(target));
+        throw usage_error("the output is the input file: " + in_quotes(target));
     }
 }
 

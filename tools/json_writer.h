@@ -43,7 +43,7 @@ class json_writer {
         out_.put(": ");
     }
 
-    /// A number, a truth value, a string or null.
+    /// A number, a boolean, a string or null.
     void put(const nlohmann::json& value)
     {
         try {

@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <ctime>
 
 #include "commands.h"
 
@@ -157,6 +158,7 @@ void fill_closed_streams()
 int main(int argc, char** argv)
 {
     tool::fill_closed_streams();
+    tzset();  // which localtime_r need not do
     // That nobody reads our output, or that a file may not grow, is the write's error to report.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "console.h"
+#include "core/data_types.h"
 
 namespace tool {
 namespace {
@@ -13,8 +14,9 @@ struct level {
     int (*names)(void*, const char**);
     int (*datatype)(void*, const char*);
     int (*get_string)(void*, const char*, const char**, std::uint64_t*);
+    int (*get_nanoseconds)(void*, const char*, std::int64_t*);
 #define TDMS_TOOL_GETTER(suffix, type, code) int (*get_##suffix)(void*, const char*, type*);
-    TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_GETTER)
+    TDMS_TOOL_NUMBERS(TDMS_TOOL_GETTER)
 #undef TDMS_TOOL_GETTER
 };
 
@@ -24,7 +26,8 @@ struct level {
 #define TDMS_TOOL_LEVEL(name, GETTER)                                                     \
     {                                                                                     \
         get_num_##name##_property, get_##name##_property, get_##name##_property_datatype, \
-            tdms_get_##name##_property_string, TDMS_FIXED_SIZE_ELEMENTS(GETTER)           \
+            tdms_get_##name##_property_string, tdms_get_##name##_property_nanoseconds,    \
+            TDMS_TOOL_NUMBERS(GETTER)                                                     \
     }
 constexpr level file_level = TDMS_TOOL_LEVEL(file, TDMS_TOOL_FILE_GETTER);
 constexpr level group_level = TDMS_TOOL_LEVEL(group, TDMS_TOOL_GROUP_GETTER);
@@ -43,18 +46,27 @@ std::string string_property(const level& of, void* handle, const char* name)
     return {text, length};
 }
 
+nanoseconds time_property(const level& of, void* handle, const char* name)
+{
+    nanoseconds time{};
+    throw_on_failure(of.get_nanoseconds(handle, name, &time.count));
+    return time;
+}
+
 property_value value_of(const level& of, void* handle, const char* name, int type)
 {
     switch (type) {
         case TDMS_TYPE_STRING:
             return string_property(of, handle, name);
+        case TDMS_TYPE_TIMESTAMP:
+            return time_property(of, handle, name);
 #define TDMS_TOOL_CASE(suffix, T, code)        \
     case code: {                               \
         T value{};                             \
         of.get_##suffix(handle, name, &value); \
         return value;                          \
     }
-            TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_CASE)
+            TDMS_TOOL_NUMBERS(TDMS_TOOL_CASE)
 #undef TDMS_TOOL_CASE
         default:
             return {};
@@ -104,7 +116,12 @@ group read_group(void* handle)
 void* open_or_throw(const input& from)
 {
     void* file = nullptr;
-    throw_on_failure(tdms_open(from.path().c_str(), "r", &file));
+    const int status = tdms_open(from.path().c_str(), "r", &file);
+    if (status == TDMS_FILE_READ) {
+        throw failure(message_of(status) +
+                      R"(; "tdms check" shows where, "tdms salvage" recovers the rest)");
+    }
+    throw_on_failure(status);
     return file;
 }
 
@@ -113,7 +130,7 @@ void* open_or_throw(const input& from)
     {                                                                                    \
         return tdms_read_##suffix(handle, first, count, values);                         \
     }
-TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_READ)
+TDMS_TOOL_NUMBERS(TDMS_TOOL_READ)
 #undef TDMS_TOOL_READ
 
 template <class T>
@@ -121,6 +138,13 @@ channel_values read_array(const channel& c, std::uint64_t first, std::uint64_t c
 {
     value_array<T> values{std::make_unique_for_overwrite<T[]>(count)};
     throw_on_failure(get_values(c.handle, first, count, values.items.get()));
+    return values;
+}
+
+channel_values read_times(const channel& c, std::uint64_t first, std::uint64_t count)
+{
+    time_values values{std::make_unique_for_overwrite<std::int64_t[]>(count)};
+    throw_on_failure(tdms_read_nanoseconds(c.handle, first, count, values.counts.get()));
     return values;
 }
 
@@ -152,10 +176,12 @@ std::string type_name(int type)
             return "none";
         case TDMS_TYPE_STRING:
             return "string";
+        case TDMS_TYPE_TIMESTAMP:
+            return "timestamp";
 #define TDMS_TOOL_NAME(suffix, T, code) \
     case code:                          \
         return #suffix;
-            TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_NAME)
+            TDMS_TOOL_NUMBERS(TDMS_TOOL_NAME)
 #undef TDMS_TOOL_NAME
         default:
             return "type " + std::to_string(static_cast<std::uint32_t>(type));
@@ -176,8 +202,10 @@ channel_values read_values(const channel& c, std::uint64_t first, std::uint64_t 
 #define TDMS_TOOL_CASE(suffix, T, code) \
     case code:                          \
         return read_array<T>(c, first, count);
-        TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_CASE)
+        TDMS_TOOL_NUMBERS(TDMS_TOOL_CASE)
 #undef TDMS_TOOL_CASE
+        case TDMS_TYPE_TIMESTAMP:
+            return read_times(c, first, count);
         default:
             return read_strings(c, first, count);
     }

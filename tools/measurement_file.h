@@ -6,8 +6,9 @@
 #include <vector>
 
 #include "console.h"
-#include "core/data_types.h"
 #include "input.h"
+#include "tdms.h"
+#include "value_text.h"
 
 namespace tool {
 
@@ -16,10 +17,24 @@ std::string message_of(int status);
 
 std::string type_name(int type);
 
+// Numbers and booleans: suffix of the library's functions, C++ type, type code.
+#define TDMS_TOOL_NUMBERS(X)                   \
+    X(int8, std::int8_t, TDMS_TYPE_INT8)       \
+    X(int16, std::int16_t, TDMS_TYPE_INT16)    \
+    X(int32, std::int32_t, TDMS_TYPE_INT32)    \
+    X(int64, std::int64_t, TDMS_TYPE_INT64)    \
+    X(uint8, std::uint8_t, TDMS_TYPE_UINT8)    \
+    X(uint16, std::uint16_t, TDMS_TYPE_UINT16) \
+    X(uint32, std::uint32_t, TDMS_TYPE_UINT32) \
+    X(uint64, std::uint64_t, TDMS_TYPE_UINT64) \
+    X(float, float, TDMS_TYPE_FLOAT)           \
+    X(double, double, TDMS_TYPE_DOUBLE)        \
+    X(bool, bool, TDMS_TYPE_BOOL)
+
 #define TDMS_TOOL_ALTERNATIVE(suffix, type, code) type,
 /// A property's value; none if the library knows only its type.
 using property_value =
-    std::variant<std::monostate, TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_ALTERNATIVE) std::string>;
+    std::variant<std::monostate, TDMS_TOOL_NUMBERS(TDMS_TOOL_ALTERNATIVE) nanoseconds, std::string>;
 #undef TDMS_TOOL_ALTERNATIVE
 
 struct property {
@@ -50,6 +65,14 @@ struct group {
 template <class T>
 struct value_array {
     std::unique_ptr<T[]> items;
+
+    T at(std::size_t i) const { return items[i]; }
+};
+
+struct time_values {
+    std::unique_ptr<std::int64_t[]> counts;
+
+    nanoseconds at(std::size_t i) const { return {counts[i]}; }
 };
 
 struct string_values {
@@ -62,7 +85,8 @@ struct string_values {
     }
 };
 #define TDMS_TOOL_ALTERNATIVE(suffix, type, code) value_array<type>,
-using channel_values = std::variant<TDMS_FIXED_SIZE_ELEMENTS(TDMS_TOOL_ALTERNATIVE) string_values>;
+using channel_values =
+    std::variant<TDMS_TOOL_NUMBERS(TDMS_TOOL_ALTERNATIVE) time_values, string_values>;
 #undef TDMS_TOOL_ALTERNATIVE
 
 /// A file that the library opened for reading, and its tree. Every status becomes a failure.
@@ -83,7 +107,7 @@ class measurement_file {
 /// Reads a range of a channel's values.
 channel_values read_values(const channel& c, std::uint64_t first, std::uint64_t count);
 
-/// The same of a channel of numbers or truth values, as doubles.
+/// The same of a channel of numbers or booleans, as doubles.
 std::vector<double> read_numbers(const channel& c);
 
 /// How many values of a channel are lost, and why. REQUIRES: there are any.

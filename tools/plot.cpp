@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <chrono>
 #include <optional>
 
 #include "commands.h"
@@ -20,16 +19,6 @@ std::string text_property(const channel& c, std::string_view name)
     return {};
 }
 
-double seconds_of(const timestamp_fields& t)
-{
-    using namespace std::chrono;
-    const sys_days day =
-        year(t.year) / month(static_cast<unsigned>(t.month)) / static_cast<int>(t.day);
-    const int clock = 3600 * t.hour + 60 * t.minute + t.second;
-    return 86400.0 * static_cast<double>(day.time_since_epoch().count()) + clock +
-           1e-6 * t.microsecond;
-}
-
 // The group's first timestamp channel that can be read and has a time for each of `count` samples.
 // The file of a recording that was killed may have more.
 std::optional<time_axis> times_of(const group& g, std::size_t count)
@@ -38,10 +27,10 @@ std::optional<time_axis> times_of(const group& g, std::size_t count)
         if (c.type != TDMS_TYPE_TIMESTAMP || c.count < count) continue;
         try {
             const channel_values read = read_values(c, 0, c.count);
-            const auto& times = std::get<value_array<timestamp_fields>>(read);
-            time_axis axis{std::string(c.own_name()), text_of(times.items[0]).substr(0, 10), {}};
+            const auto& times = std::get<time_values>(read);
+            time_axis axis{std::string(c.own_name()), times.at(0), {}};
             for (std::uint64_t i = 0; i != c.count; ++i) {
-                axis.seconds.push_back(seconds_of(times.items[i]));
+                axis.seconds.push_back(1e-9 * static_cast<double>(times.at(i).count));
             }
             return axis;
         } catch (const failure&) {

@@ -116,7 +116,7 @@ picture picture_for(const std::string& target, std::size_t panels)
     if (target.ends_with(".png"))
         return {"pngcairo " + size + "font 'sans,11' background '#ffffff'", 900};
     if (!target.empty())
-        throw usage_error("a picture's name ends in .svg or .png: " + in_quotes(target));
+        throw usage_error("the picture's name must end in .svg or .png: " + in_quotes(target));
     const terminal_size terminal = size_of_terminal(STDOUT_FILENO, {80, 25});
     const unsigned rows = std::max(terminal.rows, 10U) - 1;
     return {"dumb size " + std::to_string(terminal.columns) + ',' + std::to_string(rows) +
@@ -137,13 +137,22 @@ constexpr std::array<double, 49> time_steps{
     3600,  7200,   10800,   21600,   43200,   86400,   172800,  432e3,   864e3,  1728e3,
     432e4, 7884e3, 15768e3, 31536e3, 63072e3, 15768e4, 31536e4, 63072e4, 15768e5};
 
-const char* time_format(double step, double span)
+// How times on an axis are shown, and how much of the first day's date they leave out.
+struct time_format {
+    const char* text;
+    std::size_t missing;
+};
+
+time_format time_format_for(double step, double span)
 {
-    if (step >= 86400) return "%Y-%m-%d";
-    if (span > 86400) return "%m-%d %H:%M";
-    if (step >= 60) return "%H:%M";
-    if (step >= 1) return "%H:%M:%S";
-    return step >= 0.1 ? "%H:%M:%.1S" : step >= 0.001 ? "%H:%M:%.3S" : "%H:%M:%.6S";
+    constexpr std::size_t year = 4;
+    constexpr std::size_t date = 10;
+    if (step >= 86400) return {"%Y-%m-%d", 0};
+    if (span > 86400) return {"%m-%d %H:%M", year};
+    if (step >= 60) return {"%H:%M", date};
+    if (step >= 1) return {"%H:%M:%S", date};
+    if (step >= 0.1) return {"%H:%M:%.1S", date};
+    return {step >= 0.001 ? "%H:%M:%.3S" : "%H:%M:%.6S", date};
 }
 
 class script_builder {
@@ -151,6 +160,14 @@ class script_builder {
     script_builder(const std::vector<curve>& curves, const time_axes& times)
         : curves_(curves), times_(times)
     {
+        if (!times_.empty()) {
+            const auto first = std::min_element(
+                times_.begin(), times_.end(), [](const auto& one, const auto& other) {
+                    return one.second.first.count < other.second.first.count;
+                });
+            first_ = first->second.first;
+            offset_ = static_cast<double>(local_time_of(first_).fields.tm_gmtoff);
+        }
         for (const curve& c : curves_) {
             for (std::size_t i = 0; i != c.values.size(); ++i) x_.add(x_of(c, i));
             const auto same = std::find_if(panels_.begin(), panels_.end(),
@@ -187,8 +204,11 @@ class script_builder {
             const double span = x_.high - x_.low;
             const double least = span / (in_terminal_ ? wanted.columns / 16.0 : 9);
             const double step = *std::lower_bound(time_steps.begin(), time_steps.end() - 1, least);
-            script_ += "set xtics timedate " + text_of(step) + "\nset format x '" +
-                       time_format(step, span) + "'\n";
+            const time_format format = time_format_for(step, span);
+            script_ +=
+                "set xtics timedate " + text_of(step) + "\nset format x '" + format.text + "'\n";
+            const std::string date = text_of(first_).substr(0, format.missing);
+            time_label_ = " (UTC" + offset_text(first_) + ')' + (date.empty() ? "" : ", " + date);
         }
         for (std::size_t i = 0; i != curves_.size(); ++i) put_points(i, wanted.columns);
         if (panels_.size() > 1) {
@@ -205,7 +225,7 @@ class script_builder {
   private:
     double x_of(const curve& c, std::size_t i) const
     {
-        return times_.empty() ? static_cast<double>(i) : times_.at(c.owner).seconds[i];
+        return times_.empty() ? static_cast<double>(i) : times_.at(c.owner).seconds[i] + offset_;
     }
 
     void put_points(std::size_t number, unsigned columns)
@@ -231,11 +251,8 @@ class script_builder {
             if (c->values.size() <= few) curves += " with linespoints pointtype 7 pointsize 0.4";
             curves += keyed ? " title " + gnuplot_text(c->name + (single ? unit : "")) : " notitle";
         }
-        std::string x_label = "sample";
-        if (!times_.empty()) {
-            const time_axis& axis = times_.at(p.curves.front()->owner);
-            x_label = axis.name + ", " + axis.first_day;
-        }
+        const std::string x_label =
+            times_.empty() ? "sample" : times_.at(p.curves.front()->owner).name + time_label_;
         script_ += "set xlabel " + gnuplot_text(&p == &panels_.back() ? x_label : "") + '\n';
         const std::string y_label = single ? p.curves.front()->name + unit : p.unit;
         script_ += "set ylabel " + gnuplot_text(keyed && single ? "" : y_label) + '\n';
@@ -247,6 +264,11 @@ class script_builder {
 
     const std::vector<curve>& curves_;
     const time_axes& times_;
+    // The local time's offset from UTC at the first time is that of the whole axis, which does not
+    // go back where a clock does.
+    nanoseconds first_{};
+    double offset_ = 0;
+    std::string time_label_;
     std::vector<panel> panels_;
     range x_;
     bool in_terminal_ = false;

@@ -9,10 +9,10 @@
 
 namespace tool {
 
-/// The times of a group's samples, in seconds of the local clock.
+/// The times of a group's samples, in seconds since 1970-01-01T00:00:00 UTC.
 struct time_axis {
     std::string name;
-    std::string first_day;
+    nanoseconds first;
     std::vector<double> seconds;
 };
 
