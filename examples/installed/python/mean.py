@@ -2,6 +2,9 @@
 """Prints the mean of a channel of numbers, through ctypes: no package is needed.
 
     python3 mean.py FILE GROUP CHANNEL
+
+The loader must find libtdms.so.1: run ldconfig after installing it, or set LD_LIBRARY_PATH to its
+folder.
 """
 import ctypes
 import os
