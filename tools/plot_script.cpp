@@ -131,11 +131,11 @@ std::string range_text(range r)
 
 // Steps between times on an axis that are easy to count, in seconds.
 constexpr std::array<double, 49> time_steps{
-    1e-6,  2e-6,   5e-6,    1e-5,    2e-5,    5e-5,    1e-4,    2e-4,    5e-4,   1e-3,
-    2e-3,  5e-3,   .01,     .02,     .05,     .1,      .2,      .5,      1,      2,
-    5,     10,     15,      30,      60,      120,     300,     600,     900,    1800,
-    3600,  7200,   10800,   21600,   43200,   86400,   172800,  432e3,   864e3,  1728e3,
-    432e4, 7884e3, 15768e3, 31536e3, 63072e3, 15768e4, 31536e4, 63072e4, 15768e5};
+    1e-6,   2e-6,   5e-6,    1e-5,    2e-5,    5e-5,    1e-4,    2e-4,    5e-4,   1e-3,
+    2e-3,   5e-3,   .01,     .02,     .05,     .1,      .2,      .5,      1,      2,
+    5,      10,     15,      30,      60,      120,     300,     600,     900,    1800,
+    3600,   7200,   10800,   21600,   43200,   86400,   172800,  432e3,   864e3,  1728e3,
+    5256e3, 7884e3, 15768e3, 31536e3, 63072e3, 15768e4, 31536e4, 63072e4, 15768e5};
 
 // How times on an axis are shown, and how much of the first day's date they leave out.
 struct time_format {
