@@ -87,7 +87,7 @@ class session {
     void step()
     {
         const std::size_t what = below(12);
-        if (what == 0 && channels_.size() < 20) add_channel();
+        if (what == 0 && channels_.size() < 9) add_channel();
         if (what == 1) save_by_stream();
         if (what == 2 || what == 3) save();
         if (what == 4) check(file_.handle);
@@ -262,7 +262,7 @@ void check_cut(const session& s)
 TEST(RandomFiles, EveryRangeOfEveryChannelAsSaved)
 {
     set_time_zone("UTC");
-    for (int round = 0; round != 400 && !HasFailure(); ++round) {
+    for (int round = 0; round != 1500 && !HasFailure(); ++round) {
         SCOPED_TRACE(round);
         random_numbers.seed(static_cast<std::uint64_t>(round));
         session s(1 + below(3));
