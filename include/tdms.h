@@ -633,7 +633,9 @@ TDMS_API int tdms_open_partial(const char* path, void** file, uint64_t* rest);
  * is nothing to take in.
  *
  * A file that was emptied and is recorded again is not the one that was opened. Once that shows,
- * every later call fails, too: close the handle and open the file again.
+ * every later call fails, too: close the handle and open the file again. It does not show if the
+ * new file has grown beyond the old one by the next call, with segments of the same sizes; nor does
+ * a file that has taken over the name.
  * @param[out] rest how many bytes follow the intact segments; may be null
  * @return 0; #TDMS_FILE_READ if the file is shorter than what the handle knows of it, which the
  *         handle keeps, or if the device fails; #TDMS_ARGUMENT; #TDMS_MEMORY
@@ -658,7 +660,8 @@ TDMS_API int tdms_refresh(void* file, uint64_t* rest);
 TDMS_API int tdms_save(void* file);
 
 /**
- * Makes what was saved survive a loss of power, and a new file's entry in its folder, too.
+ * Makes what was saved survive a loss of power, and a new file's entry in its folder, too. For the
+ * entry, the folder must be readable and /proc be there.
  * @return 0; #TDMS_WRITE with errno, from then on for good if the device failed; #TDMS_FILE_HANDLE;
  *         #TDMS_ARGUMENT; #TDMS_MEMORY
  */
