@@ -726,7 +726,7 @@ TDMS_API int tdms_get_channel_name(void* channel, const char** name, uint64_t* l
 
 /** @name Properties: texts
  * @param[out] text the library's own text, with a NUL after it; valid until the property is
- * deleted, created again, saved by save_file() or changed by tdms_refresh(), or its
+ *             deleted, created again, saved by save_file() or changed by tdms_refresh(), or its
  *             object is destroyed
  * @param[out] length its bytes without that NUL; there may be zero bytes among them
  * @return 0; #TDMS_DATATYPE if the property is not a string; #TDMS_FILE_PROPERTY_NAME,
@@ -771,11 +771,11 @@ TDMS_API int tdms_create_channel_property_nanoseconds(void* channel, const char*
  * 0. Any number of values may be added at a time: many small calls cost little more than one large.
  * @param count the number of values
  * @param values an array of `count` values, copied by the call; may be null if `count` is 0.
- * Strings end with their NUL; those of one channel between two saves must be less than 4 GiB in
- * all. Nanoseconds are values of the type timestamp; ::timestamp_fields are converted as described
- *        there, which is an hour off in summer
+ *        Strings end with their NUL; those of one channel between two saves must be less than 4 GiB
+ *        in all. Nanoseconds are values of the type timestamp; ::timestamp_fields are converted as
+ *        described there, which is an hour off in summer
  * @return 0; #TDMS_CHANNEL_DATATYPE if the channel has another type; #TDMS_ARGUMENT, also for a
- * null among strings and for too many of them; #TDMS_FILE_HANDLE; #TDMS_MEMORY;
+ *         null among strings and for too many of them; #TDMS_FILE_HANDLE; #TDMS_MEMORY;
  *         #TDMS_CHANNEL_DATA_READ if the channel was deleted and created again, and its type in the
  *         file cannot be looked up. On failure nothing has changed
  * @{ */
