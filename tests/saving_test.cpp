@@ -15,6 +15,7 @@ namespace {
 std::int64_t room = -1;
 bool truncating_fails = false;
 bool syncing_fails = false;
+bool reading_fails = false;
 
 }  // namespace
 
@@ -36,6 +37,13 @@ extern "C" int ftruncate(int file, off_t size) noexcept
     return truncating_fails ? -1 : real(file, size);
 }
 
+extern "C" ssize_t pread(int file, void* bytes, std::size_t count, off_t offset)
+{
+    REAL(pread);
+    errno = EIO;
+    return reading_fails ? -1 : real(file, bytes, count, offset);
+}
+
 extern "C" int fdatasync(int file)
 {
     REAL(fdatasync);
@@ -55,17 +63,18 @@ void append_everything_once(const tdms_file& file)
     EXPECT_EQ(0, create_file_property_string(file.handle, "p", "text"));
 }
 
-struct file_size_limit {
-    explicit file_size_limit(std::size_t size)
+struct resource_limit {
+    resource_limit(__rlimit_resource resource, std::size_t size) : what(resource)
     {
         std::signal(SIGXFSZ, SIG_DFL);
-        EXPECT_EQ(0, getrlimit(RLIMIT_FSIZE, &before));
+        EXPECT_EQ(0, getrlimit(what, &before));
         const rlimit limit{size, before.rlim_max};
-        EXPECT_EQ(0, setrlimit(RLIMIT_FSIZE, &limit));
+        EXPECT_EQ(0, setrlimit(what, &limit));
     }
-    ~file_size_limit() { setrlimit(RLIMIT_FSIZE, &before); }
-    file_size_limit(file_size_limit&&) = delete;
+    ~resource_limit() { setrlimit(what, &before); }
+    resource_limit(resource_limit&&) = delete;
 
+    __rlimit_resource what;
     rlimit before{};
 };
 
@@ -145,7 +154,7 @@ TEST_F(Saving, ALimitOfFileSizes)
 {
     next_save file(scratch_, before_);
     {
-        const file_size_limit limit(after_.size() - 1);
+        const resource_limit limit(RLIMIT_FSIZE, after_.size() - 1);
         expect_write_error(EFBIG, tdms_save(file.handle));
         EXPECT_EQ(before_, scratch_.bytes());
     }
@@ -164,10 +173,17 @@ TEST_F(Saving, WhatSaveFileCouldNotWriteIsReported)
         const double values[] = {1, 2};
         EXPECT_EQ(0, set_channel_data_double(channel, 2, values));
         {
-            const file_size_limit limit(before_.size() + 40);
+            const resource_limit limit(RLIMIT_FSIZE, before_.size() + 40);
             std::signal(SIGXFSZ, SIG_IGN);
             EXPECT_EQ(0, save_file(file.handle));
             EXPECT_EQ(2u, read_first ? found_and_lost(channel).first : 2);
+            reading_fails = !read_first;
+            EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
+        }
+        // What cannot be read is not taken for something that must go.
+        if (reading_fails) {
+            EXPECT_EQ(before_.size() + 40, scratch_.bytes().size());
+            reading_fails = false;
             EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
         }
         EXPECT_EQ(before_, scratch_.bytes());
@@ -176,6 +192,39 @@ TEST_F(Saving, WhatSaveFileCouldNotWriteIsReported)
         EXPECT_EQ(0, tdms_close(&file.handle));
         EXPECT_EQ(4u, found_and_lost(tdms_file(scratch_, "r").channel("g", "double")).first);
     }
+}
+
+// The count of what is staged is not that of what the first functions read, and the end of the file
+// is known without a second descriptor.
+TEST_F(Saving, MixedOnOneHandle)
+{
+    const char* const texts[] = {"longer than what the file has", "and another"};
+    {
+        tdms_file file(scratch_, "a");
+        const char* read[2];
+        void* const channel = file.channel("g", "string");
+        expect_each(0, {tdms_append_string(channel, 1, texts),
+                        get_channel_data_string(channel, read), tdms_save(file.handle)});
+        EXPECT_EQ(0, tdms_read_string(channel, 4, 1, read));
+        EXPECT_STREQ(texts[0], read[0]);
+    }
+    open_tdms file(scratch_, "a");
+    void* channel = nullptr;
+    EXPECT_EQ(0, tdms_find_channel(file.group(0), "string", &channel));
+    for (void* const g : groups_of(file.handle)) {
+        for (void* const c : channels_of(g)) {
+            for_each_element([c]<class Element>(Element) { Element::set(c, 0, nullptr); });
+        }
+    }
+    EXPECT_EQ(0, set_channel_data_string(channel, 2, texts));
+    {
+        const resource_limit limit(RLIMIT_NOFILE, 3);
+        expect_each(0, {save_file(file.handle), tdms_append_string(channel, 1, texts),
+                        tdms_save(file.handle)});
+        std::uint64_t count = 0;
+        EXPECT_EQ(TDMS_CHANNEL_DATA_READ, tdms_get_num_values(channel, &count, nullptr));
+    }
+    EXPECT_EQ(8u, found_and_lost(channel).first);
 }
 
 TEST_F(Saving, ToADeviceThatIsFull)

@@ -169,6 +169,8 @@ TEST(Traps, TruncatedFiles)
     EXPECT_EQ(5, values[0]) << "untouched";
     EXPECT_EQ(0, tdms_read_int32(channel, 0, 1, values));
     EXPECT_EQ(7, values[0]);
+    scratch.fill(whole + whole + whole + whole);
+    EXPECT_EQ(TDMS_FILE_READ, tdms_refresh(intact.handle, &rest)) << "recorded anew";
 
     const std::string group = segment({object("/'g'", none)});
     const std::string damaged = segment({object("/'h'", none), object("/'g'/'c'", u32(24))});
