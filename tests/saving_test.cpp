@@ -201,7 +201,7 @@ TEST_F(Saving, MixedOnOneHandle)
     const char* const texts[] = {"longer than what the file has", "and another"};
     {
         tdms_file file(scratch_, "a");
-        const char* read[2];
+        const char* read[4];
         void* const channel = file.channel("g", "string");
         expect_each(0, {tdms_append_string(channel, 1, texts),
                         get_channel_data_string(channel, read), tdms_save(file.handle)});
