@@ -651,7 +651,8 @@ TDMS_API int tdms_refresh(void* file, uint64_t* rest);
  * On success the operating system has all of it: a process that is killed afterwards loses none.
  * If the write fails (disk full, quota, size limit, device gone), the file is cut back
  * to the end of the last save, and everything stays in memory for the next call.
- * @return 0; #TDMS_WRITE with errno, also for what an earlier save_file() could not write;
+ * @return 0; #TDMS_WRITE with errno, also for what an earlier save_file() could not write, and with
+ *         ESTALE, writing nothing, if another program has made the file longer or shorter;
  *         #TDMS_ARGUMENT if a name or text added by the functions above cannot be read back (a
  *         slash in a group's name, strings of 4 GiB); #TDMS_CHANNEL_DATATYPE if a channel was
  *         deleted or replaced, and has another type than its values in the file;

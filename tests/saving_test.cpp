@@ -166,31 +166,48 @@ TEST_F(Saving, ALimitOfFileSizes)
 // reports it, and goes on after what is intact.
 TEST_F(Saving, WhatSaveFileCouldNotWriteIsReported)
 {
-    for (const bool read_first : {false, true}) {
+    for (const std::size_t cut : {28, 40, 62, 100}) {
+        SCOPED_TRACE(cut);
         scratch_.fill(before_);
-        open_tdms file(scratch_, "a");
-        void* const channel = file.channel(0, 0);
+        tdms_file file(scratch_, "a");
+        void* const channel = file.channel("g", "double");
         const double values[] = {1, 2};
-        EXPECT_EQ(0, set_channel_data_double(channel, 2, values));
-        {
-            const resource_limit limit(RLIMIT_FSIZE, before_.size() + 40);
+        const auto save_with_too_little_room = [&] {
+            const resource_limit limit(RLIMIT_FSIZE, scratch_.bytes().size() + cut);
             std::signal(SIGXFSZ, SIG_IGN);
             EXPECT_EQ(0, save_file(file.handle));
-            EXPECT_EQ(2u, read_first ? found_and_lost(channel).first : 2);
-            reading_fails = !read_first;
-            EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
-        }
-        // What cannot be read is not taken for something that must go.
-        if (reading_fails) {
-            EXPECT_EQ(before_.size() + 40, scratch_.bytes().size());
-            reading_fails = false;
-            EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
-        }
+        };
+        EXPECT_EQ(0, set_channel_data_double(channel, 2, values));
+        save_with_too_little_room();
+        // With room again, a save completes what was cut short, by bytes of its own. What cannot be
+        // read is not taken for something that must go.
+        EXPECT_EQ(0, save_file(file.handle));
+        const std::string mixed_up = scratch_.bytes();
+        reading_fails = true;
+        expect_write_error(EIO, tdms_save(file.handle));
+        reading_fails = false;
+        EXPECT_EQ(mixed_up, scratch_.bytes());
+        EXPECT_EQ(2u, found_and_lost(channel).first);
+        expect_write_error(EFBIG, tdms_save(file.handle));
         EXPECT_EQ(before_, scratch_.bytes());
         expect_each(0, {tdms_append_double(channel, 2, values), tdms_save(file.handle)});
         EXPECT_EQ(4u, found_and_lost(channel).first);
+        const std::string intact = scratch_.bytes();
+        save_with_too_little_room();
+        expect_write_error(EFBIG, tdms_close(&file.handle));
+        EXPECT_EQ(intact, scratch_.bytes());
+    }
+}
+
+// What another program does to the file, in spite of the lock, is neither built on nor cut away.
+TEST_F(Saving, AFileThatAnotherProgramChanged)
+{
+    for (const std::string& changed : {before_.substr(0, 10), before_ + segment({})}) {
+        next_save file(scratch_, before_);
+        scratch_.fill(changed);
+        expect_write_error(ESTALE, tdms_save(file.handle));
         EXPECT_EQ(0, tdms_close(&file.handle));
-        EXPECT_EQ(4u, found_and_lost(tdms_file(scratch_, "r").channel("g", "double")).first);
+        EXPECT_EQ(changed, scratch_.bytes());
     }
 }
 

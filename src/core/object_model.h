@@ -95,6 +95,7 @@ struct option {
     bool saved_by_stream;        // since `saved_size` was found out
     bool torn;                   // the file has bytes after `saved_size` that must go
     bool entry_synced;           // the name of a new file survives a loss of power
+    std::uint64_t taken_size;    // what the file held when a stream's write failed first
     int write_error;             // errno of a write that failed and has not been reported yet
     int sync_error;              // errno of a sync that failed: for what it concerned, for good
     std::uint64_t saved_size;    // of a writable file: where its last intact save ends

@@ -135,7 +135,6 @@ int open(const char* path, open_mode mode, void** handle)
     }
     opened->writable = mode != open_mode::read;
     opened->saved_size = opened->file_size;
-    opened->entry_synced = mode == open_mode::append;
     opened->segment_count = mode == open_mode::append ? 1 : 0;
     if (mode == open_mode::append) forget_latest_counts(*opened);
     return become_handle(std::move(opened), from, mode, handle);
@@ -170,6 +169,17 @@ int refresh(option& file, std::uint64_t* rest)
     return TDMS_OK;
 }
 
+// Removes what was not written completely, by whichever function. @return whether nothing is left
+bool leave_intact(option& file)
+{
+    try {
+        return find_saved_size(file) && cut_back(file);
+    } catch (const std::bad_alloc&) {
+        errno = ENOMEM;
+        return false;
+    }
+}
+
 // Closes what is registered under the address; nothing else is a handle.
 int close(void** handle)
 {
@@ -179,10 +189,10 @@ int close(void** handle)
                                     [handle](const auto& held) { return held.get() == *handle; });
     if (entry == open.files.end()) return TDMS_ARGUMENT;
     option& closing = **entry;
-    int error = closing.write_error;
+    int error = 0;
     if (closing.stream != nullptr) {
-        if (closing.writable && std::ferror(closing.stream) != 0 && error == 0) error = EIO;
-        if (!cut_back(closing) && error == 0) error = errno;
+        if (!leave_intact(closing)) error = errno;
+        if (closing.write_error != 0) error = closing.write_error;
         if (std::fclose(closing.stream) != 0 && closing.writable && error == 0) error = errno;
         closing.stream = nullptr;
     }

@@ -1,7 +1,9 @@
 #include "core/written_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
+#include <algorithm>
 #include <string>
 
 #include "reader/segment_walk.h"
@@ -20,23 +22,35 @@ int reading_descriptor(option& file)
     return file.reader.get();
 }
 
+bool note_failed_write(option& file)
+{
+    if (std::ferror(file.stream) == 0) return false;
+    if (file.write_error == 0) file.write_error = errno != 0 ? errno : EIO;
+    const std::int64_t size = size_of_file(fileno(file.stream));
+    file.taken_size = size < 0 ? file.saved_size : static_cast<std::uint64_t>(size);
+    return true;
+}
+
 bool find_saved_size(option& file)
 {
     if (!file.saved_by_stream || !file.writable || file.stream == nullptr) return true;
+    bool failed = std::ferror(file.stream) != 0;
     errno = 0;
-    const bool taken = std::fflush(file.stream) == 0 && std::ferror(file.stream) == 0;
-    if (!taken) file.write_error = errno != 0 ? errno : EIO;
+    static_cast<void>(std::fflush(file.stream));
+    if (!failed) failed = note_failed_write(file);
     const std::int64_t size_now = size_of_file(fileno(file.stream));
     if (size_now < 0) return false;
     const auto size = static_cast<std::uint64_t>(size_now);
     std::uint64_t end = size;
-    if (!taken) {
+    if (failed) {
+        // Later saves may follow the bytes that are missing, and complete what is cut short.
+        const std::uint64_t taken = std::min(size, file.taken_size);
         const int from = reading_descriptor(file);
         if (from < 0) return false;
         end = file.saved_size;
-        file_window window(from, size);
-        static_cast<void>(walk_segments(window, end, size, [size](const segment& s) {
-            return s.complete_in(size) ? TDMS_OK : TDMS_FILE_READ;
+        file_window window(from, taken);
+        static_cast<void>(walk_segments(window, end, taken, [taken](const segment& s) {
+            return s.complete_in(taken) ? TDMS_OK : TDMS_FILE_READ;
         }));
         errno = EIO;
         if (window.device_failed()) return false;
@@ -48,9 +62,22 @@ bool find_saved_size(option& file)
     return true;
 }
 
+bool is_ours(const option& file)
+{
+    struct stat facts {};
+    if (fstat(fileno(file.stream), &facts) != 0) return false;
+    const bool same =
+        !S_ISREG(facts.st_mode) || static_cast<std::uint64_t>(facts.st_size) == file.saved_size;
+    if (!same) errno = ESTALE;
+    return same;
+}
+
 bool cut_back(option& file)
 {
     if (!file.torn) return true;
+    // What has become shorter is not made longer.
+    const std::int64_t size = size_of_file(fileno(file.stream));
+    if (size >= 0 && static_cast<std::uint64_t>(size) < file.saved_size) return is_ours(file);
     int result = 0;
     do {
         result = ftruncate(fileno(file.stream), static_cast<off_t>(file.saved_size));

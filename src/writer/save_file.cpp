@@ -1,6 +1,6 @@
 #include <cstdio>
 
-#include "core/object_model.h"
+#include "core/written_file.h"
 #include "writer/segment_builder.h"
 
 namespace tdms {
@@ -16,10 +16,12 @@ void drop_properties(option& file)
     }
 }
 
-void write_segment(std::FILE* stream, const byte_vector& segment)
+void write_segment(option& file, const byte_vector& segment)
 {
-    // Deliberate: the stream's errors are not looked at.
-    static_cast<void>(std::fwrite(segment.data(), 1, segment.size(), stream));
+    const bool sound = file.writable && std::ferror(file.stream) == 0;
+    // Deliberate: the stream's errors are not reported. They are kept for tdms_save().
+    static_cast<void>(std::fwrite(segment.data(), 1, segment.size(), file.stream));
+    if (sound) note_failed_write(file);
 }
 
 }  // namespace
@@ -103,11 +105,11 @@ int save_file(void* file)
     // and leaves no half of a save behind.
     const bool properties_written = saved->write_time(saved->time_segment);
     saved->write_channel(saved->channel_segment);
-    tdms::write_segment(saved->stream, saved->time_segment);
-    tdms::write_segment(saved->stream, saved->channel_segment);
+    saved->saved_by_stream = true;
+    tdms::write_segment(*saved, saved->time_segment);
+    tdms::write_segment(*saved, saved->channel_segment);
     // Properties are written once.
     if (properties_written) tdms::drop_properties(*saved);
     ++saved->segment_count;
-    saved->saved_by_stream = true;
     return TDMS_OK;
 }

@@ -219,6 +219,7 @@ int save(option& file)
     if (const int status = check_everything(file)) return status;
     byte_vector& segment = file.channel_segment;
     if (!build_segment(file, segment)) return TDMS_OK;
+    if (!is_ours(file)) return TDMS_WRITE;
     const int to = fileno(file.stream);
     const std::uint64_t end = file.saved_size + segment.size();
     const bool placed = lseek(to, static_cast<off_t>(file.saved_size), SEEK_SET) >= 0;
