@@ -2,6 +2,7 @@
 #include "anything.h"
 #include "core/object_model.h"
 #include "hostile_files.h"
+#include "sessions.h"
 #include "support.h"
 
 namespace {
@@ -80,6 +81,24 @@ TEST(DamagedFiles, Fetching)
         const int status = ::tdms_read_string(channel_c(file), 0, there, buffer, 8, out);
         EXPECT_EQ(there == 0 ? 0 : row.expected, status);
         EXPECT_STREQ(row.expected == 0 ? buffer : "########", buffer);
+    }
+}
+
+TEST(DamagedFiles, CutAtEveryByte)
+{
+    const scratch_file scratch;
+    write_everything(scratch.path(), [](auto function) { EXPECT_EQ(0, function()); });
+    const std::string complete = scratch.bytes();
+    const std::vector<std::size_t> ends = segment_offsets(complete);
+    for (std::size_t cut = 0; cut <= complete.size(); ++cut) {
+        SCOPED_TRACE(cut);
+        scratch.fill(complete.substr(0, cut));
+        const std::size_t intact = *std::prev(std::upper_bound(ends.begin(), ends.end(), cut));
+        const int expected = intact == cut ? 0 : TDMS_FILE_READ;
+        expect_each(expected, {open_tdms(scratch, "r").status, tdms_file(scratch, "r").status});
+        const tdms_file partial(scratch);
+        EXPECT_EQ(std::pair(0, cut - intact), std::pair(partial.status, partial.rest));
+        if (intact == cut) read_anything(partial.handle);
     }
 }
 
