@@ -16,7 +16,7 @@ struct level {
     int (*get_string)(void*, const char*, const char**, std::uint64_t*);
     int (*get_nanoseconds)(void*, const char*, std::int64_t*);
 #define TDMS_TOOL_GETTER(suffix, type, code) int (*get_##suffix)(void*, const char*, type*);
-    TDMS_TOOL_NUMBERS(TDMS_TOOL_GETTER)
+    TDMS_NUMBER_ELEMENTS(TDMS_TOOL_GETTER)
 #undef TDMS_TOOL_GETTER
 };
 
@@ -27,7 +27,7 @@ struct level {
     {                                                                                     \
         get_num_##name##_property, get_##name##_property, get_##name##_property_datatype, \
             tdms_get_##name##_property_string, tdms_get_##name##_property_nanoseconds,    \
-            TDMS_TOOL_NUMBERS(GETTER)                                                     \
+            TDMS_NUMBER_ELEMENTS(GETTER)                                                  \
     }
 constexpr level file_level = TDMS_TOOL_LEVEL(file, TDMS_TOOL_FILE_GETTER);
 constexpr level group_level = TDMS_TOOL_LEVEL(group, TDMS_TOOL_GROUP_GETTER);
@@ -66,7 +66,7 @@ property_value value_of(const level& of, void* handle, const char* name, int typ
         of.get_##suffix(handle, name, &value); \
         return value;                          \
     }
-            TDMS_TOOL_NUMBERS(TDMS_TOOL_CASE)
+            TDMS_NUMBER_ELEMENTS(TDMS_TOOL_CASE)
 #undef TDMS_TOOL_CASE
         default:
             return {};
@@ -130,7 +130,7 @@ void* open_or_throw(const input& from)
     {                                                                                    \
         return tdms_read_##suffix(handle, first, count, values);                         \
     }
-TDMS_TOOL_NUMBERS(TDMS_TOOL_READ)
+TDMS_NUMBER_ELEMENTS(TDMS_TOOL_READ)
 #undef TDMS_TOOL_READ
 
 template <class T>
@@ -181,7 +181,7 @@ std::string type_name(int type)
 #define TDMS_TOOL_NAME(suffix, T, code) \
     case code:                          \
         return #suffix;
-            TDMS_TOOL_NUMBERS(TDMS_TOOL_NAME)
+            TDMS_NUMBER_ELEMENTS(TDMS_TOOL_NAME)
 #undef TDMS_TOOL_NAME
         default:
             return "type " + std::to_string(static_cast<std::uint32_t>(type));
@@ -202,7 +202,7 @@ channel_values read_values(const channel& c, std::uint64_t first, std::uint64_t 
 #define TDMS_TOOL_CASE(suffix, T, code) \
     case code:                          \
         return read_array<T>(c, first, count);
-        TDMS_TOOL_NUMBERS(TDMS_TOOL_CASE)
+        TDMS_NUMBER_ELEMENTS(TDMS_TOOL_CASE)
 #undef TDMS_TOOL_CASE
         case TDMS_TYPE_TIMESTAMP:
             return read_times(c, first, count);

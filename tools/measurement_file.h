@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "console.h"
+#include "core/data_types.h"
 #include "input.h"
-#include "tdms.h"
 #include "value_text.h"
 
 namespace tool {
@@ -17,24 +17,11 @@ std::string message_of(int status);
 
 std::string type_name(int type);
 
-// Numbers and booleans: suffix of the library's functions, C++ type, type code.
-#define TDMS_TOOL_NUMBERS(X)                   \
-    X(int8, std::int8_t, TDMS_TYPE_INT8)       \
-    X(int16, std::int16_t, TDMS_TYPE_INT16)    \
-    X(int32, std::int32_t, TDMS_TYPE_INT32)    \
-    X(int64, std::int64_t, TDMS_TYPE_INT64)    \
-    X(uint8, std::uint8_t, TDMS_TYPE_UINT8)    \
-    X(uint16, std::uint16_t, TDMS_TYPE_UINT16) \
-    X(uint32, std::uint32_t, TDMS_TYPE_UINT32) \
-    X(uint64, std::uint64_t, TDMS_TYPE_UINT64) \
-    X(float, float, TDMS_TYPE_FLOAT)           \
-    X(double, double, TDMS_TYPE_DOUBLE)        \
-    X(bool, bool, TDMS_TYPE_BOOL)
-
 #define TDMS_TOOL_ALTERNATIVE(suffix, type, code) type,
 /// A property's value; none if the library knows only its type.
 using property_value =
-    std::variant<std::monostate, TDMS_TOOL_NUMBERS(TDMS_TOOL_ALTERNATIVE) nanoseconds, std::string>;
+    std::variant<std::monostate, TDMS_NUMBER_ELEMENTS(TDMS_TOOL_ALTERNATIVE) nanoseconds,
+                 std::string>;
 #undef TDMS_TOOL_ALTERNATIVE
 
 struct property {
@@ -86,7 +73,7 @@ struct string_values {
 };
 #define TDMS_TOOL_ALTERNATIVE(suffix, type, code) value_array<type>,
 using channel_values =
-    std::variant<TDMS_TOOL_NUMBERS(TDMS_TOOL_ALTERNATIVE) time_values, string_values>;
+    std::variant<TDMS_NUMBER_ELEMENTS(TDMS_TOOL_ALTERNATIVE) time_values, string_values>;
 #undef TDMS_TOOL_ALTERNATIVE
 
 /// A file that the library opened for reading, and its tree. Every status becomes a failure.

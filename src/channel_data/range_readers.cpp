@@ -145,27 +145,29 @@ int read_values(void* handle, std::uint64_t first, std::uint64_t count, T* value
         [&](value_range& range, std::uint32_t) { return read_as<T>(range, count, values); });
 }
 
-// Doubles are what numbers of every type are converted to.
+// Reads stored numbers of any type as doubles.
+int read_as_doubles(value_range& range, std::uint32_t type, std::uint64_t count, double* values)
+{
+    switch (type) {
+#define TDMS_CASE(suffix, T, code) \
+    case code:                     \
+        return read_as<T>(range, count, values);
+        TDMS_NUMBER_ELEMENTS(TDMS_CASE)
+#undef TDMS_CASE
+        default:
+            return TDMS_CHANNEL_DATATYPE;
+    }
+}
+
+// Every number is read as a double, too.
 int read_values(void* handle, std::uint64_t first, std::uint64_t count, double* values)
 {
     const auto is_number = [](std::uint32_t type) {
         return (type >= TDMS_TYPE_INT8 && type <= TDMS_TYPE_DOUBLE) || type == TDMS_TYPE_BOOL;
     };
     return with_range(handle, first, count, values, is_number,
-                      [&](value_range& range, std::uint32_t type) -> int {
-                          switch (type) {
-#define TDMS_CASE(suffix, T, code)                            \
-    case code:                                                \
-        if constexpr (!std::is_same_v<T, timestamp_fields>) { \
-            return read_as<T>(range, count, values);          \
-        }                                                     \
-        break;
-                              TDMS_FIXED_SIZE_ELEMENTS(TDMS_CASE)
-#undef TDMS_CASE
-                              default:
-                                  break;
-                          }
-                          return TDMS_CHANNEL_DATATYPE;
+                      [&](value_range& range, std::uint32_t type) {
+                          return read_as_doubles(range, type, count, values);
                       });
 }
 

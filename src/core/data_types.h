@@ -7,9 +7,10 @@
 
 #include "tdms.h"
 
-// The element types of a fixed size: suffix of the exported names, C++ type, type code. Text is the
-// thirteenth element type; it has no fixed size and functions of its own.
-#define TDMS_FIXED_SIZE_ELEMENTS(X)            \
+// The element types of a fixed size, first the numbers and booleans: suffix of the exported names,
+// C++ type, type code. Strings are the thirteenth element type; they have no fixed size and
+// functions of their own.
+#define TDMS_NUMBER_ELEMENTS(X)                \
     X(int8, std::int8_t, TDMS_TYPE_INT8)       \
     X(int16, std::int16_t, TDMS_TYPE_INT16)    \
     X(int32, std::int32_t, TDMS_TYPE_INT32)    \
@@ -20,7 +21,10 @@
     X(uint64, std::uint64_t, TDMS_TYPE_UINT64) \
     X(float, float, TDMS_TYPE_FLOAT)           \
     X(double, double, TDMS_TYPE_DOUBLE)        \
-    X(bool, bool, TDMS_TYPE_BOOL)              \
+    X(bool, bool, TDMS_TYPE_BOOL)
+
+#define TDMS_FIXED_SIZE_ELEMENTS(X) \
+    TDMS_NUMBER_ELEMENTS(X)         \
     X(timestamp, timestamp_fields, TDMS_TYPE_TIMESTAMP)
 
 namespace tdms {

@@ -93,7 +93,7 @@ struct option {
     bool unquoted;               // the file has a group path without its quotes
     bool objects_removed;        // from memory; the file may hold values of a channel among them
     bool saved_by_stream;        // since `saved_size` was found out
-    bool torn;                   // the file has bytes after `saved_size` that must go
+    bool must_be_cut;            // the file has bytes after `saved_size` that must go
     bool entry_synced;           // the name of a new file survives a loss of power
     std::uint64_t taken_size;    // what the file held when a stream's write failed first
     int write_error;             // errno of a write that failed and has not been reported yet

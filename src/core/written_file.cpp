@@ -56,7 +56,7 @@ bool find_saved_size(option& file)
         if (window.device_failed()) return false;
         std::clearerr(file.stream);
     }
-    file.torn = end != size;
+    file.must_be_cut = end != size;
     file.saved_size = end;
     file.saved_by_stream = false;
     return true;
@@ -74,7 +74,7 @@ bool is_ours(const option& file)
 
 bool cut_back(option& file)
 {
-    if (!file.torn) return true;
+    if (!file.must_be_cut) return true;
     // What has become shorter is not made longer.
     const std::int64_t size = size_of_file(fileno(file.stream));
     if (size >= 0 && static_cast<std::uint64_t>(size) < file.saved_size) return is_ours(file);
@@ -85,9 +85,9 @@ bool cut_back(option& file)
     if (result == 0) {
         // save_file() goes on from there.
         lseek(fileno(file.stream), static_cast<off_t>(file.saved_size), SEEK_SET);
-        file.torn = false;
+        file.must_be_cut = false;
     }
-    return !file.torn;
+    return !file.must_be_cut;
 }
 
 }  // namespace tdms

@@ -226,7 +226,7 @@ int save(option& file)
     if (!placed || !within_limit(end)) return TDMS_WRITE;
     if (!write_all(to, segment)) {
         const int reason = errno;
-        file.torn = true;
+        file.must_be_cut = true;
         cut_back(file);
         errno = reason;
         return TDMS_WRITE;
