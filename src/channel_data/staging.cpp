@@ -1,6 +1,7 @@
 #include "channel_data/staging.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "codec/element.h"
@@ -46,13 +47,27 @@ void append_strings(std::uint64_t count, const char* const* values, staged_strin
 {
     make_room(to.bytes, size_of(count, 16));  // a guess
     make_room(to.ends, size_of(count, 4));
-    for (std::uint64_t i = 0; i != count; ++i) {
-        const std::string_view value = text(values[i]);
-        make_room(to.bytes, value.size());
-        append(to.bytes, value.data(), value.size());
-        unsigned char end[4];
-        store(end, static_cast<std::uint32_t>(to.bytes.size()), true);
-        append(to.ends, end, sizeof end);
+    const std::size_t table = to.ends.size();
+    to.ends.resize(table + 4 * count);
+    unsigned char* end = to.ends.data() + table;
+    // Some strings at a time: one look at each, and room for all of them at once.
+    std::array<std::string_view, 64> part;
+    for (std::uint64_t first = 0; first != count;) {
+        const auto strings = std::min<std::uint64_t>(count - first, part.size());
+        std::size_t size = 0;
+        for (std::size_t i = 0; i != strings; ++i) {
+            part[i] = text(values[first + i]);
+            size += part[i].size();
+        }
+        std::size_t next = to.bytes.size();
+        make_room(to.bytes, size);
+        to.bytes.resize(next + size);
+        for (std::size_t i = 0; i != strings; ++i, end += 4) {
+            part[i].copy(reinterpret_cast<char*>(to.bytes.data()) + next, part[i].size());
+            next += part[i].size();
+            store(end, static_cast<std::uint32_t>(next), true);
+        }
+        first += strings;
     }
 }
 

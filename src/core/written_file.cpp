@@ -22,22 +22,21 @@ int reading_descriptor(option& file)
     return file.reader.get();
 }
 
-bool note_failed_write(option& file)
+void note_failed_write(option& file)
 {
-    if (std::ferror(file.stream) == 0) return false;
     if (file.write_error == 0) file.write_error = errno != 0 ? errno : EIO;
     const std::int64_t size = size_of_file(fileno(file.stream));
     file.taken_size = size < 0 ? file.saved_size : static_cast<std::uint64_t>(size);
-    return true;
 }
 
 bool find_saved_size(option& file)
 {
     if (!file.saved_by_stream || !file.writable || file.stream == nullptr) return true;
-    bool failed = std::ferror(file.stream) != 0;
+    const bool failed_before = std::ferror(file.stream) != 0;
     errno = 0;
     static_cast<void>(std::fflush(file.stream));
-    if (!failed) failed = note_failed_write(file);
+    const bool failed = std::ferror(file.stream) != 0;
+    if (failed && !failed_before) note_failed_write(file);
     const std::int64_t size_now = size_of_file(fileno(file.stream));
     if (size_now < 0) return false;
     const auto size = static_cast<std::uint64_t>(size_now);

@@ -8,10 +8,9 @@ namespace tdms {
 /// that was opened for writing only gets a second one.
 int reading_descriptor(option& file);
 
-/// To be called after a write to a stream that had no error. If it has one now, keeps the reason,
-/// and how much of the file was written before: later writes may follow what is missing.
-/// @return whether there is an error
-bool note_failed_write(option& file);
+/// To be called when a stream's write is the first to fail. Keeps the reason, and how much of the
+/// file was written before: later writes may follow what is missing.
+void note_failed_write(option& file);
 
 /// Finds out where the last intact save of a writable file ends, after save_file() has passed some
 /// to the stream. What the stream could not write is kept in `write_error`.

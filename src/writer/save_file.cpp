@@ -18,10 +18,10 @@ void drop_properties(option& file)
 
 void write_segment(option& file, const byte_vector& segment)
 {
-    const bool sound = file.writable && std::ferror(file.stream) == 0;
+    const bool sound = file.writable && ferror_unlocked(file.stream) == 0;
     // Deliberate: the stream's errors are not reported. They are kept for tdms_save().
     static_cast<void>(std::fwrite(segment.data(), 1, segment.size(), file.stream));
-    if (sound) note_failed_write(file);
+    if (sound && ferror_unlocked(file.stream) != 0) note_failed_write(file);
 }
 
 }  // namespace
