@@ -56,7 +56,7 @@ TEST(Traps, SeveralGroups)
 // own, the channel's values are found; with that of the others, nobody can know whose they are.
 TEST(Traps, AppendingToSomeChannels)
 {
-    for (const std::uint64_t added : {1, 2}) {
+    for (const std::uint64_t added : {1ul, 2ul}) {
         const scratch_file scratch;
         write_letters(scratch, 1, tdms_append_int32, tdms_save);
         EXPECT_EQ(7u, right_by_first_functions(scratch));
