@@ -24,7 +24,7 @@ typename Element::value value_of(int number)
     if constexpr (std::is_same_v<T, const char*>) {
         std::string& text = texts[number];
         if (text.empty() && number % 7 != 0)
-            text = std::string(number % 5, 'x') + std::to_string(number);
+            text = std::string(static_cast<std::size_t>(number % 5), 'x') + std::to_string(number);
         return text.c_str();
     } else if constexpr (std::is_same_v<T, timestamp_fields>) {
         return {2024, 1 + number % 12, 1, 0, 0, number % 60, number};
