@@ -122,7 +122,7 @@ TEST_F(FileFormat, ModesThatDoNotRead)
     const std::int32_t value = 5;
     expect_each(0, {set_channel_data_int32(channel, 1, &value), save_file(file.handle),
                     get_channel_data_int32(channel, nullptr)});
-    file.save_and_close();  // behind the first save: reading did not move the stream
+    file.save_and_close();  // after the first save: reading did not move the stream
     const std::string two_saves = scratch.bytes();
     const open_tdms appended(scratch, "a");
     void* const read = appended.channel(0, 0);

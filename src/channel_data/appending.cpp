@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <limits>
+
 #include "channel_data/staging.h"
 #include "codec/element.h"
 #include "codec/nanoseconds.h"

@@ -1,6 +1,5 @@
 #include <algorithm>
-#include <array>
-#include <vector>
+#include <cstring>
 
 #include "codec/element.h"
 #include "codec/nanoseconds.h"

@@ -26,8 +26,8 @@ struct group;
 struct option;
 class value_index;
 
-/// What every object that a handle can refer to begins with. It tells handles of different kinds
-/// apart, and from most other memory.
+/// What every object that a handle can refer to begins with: it distinguishes handles of different
+/// kinds from each other, and from most other memory.
 enum class handle_tag : std::uint64_t {
     file = 0x3a656c6966534d54,
     group = 0x3a70756f72674d54,
