@@ -48,8 +48,7 @@ TEST(ForeignFiles, NamesGroupsThatWereNeverListedAndBools)
 
 void* channel_c(const open_tdms& file)
 {
-    const auto& groups = static_cast<tdms::option*>(file.handle)->groups;
-    return groups.at("/'g'")->channels.at(path_c).get();
+    return static_cast<tdms::option*>(file.handle)->groups.find("/'g'")->channels.find(path_c);
 }
 
 // Fetches into an array that knows what was written.

@@ -112,31 +112,31 @@ TEST_F(Tree, RepeatedNames)
     EXPECT_EQ(TDMS_CHANNEL_REPEATED, create_channel(foreign.group(0), "y", &other));
 }
 
-// Handles are validated by their paths: what is alive but no longer in its file is refused.
-TEST_F(Tree, ObjectsThatLeftTheirFile)
+// Handles are validated by their paths: what is alive but not in its file is rejected.
+TEST_F(Tree, ObjectsThatAreNotInTheirFile)
 {
-    void* const orphan = add_channel(group, "orphan");
-    const auto kept_group = fileHandles.back()->groups.begin()->second;
-    const auto kept_channels = kept_group->channels;
+    auto& lost_group = *static_cast<tdms::group*>(group);
+    auto& lost_channel = *static_cast<tdms::channel*>(channel);
+    lost_channel.path = "/'g'/'lost'";
     char name[8];
     std::int8_t value = 0;
     void* out = nullptr;
-    const auto expect_refused = [&](int expected, void* gone) {
+    const auto expect_rejected = [&](int expected, void* gone) {
         expect_each(expected,
                     {get_channel_name(gone, name), delete_channel(gone), get_channel_datatype(gone),
                      get_num_channel_property(gone), create_channel_property_int8(gone, "p", 1),
                      set_channel_data_int8(gone, 1, &value)});
     };
-    EXPECT_EQ(0, delete_channel(channel));
-    expect_refused(TDMS_CHANNEL_HANDLE, channel);
-    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int8(channel, &value));
-    EXPECT_EQ(0, delete_group(group));
-    expect_refused(TDMS_GROUP_HANDLE, orphan);
-    expect_each(TDMS_GROUP_HANDLE,
-                {get_group_name(group, name), delete_group(group), get_num_channel(group),
-                 create_channel(group, "c", &out), get_num_group_property(group)});
-    kept_group->file = nullptr;
-    expect_refused(TDMS_CHANNEL_HANDLE, orphan);
+    expect_rejected(TDMS_CHANNEL_HANDLE, &lost_channel);
+    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int8(&lost_channel, &value));
+    lost_group.path = "/'lost'";
+    expect_rejected(TDMS_GROUP_HANDLE, &lost_channel);
+    expect_each(
+        TDMS_GROUP_HANDLE,
+        {get_group_name(&lost_group, name), delete_group(&lost_group), get_num_channel(&lost_group),
+         get_num_group_property(&lost_group), create_channel(&lost_group, "c", &out)});
+    lost_group.file = nullptr;
+    expect_rejected(TDMS_CHANNEL_HANDLE, &lost_channel);
 }
 
 TEST_F(Tree, NullHandlesNamesAndOutputs)

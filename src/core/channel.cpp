@@ -16,7 +16,7 @@ bool has_channel_named(const group& owner, std::string_view name)
 {
     if (!owner.unquoted) return owner.channels.contains(object_path(owner.path, name));
     return std::any_of(owner.channels.begin(), owner.channels.end(),
-                       [name](const auto& entry) { return entry.second->name == name; });
+                       [name](const auto& entry) { return entry.second.name == name; });
 }
 
 }  // namespace
@@ -26,21 +26,20 @@ int option::create_channel(const void* group_handle, std::string_view name, void
     const auto& owner_handle = *static_cast<const tdms::group*>(group_handle);
     tdms::group* owner = nullptr;
     if (const int status = find_object(*this, owner_handle, owner)) return status;
-    std::string path = object_path(owner->path, name);
+    const std::string path = object_path(owner->path, name);
     // Deliberate: names are compared with the new path, so an ordinary repeated name passes and
     // replaces the old channel.
     if (has_channel_named(owner_handle, path)) return TDMS_CHANNEL_REPEATED;
     if (handle == nullptr) return TDMS_CHANNEL_HANDLE;
-    auto created = std::make_shared<channel>();
-    created->name = name;
-    created->group_path = owner->path;
-    created->path = path;
-    created->group = owner;
-    created->saves_at_origin = segment_count;
-    objects_removed |= owner->channels.contains(path);
-    void* const address = created.get();
-    owner->channels.insert_or_assign(std::move(path), std::move(created));
-    *handle = address;
+    std::string own_name(name);
+    if (channel* const old = owner->channels.find(path)) {
+        const std::string_view own_path = old->path;
+        *old = channel{};
+        *handle = &become_channel(*old, *owner, own_path, std::move(own_name));
+        objects_removed = true;
+    } else {
+        *handle = &add_channel(*owner, path, std::move(own_name));
+    }
     return TDMS_OK;
 }
 
@@ -96,8 +95,7 @@ int delete_channel(void* handle)
 {
     return tdms::with_object<channel>(handle, [](channel& found) {
         found.group->file->objects_removed = true;
-        auto& siblings = found.group->channels;
-        siblings.erase(siblings.find(found.path));
+        found.group->channels.erase(found.path);
         return TDMS_OK;
     });
 }

@@ -9,17 +9,10 @@ int create_group(void* file, const char* name, void** handle)
     auto* const owner = static_cast<option*>(file);
     if (owner == nullptr) return TDMS_FILE_HANDLE;
     const std::string_view bare_name = tdms::text(name);
-    std::string path = tdms::object_path({}, bare_name);
+    const std::string path = tdms::object_path({}, bare_name);
     if (owner->groups.contains(path)) return TDMS_GROUP_REPEATED;
     if (handle == nullptr) return TDMS_GROUP_HANDLE;
-    auto created = std::make_shared<group>();
-    created->name = bare_name;
-    created->path = path;
-    created->file = owner;
-    created->saves_at_origin = owner->segment_count;
-    void* const address = created.get();
-    owner->groups.emplace(std::move(path), std::move(created));
-    *handle = address;
+    *handle = &tdms::add_group(*owner, path, std::string(bare_name));
     return TDMS_OK;
 }
 
@@ -47,8 +40,7 @@ int delete_group(void* handle)
 {
     return tdms::with_object<group>(handle, [](group& found) {
         found.file->objects_removed = true;
-        auto& siblings = found.file->groups;
-        siblings.erase(siblings.find(found.path));
+        found.file->groups.erase(found.path);
         return TDMS_OK;
     });
 }

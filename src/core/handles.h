@@ -53,12 +53,10 @@ inline int find_object(option& file, const option&, option*& found)
     return TDMS_OK;
 }
 
-inline int find_group(option& file, const std::string& path, group*& found)
+inline int find_group(option& file, std::string_view path, group*& found)
 {
-    const auto entry = file.groups.find(path);
-    if (entry == file.groups.end()) return TDMS_GROUP_HANDLE;
-    found = entry->second.get();
-    return TDMS_OK;
+    found = file.groups.find(path);
+    return found == nullptr ? TDMS_GROUP_HANDLE : TDMS_OK;
 }
 
 inline int find_object(option& file, const group& handle, group*& found)
@@ -69,11 +67,9 @@ inline int find_object(option& file, const group& handle, group*& found)
 inline int find_object(option& file, const channel& handle, channel*& found)
 {
     group* owner = nullptr;
-    if (const int status = find_group(file, handle.group_path, owner)) return status;
-    const auto entry = owner->channels.find(handle.path);
-    if (entry == owner->channels.end()) return TDMS_CHANNEL_HANDLE;
-    found = entry->second.get();
-    return TDMS_OK;
+    if (const int status = find_group(file, handle.group->path, owner)) return status;
+    found = owner->channels.find(handle.path);
+    return found == nullptr ? TDMS_CHANNEL_HANDLE : TDMS_OK;
 }
 
 /// Resolves a handle and hands its registered object to `use`, whose result is returned.
@@ -97,11 +93,11 @@ int count_of(const Map& map)
 
 /// Writes the handle of every object of a map to consecutive slots of `list`.
 template <class Object>
-int list_handles(const object_map<Object>& objects, void** list, int status_if_null)
+int list_handles(object_map<Object>& objects, void** list, int status_if_null)
 {
     if (objects.empty()) return TDMS_OK;
     if (list == nullptr) return status_if_null;
-    for (const auto& entry : objects) *list++ = entry.second.get();
+    for (auto& [path, object] : objects) *list++ = &object;
     return TDMS_OK;
 }
 

@@ -13,14 +13,11 @@
 
 #include "core/byte_vector.h"
 #include "core/descriptor.h"
+#include "core/object_map.h"
+#include "core/segment_bytes.h"
 #include "tdms.h"
 
 namespace tdms {
-
-/// Objects by path, or properties by name, in byte order; the map is their only owner. Keys can be
-/// looked up without making a string of them.
-template <class T>
-using object_map = std::map<std::string, std::shared_ptr<T>, std::less<>>;
 
 struct group;
 struct option;
@@ -42,13 +39,13 @@ struct property {
     property_origin origin = property_origin::created;
 };
 
-using property_map = object_map<property>;
+/// Properties by name, in byte order.
+using property_map = std::map<std::string, std::shared_ptr<property>, std::less<>>;
 
 struct channel {
     handle_tag tag = handle_tag::channel;
     std::string name;
-    std::string group_path;
-    std::string path;
+    std::string_view path;      // in the map that owns it, as its group's
     std::uint32_t data_type;    // 0 while the channel has no type
     std::uint64_t chunk_count;  // values staged, or values of the latest raw data index
     std::uint64_t value_count;  // values in the file when it was opened
@@ -64,7 +61,7 @@ struct channel {
 struct group {
     handle_tag tag = handle_tag::group;
     std::string name;
-    std::string path;
+    std::string_view path;
     option* file;
     object_map<channel> channels;
     property_map properties;
@@ -84,8 +81,8 @@ struct option {
     std::uint64_t segment_count;  // 0 until the first save of a new file; every save counts
     object_map<group> groups;
     property_map properties;
-    byte_vector time_segment;  // the two segments of a save, kept for their capacity
-    byte_vector channel_segment;
+    segment_bytes time_segment;  // the two segments of a save, kept for their capacity
+    segment_bytes channel_segment;
 
     std::uint64_t last_segment;  // of a file that is followed: where the last segment known begins
     bool replaced;               // the file that is followed is no longer the one that was opened
@@ -115,9 +112,38 @@ struct option {
                          byte_vector&& bytes, byte_vector&& text_ends = {});
     int get_channel_data(const void* handle, channel_values& values);
 
-    bool write_time(byte_vector& out) const;
-    void write_channel(byte_vector& out) const;
+    bool write_time(segment_bytes& out) const;
+    void write_channel(segment_bytes& out) const;
 };
+
+/// Adds a group at a path that has none. Out of memory, the file stays as it is.
+inline group& add_group(option& file, std::string_view path, std::string name)
+{
+    auto& [key, added] = file.groups.add(path);
+    added.name = std::move(name);
+    added.path = key;
+    added.file = &file;
+    added.saves_at_origin = file.segment_count;
+    return added;
+}
+
+/// Makes an object whose members are zero a channel of the group, at a path that the group owns.
+inline channel& become_channel(channel& added, group& owner, std::string_view path,
+                               std::string name) noexcept
+{
+    added.name = std::move(name);
+    added.path = path;
+    added.group = &owner;
+    added.saves_at_origin = owner.file->segment_count;
+    return added;
+}
+
+/// Adds a channel at a path that has none. Out of memory, the group stays as it is.
+inline channel& add_channel(group& owner, std::string_view path, std::string name)
+{
+    auto& [key, added] = owner.channels.add(path);
+    return become_channel(added, owner, key, std::move(name));
+}
 
 /// A read that fails closes the stream for good. @return the status of the read
 inline int close_unreadable(option& file, int status)

@@ -118,7 +118,7 @@ int become_handle(std::shared_ptr<option> opened, file_on_its_way& from, open_mo
 void forget_latest_counts(option& file)
 {
     for (auto& [group_path, g] : file.groups) {
-        for (auto& [channel_path, c] : g->channels) c->chunk_count = 0;
+        for (auto& [channel_path, c] : g.channels) c.chunk_count = 0;
     }
 }
 

@@ -7,14 +7,13 @@ namespace {
 // The object of that name; null if there is none. A name is its path without the quotes, so the
 // path is where to look; only a foreign file can hold paths that lack them.
 template <class Object>
-Object* find_named(const object_map<Object>& objects, std::string_view parent, bool unquoted,
+Object* find_named(object_map<Object>& objects, std::string_view parent, bool unquoted,
                    std::string_view name)
 {
-    const auto found = objects.find(object_path(parent, name));
-    if (found != objects.end()) return found->second.get();
-    if (!unquoted) return nullptr;
-    for (const auto& [path, object] : objects) {
-        if (object->name == name) return object.get();
+    Object* const found = objects.find(object_path(parent, name));
+    if (found != nullptr || !unquoted) return found;
+    for (auto& [path, object] : objects) {
+        if (object.name == name) return &object;
     }
     return nullptr;
 }

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "reader/object_finder.h"
+#include "core/object_model.h"
 #include "reader/object_walk.h"
 #include "reader/segment_walk.h"
 
@@ -42,7 +42,7 @@ class block_finder {
     int add_block(const raw_data_index& index, std::uint64_t size);
 
     channel& target_;
-    object_finder<channel> members_;
+    object_map<channel>& members_;
     std::vector<block>& found_;
     std::uint64_t text_count_;  // of the latest index of strings
     segment segment_{};         // the one that is being walked over

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "core/text.h"
-#include "reader/object_finder.h"
 #include "reader/object_path.h"
 #include "reader/object_walk.h"
 #include "reader/segment_walk.h"
@@ -21,8 +20,8 @@ class tree_builder {
   public:
     /// @param known a tree whose channels' types and latest counts hold for those of `file`, too
     explicit tree_builder(option& file, unknown_types of_values = unknown_types::accepted,
-                          const option* known = nullptr)
-        : file_(file), known_(known), of_values_(of_values), groups_(file.groups)
+                          option* known = nullptr)
+        : file_(file), known_(known), of_values_(of_values)
     {
     }
 
@@ -85,26 +84,16 @@ class tree_builder {
     void find_or_add_group(std::string_view path)
     {
         if (group_ != nullptr && group_->path == path) return;
-        group* found = groups_.find(path);
-        if (found == nullptr) {
-            found = &groups_.add(path);
-            found->name = group_name(path);
-            found->path = path;
-            found->file = &file_;
-            if (path != object_path({}, found->name)) file_.unquoted = true;
-        }
-        group_ = found;
-        channels_ = object_finder<channel>(found->channels);
+        group_ = file_.groups.find(path);
+        if (group_ != nullptr) return;
+        group_ = &add_group(file_, path, std::string(group_name(path)));
+        if (path != object_path({}, group_->name)) file_.unquoted = true;
     }
 
     channel& find_or_add_channel(std::string_view path, std::string_view name)
     {
-        if (channel* const found = channels_.find(path)) return *found;
-        channel& added = channels_.add(path);
-        added.name = name;
-        added.group_path = group_->path;
-        added.path = path;
-        added.group = group_;
+        if (channel* const found = group_->channels.find(path)) return *found;
+        channel& added = tdms::add_channel(*group_, path, std::string(name));
         if (path != object_path(group_->path, name)) group_->unquoted = true;
         if (known_ != nullptr) add_what_is_known(added);
         return added;
@@ -112,20 +101,17 @@ class tree_builder {
 
     void add_what_is_known(channel& added) const
     {
-        const auto owner = known_->groups.find(added.group_path);
-        if (owner == known_->groups.end()) return;
-        const auto same = owner->second->channels.find(added.path);
-        if (same == owner->second->channels.end()) return;
-        added.data_type = same->second->data_type;
-        added.chunk_count = same->second->chunk_count;
+        group* const owner = known_->groups.find(group_->path);
+        const channel* const same = owner == nullptr ? nullptr : owner->channels.find(added.path);
+        if (same == nullptr) return;
+        added.data_type = same->data_type;
+        added.chunk_count = same->chunk_count;
     }
 
     option& file_;
-    const option* known_;
+    option* known_;
     unknown_types of_values_;
-    object_finder<group> groups_;
     group* group_ = nullptr;              // of the latest group or channel
-    object_finder<channel> channels_;     // of that group
     property_map* properties_ = nullptr;  // of the latest object
 };
 
@@ -150,16 +136,15 @@ void merge(group& into, group& added) noexcept
     merge(into.properties, added.properties);
     into.unquoted |= added.unquoted;
     for (auto& [path, c] : added.channels) {
-        c->group = &into;
-        const auto old = into.channels.find(path);
-        if (old == into.channels.end()) continue;
-        channel& grown = *old->second;
-        grown.data_type = c->data_type;
-        grown.chunk_count = c->chunk_count;
-        grown.value_count += c->value_count;
-        merge(grown.properties, c->properties);
+        c.group = &into;
+        channel* const grown = into.channels.find(path);
+        if (grown == nullptr) continue;
+        grown->data_type = c.data_type;
+        grown->chunk_count = c.chunk_count;
+        grown->value_count += c.value_count;
+        merge(grown->properties, c.properties);
     }
-    into.channels.merge(added.channels);
+    into.channels.take_from(added.channels);
 }
 
 void merge(option& into, option& added) noexcept
@@ -167,11 +152,10 @@ void merge(option& into, option& added) noexcept
     merge(into.properties, added.properties);
     into.unquoted |= added.unquoted;
     for (auto& [path, g] : added.groups) {
-        g->file = &into;
-        const auto old = into.groups.find(path);
-        if (old != into.groups.end()) merge(*old->second, *g);
+        g.file = &into;
+        if (group* const old = into.groups.find(path)) merge(*old, g);
     }
-    into.groups.merge(added.groups);
+    into.groups.take_from(added.groups);
 }
 
 constexpr int cut_short = 1;

@@ -78,19 +78,12 @@ int value_index::update(int file, std::uint64_t size)
 void value_index::forget()
 {
     channels_.clear();
-    finder_ = object_finder<stored_channel>(channels_);
     end_ = 0;
-}
-
-const stored_channel* value_index::find(std::string_view path) const
-{
-    const auto found = channels_.find(path);
-    return found == channels_.end() ? nullptr : found->second.get();
 }
 
 int value_index::object(std::string_view path, metadata_cursor& cursor)
 {
-    stored_channel* owner = finder_.find(path);
+    stored_channel* owner = channels_.find(path);
     if (owner == nullptr) {
         const object_kind kind = parse_object_path(path).kind;
         if (kind == object_kind::invalid) return TDMS_CHANNEL_READ;
@@ -99,7 +92,7 @@ int value_index::object(std::string_view path, metadata_cursor& cursor)
             if (!empty) blocks_.push_back({nullptr, 0, 0, false, false, false});
             return TDMS_OK;
         }
-        owner = &finder_.add(path);
+        owner = &channels_.add(path).second;
     }
     const raw_data_index index = read_raw_data_index(cursor);
     if (!cursor.ok()) return TDMS_CHANNEL_READ;

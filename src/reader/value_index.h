@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "reader/object_finder.h"
+#include "core/object_map.h"
 #include "reader/object_walk.h"
 #include "reader/segment_walk.h"
 
@@ -83,7 +83,7 @@ class value_index {
     int update(int file, std::uint64_t size);
 
     /// What the file holds of the channel at that path; null if it does not list it.
-    const stored_channel* find(std::string_view path) const;
+    const stored_channel* find(std::string_view path) { return channels_.find(path); }
 
     // For walk_objects().
     int object(std::string_view path, metadata_cursor& cursor);
@@ -109,7 +109,6 @@ class value_index {
     void add_blocks(const segment& s, IsThere is_there);
 
     object_map<stored_channel> channels_;
-    object_finder<stored_channel> finder_{channels_};
     std::vector<stated_block> blocks_;  // of the segment that is being walked over
     std::uint64_t end_ = 0;             // of the segments taken in
 };
