@@ -61,6 +61,7 @@ inline void make_room(byte_vector& target, std::size_t extra)
 inline void append(byte_vector& target, const void* bytes, std::size_t size)
 {
     if (size == 0) return;
+    make_room(target, size);
     const std::size_t old_size = target.size();
     target.resize(old_size + size);
     std::memcpy(target.data() + old_size, bytes, size);

@@ -10,17 +10,20 @@ void drop_properties(option& file)
 {
     file.properties.clear();
     for (auto& [group_path, g] : file.groups) {
-        g->listed |= !g->properties.empty();
-        g->properties.clear();
-        for (auto& [channel_path, c] : g->channels) c->properties.clear();
+        g.listed |= !g.properties.empty();
+        g.properties.clear();
+        for (auto& [channel_path, c] : g.channels) c.properties.clear();
     }
 }
 
-void write_segment(option& file, const byte_vector& segment)
+void write_segment(option& file, const segment_bytes& segment)
 {
     const bool sound = file.writable && ferror_unlocked(file.stream) == 0;
-    // Deliberate: the stream's errors are not reported. They are kept for tdms_save().
-    static_cast<void>(std::fwrite(segment.data(), 1, segment.size(), file.stream));
+    // Deliberate: the stream's errors are not reported. They are kept for tdms_save(). What comes
+    // after a piece that was not written is not written, either.
+    static_cast<void>(segment.for_each_piece([&file](segment_bytes::piece bytes) {
+        return std::fwrite(bytes.data(), 1, bytes.size(), file.stream) == bytes.size();
+    }));
     if (sound && ferror_unlocked(file.stream) != 0) note_failed_write(file);
 }
 
@@ -28,7 +31,7 @@ void write_segment(option& file, const byte_vector& segment)
 
 // The timestamp segment: what is new about the tree, and the values of the timestamp channels.
 // Returns whether it holds properties.
-bool option::write_time(byte_vector& out) const
+bool option::write_time(segment_bytes& out) const
 {
     segment_builder built(out);
     bool any_properties = false;
@@ -43,24 +46,24 @@ bool option::write_time(byte_vector& out) const
     const channel* last = nullptr;
     add_if_listed(root_path, properties);
     for (const auto& [group_path, g] : groups) {
-        add_if_listed(group_path, g->properties);
-        for (const auto& [channel_path, c] : g->channels) {
-            const bool timestamps = c->data_type == TDMS_TYPE_TIMESTAMP;
-            if (!timestamps && c->properties.empty()) continue;
-            any_properties |= !c->properties.empty();
+        add_if_listed(group_path, g.properties);
+        for (const auto& [channel_path, c] : g.channels) {
+            const bool timestamps = c.data_type == TDMS_TYPE_TIMESTAMP;
+            if (!timestamps && c.properties.empty()) continue;
+            any_properties |= !c.properties.empty();
             built.object(channel_path);
             if (timestamps) {
-                built.fixed_size_index(*c);
+                built.fixed_size_index(c);
                 // Deliberate: every timestamp channel states its values, but only those of the
                 // last one are in the raw data.
-                last = c.get();
+                last = &c;
             } else {
                 built.no_index();
             }
-            built.properties(c->properties);
+            built.properties(c.properties);
         }
     }
-    built.begin_raw_data(last == nullptr ? 0 : staged_size(*last));
+    built.begin_raw_data();
     if (last != nullptr) built.raw_data(*last);
     built.finish();
     return any_properties;
@@ -69,14 +72,13 @@ bool option::write_time(byte_vector& out) const
 // The channel segment: the values of all other channels.
 // Deliberate: the count is not checked against the values. A channel that was read from the file
 // and not staged since states the count of its latest index again.
-void option::write_channel(byte_vector& out) const
+void option::write_channel(segment_bytes& out) const
 {
     segment_builder built(out);
-    std::size_t raw_size = 0;
     const auto for_each_channel = [this](auto use) {
         for (const auto& [group_path, g] : groups) {
-            for (const auto& [channel_path, c] : g->channels) {
-                if (c->data_type != TDMS_TYPE_TIMESTAMP) use(channel_path, *c);
+            for (const auto& [channel_path, c] : g.channels) {
+                if (c.data_type != TDMS_TYPE_TIMESTAMP) use(channel_path, c);
             }
         }
     };
@@ -88,9 +90,8 @@ void option::write_channel(byte_vector& out) const
             built.fixed_size_index(c);
         }
         built.no_properties();
-        raw_size += staged_size(c);
     });
-    built.begin_raw_data(raw_size);
+    built.begin_raw_data();
     for_each_channel([&](std::string_view, const channel& c) { built.raw_data(c); });
     built.finish();
 }

@@ -43,8 +43,8 @@ template <class Use>
 void for_each_changed_channel(option& file, Use use)
 {
     for (auto& [group_path, g] : file.groups) {
-        for (auto& [channel_path, c] : g->channels) {
-            if (has_something_new(*c)) use(*c);
+        for (auto& [channel_path, c] : g.channels) {
+            if (has_something_new(c)) use(c);
         }
     }
 }
@@ -71,7 +71,7 @@ bool reads_back(const channel& c)
     if (!is_listed(c)) {
         const object_path_parts parts = parse_object_path(c.path);
         const bool fits = c.path.size() <= most_in_32_bits && parts.kind == object_kind::channel &&
-                          parts.group_path == c.group_path;
+                          parts.group_path == c.group->path;
         if (!fits) return false;
     }
     const bool values_fit = c.data_type != TDMS_TYPE_STRING || c.data.size() <= most_in_32_bits;
@@ -83,7 +83,7 @@ int check_everything(option& file)
 {
     int status = reads_back(file.properties) ? TDMS_OK : TDMS_ARGUMENT;
     for (const auto& [path, g] : file.groups) {
-        if (!reads_back(*g)) status = TDMS_ARGUMENT;
+        if (!reads_back(g)) status = TDMS_ARGUMENT;
     }
     for_each_changed_channel(file, [&](channel& c) {
         if (!reads_back(c)) status = TDMS_ARGUMENT;
@@ -108,18 +108,14 @@ void add_index(segment_builder& built, const channel& c)
 
 // One segment of all that is new: the file and the groups, then the channels, so that nothing that
 // is not a channel comes after one. @return whether there is anything
-bool build_segment(option& file, byte_vector& out)
+bool build_segment(option& file, segment_bytes& out)
 {
     segment_builder built(out);
-    std::size_t raw_size = 0;
     bool anything = has_new(file.properties);
     for (const auto& [path, g] : file.groups) {
-        anything = anything || !is_listed(*g) || has_new(g->properties);
+        anything = anything || !is_listed(g) || has_new(g.properties);
     }
-    for_each_changed_channel(file, [&](const channel& c) {
-        anything = true;
-        if (is_unsaved(c)) raw_size += staged_size(c);
-    });
+    for_each_changed_channel(file, [&](const channel&) { anything = true; });
     if (!anything) return false;
     const auto add = [&built](std::string_view path, const property_map& properties) {
         built.object(path);
@@ -128,14 +124,14 @@ bool build_segment(option& file, byte_vector& out)
     };
     if (file.segment_count == 0 || has_new(file.properties)) add(root_path, file.properties);
     for (const auto& [path, g] : file.groups) {
-        if (!is_listed(*g) || has_new(g->properties)) add(path, g->properties);
+        if (!is_listed(g) || has_new(g.properties)) add(path, g.properties);
     }
     for_each_changed_channel(file, [&built](const channel& c) {
         built.object(c.path);
         add_index(built, c);
         built.new_properties(c.properties);
     });
-    built.begin_raw_data(raw_size);
+    built.begin_raw_data();
     for_each_changed_channel(file, [&built](const channel& c) {
         if (is_unsaved(c)) built.raw_data(c);
     });
@@ -170,14 +166,14 @@ void mark_everything_saved(option& file)
     });
     mark_saved(file.properties);
     for (auto& [path, g] : file.groups) {
-        mark_saved(g->properties);
-        g->listed = true;
+        mark_saved(g.properties);
+        g.listed = true;
     }
     ++file.segment_count;
 }
 
 // @return whether the system took all bytes; if not, errno
-bool write_all(int file, const byte_vector& bytes)
+bool write_all(int file, segment_bytes::piece bytes)
 {
     for (std::size_t done = 0; done != bytes.size();) {
         const ssize_t part = ::write(file, bytes.data() + done, bytes.size() - done);
@@ -217,14 +213,15 @@ int save(option& file)
 {
     if (const int status = report_write_error(file)) return status;
     if (const int status = check_everything(file)) return status;
-    byte_vector& segment = file.channel_segment;
+    segment_bytes& segment = file.channel_segment;
     if (!build_segment(file, segment)) return TDMS_OK;
     if (!is_ours(file)) return TDMS_WRITE;
     const int to = fileno(file.stream);
     const std::uint64_t end = file.saved_size + segment.size();
     const bool placed = lseek(to, static_cast<off_t>(file.saved_size), SEEK_SET) >= 0;
     if (!placed || !within_limit(end)) return TDMS_WRITE;
-    if (!write_all(to, segment)) {
+    const auto write = [to](segment_bytes::piece bytes) { return write_all(to, bytes); };
+    if (!segment.for_each_piece(write)) {
         const int reason = errno;
         file.must_be_cut = true;
         cut_back(file);
@@ -232,7 +229,8 @@ int save(option& file)
         return TDMS_WRITE;
     }
     file.saved_size = end;
-    forget(segment);
+    segment.clear();
+    forget(segment.joined());
     mark_everything_saved(file);
     return TDMS_OK;
 }

@@ -4,9 +4,10 @@
 
 namespace tdms {
 
-segment_builder::segment_builder(byte_vector& out) : out_(out)
+segment_builder::segment_builder(segment_bytes& out) : out_(out)
 {
-    out_.resize(lead_in_size + sizeof object_count_);
+    out_.clear();
+    out_.joined().resize(lead_in_size + sizeof object_count_);
 }
 
 void segment_builder::object(std::string_view path)
@@ -29,7 +30,7 @@ void segment_builder::string_index(const channel& of)
     put(of.data_type);
     put(std::uint32_t{1});
     put(of.chunk_count);
-    put(std::uint64_t{staged_size(of)});
+    put(std::uint64_t{of.text_ends.size() + of.data.size()});
 }
 
 void segment_builder::properties(const property_map& map)
@@ -46,29 +47,24 @@ void segment_builder::new_properties(const property_map& map)
     }
 }
 
-void segment_builder::begin_raw_data(std::size_t size)
-{
-    metadata_end_ = out_.size();
-    out_.reserve(out_.size() + size);
-}
-
 void segment_builder::finish()
 {
-    store(out_.data() + lead_in_size, object_count_, true);
-    store_lead_in(out_.data(), metadata_end_ - lead_in_size, out_.size() - metadata_end_);
+    unsigned char* const lead_in = out_.joined().data();
+    store(lead_in + lead_in_size, object_count_, true);
+    store_lead_in(lead_in, metadata_end_ - lead_in_size, out_.size() - metadata_end_);
 }
 
 void segment_builder::put_string(std::string_view text)
 {
     put(static_cast<std::uint32_t>(text.size()));
-    append(out_, text.data(), text.size());
+    append(out_.joined(), text.data(), text.size());
 }
 
 void segment_builder::put_property(std::string_view name, const property& stored)
 {
     put_string(name);
     put(stored.data_type);
-    append(out_, stored.data.data(), stored.data.size());
+    append(out_.joined(), stored.data.data(), stored.data.size());
 }
 
 }  // namespace tdms

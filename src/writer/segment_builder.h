@@ -12,18 +12,12 @@ inline bool is_new(const property_map::value_type& entry)
     return entry.second->origin == property_origin::created;
 }
 
-/// The bytes of a channel's staged values.
-inline std::size_t staged_size(const channel& of)
-{
-    return of.text_ends.size() + of.data.size();
-}
-
-/// Builds one segment in a buffer, from front to back: the entries of its objects, each an object,
-/// its raw data index and its properties, then the raw data.
+/// Builds one segment, from front to back: the entries of its objects, each an object, its raw data
+/// index and its properties, then the raw data.
 class segment_builder {
   public:
-    /// Replaces what the buffer holds and reuses its capacity.
-    explicit segment_builder(byte_vector& out);
+    /// Replaces what `out` holds and reuses its capacity.
+    explicit segment_builder(segment_bytes& out);
 
     void object(std::string_view path);
 
@@ -36,13 +30,13 @@ class segment_builder {
     /// Those that no file has yet.
     void new_properties(const property_map& map);
 
-    /// Ends the metadata and makes room for the raw data, once.
-    void begin_raw_data(std::size_t size);
+    /// Ends the metadata.
+    void begin_raw_data() { metadata_end_ = out_.size(); }
     /// The staged values of a channel: of strings the table of their ends first.
     void raw_data(const channel& of)
     {
-        append(out_, of.text_ends.data(), of.text_ends.size());
-        append(out_, of.data.data(), of.data.size());
+        out_.add_block(of.text_ends);
+        out_.add_block(of.data);
     }
 
     /// Completes the lead-in.
@@ -54,13 +48,13 @@ class segment_builder {
     {
         unsigned char bytes[sizeof(T)];
         store(bytes, value, true);
-        append(out_, bytes, sizeof(T));
+        append(out_.joined(), bytes, sizeof(T));
     }
 
     void put_string(std::string_view text);
     void put_property(std::string_view name, const property& stored);
 
-    byte_vector& out_;
+    segment_bytes& out_;
     std::uint32_t object_count_ = 0;
     std::size_t metadata_end_ = 0;
 };
