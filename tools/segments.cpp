@@ -2,7 +2,7 @@
 
 #include "console.h"
 #include "measurement_file.h"
-#include "reader/object_finder.h"
+#include "core/object_map.h"
 #include "reader/object_path.h"
 #include "reader/object_walk.h"
 #include "reader/segment_walk.h"
@@ -73,8 +73,8 @@ class metadata_reader {
 
     int read_index(std::string_view path, tdms::metadata_cursor& cursor)
     {
-        known_channel* known = finder_.find(path);
-        if (known == nullptr) known = &finder_.add(path);
+        known_channel* known = channels_.find(path);
+        if (known == nullptr) known = &channels_.add(path).second;
         const tdms::raw_data_index index = tdms::read_raw_data_index(cursor);
         if (!cursor.ok()) return TDMS_CHANNEL_READ;
         const std::uint32_t type_before = known->data_type;
@@ -109,7 +109,6 @@ class metadata_reader {
     }
 
     tdms::object_map<known_channel> channels_;
-    tdms::object_finder<known_channel> finder_{channels_};
     segment_facts* facts_ = nullptr;  // of the segment being read
     const unsigned char* begin_ = nullptr;
     std::uint64_t object_ = 0;  // the one being read, counted from 1

@@ -33,8 +33,11 @@ class object_map {
     /// The object at that path; null if there is none.
     Object* find(std::string_view path)
     {
-        if (next_ == nodes_.end()) next_ = nodes_.begin();
-        if (next_ == nodes_.end()) return nullptr;
+        if (next_ == nodes_.end()) {
+            // What is new mostly comes after all others.
+            if (nodes_.empty() || nodes_.rbegin()->first < path) return nullptr;
+            next_ = nodes_.begin();
+        }
         if (next_->first != path) next_ = nodes_.lower_bound(path);
         if (next_ == nodes_.end() || next_->first != path) return nullptr;
         return &(next_++)->second;

@@ -14,15 +14,19 @@ int block_finder::add_segment(const segment& where)
     segment_ = where;
     before_ = 0;
     member_met_ = false;
-    const int status = walk_objects(where.metadata, *this);
+    const int status = seen_.walk(where.metadata, *this);
     return status == target_met ? TDMS_OK : status;
 }
 
-int block_finder::object(std::string_view path, metadata_cursor& cursor)
+int block_finder::find(std::string_view path, metadata_cursor& cursor, listing& found)
 {
-    channel* const member = members_.find(path);
-    const raw_data_index index = read_raw_data_index(cursor);
-    if (!cursor.ok()) return TDMS_CHANNEL_READ;
+    found = {members_.find(path), read_raw_data_index(cursor)};
+    return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
+}
+
+int block_finder::take(const listing& found)
+{
+    const auto& [member, index] = found;
     // Deliberate: after the group's first channel every object is assumed to be another; one that
     // is not throws, as a failed lookup.
     if (member == nullptr && member_met_) throw std::out_of_range("map::at");

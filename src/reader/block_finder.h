@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "core/object_model.h"
-#include "reader/object_walk.h"
+#include "reader/repeated_metadata.h"
 #include "reader/segment_walk.h"
 
 namespace tdms {
@@ -33,8 +33,13 @@ class block_finder {
     /// any other lies within the segment's raw data.
     int add_segment(const segment& where);
 
-    // For walk_objects().
-    int object(std::string_view path, metadata_cursor& cursor);
+    // For repeated_metadata.
+    struct listing {
+        channel* object;  // null for one that is no channel of the group
+        raw_data_index index;
+    };
+    int find(std::string_view path, metadata_cursor& cursor, listing& found);
+    int take(const listing& found);
     void property(const property_entry&) {}
 
   private:
@@ -48,6 +53,7 @@ class block_finder {
     segment segment_{};         // the one that is being walked over
     std::uint64_t before_ = 0;  // bytes of the blocks before the next one in it
     bool member_met_ = false;   // in it
+    repeated_metadata<listing> seen_;
 };
 
 }  // namespace tdms

@@ -21,6 +21,13 @@ inline std::string_view group_name(std::string_view path)
     return path.substr(2, path.size() - 3);
 }
 
+/// Whether the last name of a path, below `parent`, has the quotes that it should have.
+/// REQUIRES: a path that parse_object_path() takes for a group's or a channel's.
+inline bool is_quoted(std::string_view path, std::string_view parent)
+{
+    return path.substr(parent.size(), 2) == "/'" && path.back() == '\'';
+}
+
 /// The slashes of a path tell what it names: "/" alone the file, one slash a group, any more a
 /// channel, whose group's path ends before the second slash. Without a slash in front, that would
 /// be the path of no group. A name is what is left without a slash and a quote in front and a quote

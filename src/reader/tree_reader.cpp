@@ -4,9 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "core/text.h"
 #include "reader/object_path.h"
-#include "reader/object_walk.h"
+#include "reader/repeated_metadata.h"
 #include "reader/segment_walk.h"
 
 namespace tdms {
@@ -27,11 +26,41 @@ class tree_builder {
 
     int add_segment(std::span<const unsigned char> metadata)
     {
-        return walk_objects(metadata, *this);
+        const auto* const known = seen_.recognise(metadata);
+        if (known == nullptr) {
+            settle();
+            row_ = nullptr;
+            return seen_.parse(metadata, *this);
+        }
+        if (known->empty()) return TDMS_OK;
+        if (known == row_) {
+            ++untaken_;
+            return TDMS_OK;
+        }
+        settle();
+        row_ = known;
+        return seen_.take_all(*known, *this);
     }
 
-    // For walk_objects().
-    int object(std::string_view path, metadata_cursor& cursor)
+    /// Must follow the last segment: of metadata that is repeated in a row, nothing is new but the
+    /// number of values, which is added once.
+    void settle()
+    {
+        if (untaken_ == 0) return;
+        for (const listing& found : *row_) {
+            if (found.object == nullptr || found.index.form == index_none) continue;
+            found.object->value_count += untaken_ * found.object->chunk_count;
+        }
+        untaken_ = 0;
+    }
+
+    // For repeated_metadata.
+    struct listing {
+        channel* object;  // null for the file or a group
+        raw_data_index index;
+    };
+
+    int find(std::string_view path, metadata_cursor& cursor, listing& found)
     {
         const object_path_parts parts = parse_object_path(path);
         switch (parts.kind) {
@@ -45,9 +74,20 @@ class tree_builder {
                 properties_ = &group_->properties;
                 break;
             case object_kind::channel:
-                return add_channel(cursor, path, parts);
+                return find_channel(cursor, path, parts, found);
         }
         skip_index(cursor);
+        return TDMS_OK;
+    }
+
+    int take(const listing& found)
+    {
+        if (found.object == nullptr) return TDMS_OK;
+        channel& of = *found.object;
+        if (const int status = apply_index(found.index, of.data_type, of.chunk_count))
+            return status;
+        if (of_values_ == unknown_types::rejected) DataSize.at(of.data_type);
+        if (found.index.form != index_none) of.value_count += of.chunk_count;
         return TDMS_OK;
     }
 
@@ -64,20 +104,16 @@ class tree_builder {
     }
 
   private:
-    int add_channel(metadata_cursor& cursor, std::string_view path, const object_path_parts& parts)
+    int find_channel(metadata_cursor& cursor, std::string_view path, const object_path_parts& parts,
+                     listing& found)
     {
         // The group need not have been listed: this library itself does not write a group that was
         // created after the first save and has no properties.
         find_or_add_group(parts.group_path);
-        channel& found = find_or_add_channel(path, parts.name);
-        const raw_data_index index = read_raw_data_index(cursor);
-        if (!cursor.ok()) return TDMS_CHANNEL_READ;
-        if (const int status = apply_index(index, found.data_type, found.chunk_count))
-            return status;
-        if (of_values_ == unknown_types::rejected) DataSize.at(found.data_type);
-        if (index.form != index_none) found.value_count += found.chunk_count;
-        properties_ = &found.properties;
-        return TDMS_OK;
+        found.object = &find_or_add_channel(path, parts.name);
+        found.index = read_raw_data_index(cursor);
+        properties_ = &found.object->properties;
+        return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
     }
 
     // Makes the group at `path` the current one.
@@ -87,14 +123,14 @@ class tree_builder {
         group_ = file_.groups.find(path);
         if (group_ != nullptr) return;
         group_ = &add_group(file_, path, std::string(group_name(path)));
-        if (path != object_path({}, group_->name)) file_.unquoted = true;
+        if (!is_quoted(path, {})) file_.unquoted = true;
     }
 
     channel& find_or_add_channel(std::string_view path, std::string_view name)
     {
         if (channel* const found = group_->channels.find(path)) return *found;
         channel& added = tdms::add_channel(*group_, path, std::string(name));
-        if (path != object_path(group_->path, name)) group_->unquoted = true;
+        if (!is_quoted(path, group_->path)) group_->unquoted = true;
         if (known_ != nullptr) add_what_is_known(added);
         return added;
     }
@@ -113,6 +149,9 @@ class tree_builder {
     unknown_types of_values_;
     group* group_ = nullptr;              // of the latest group or channel
     property_map* properties_ = nullptr;  // of the latest object
+    repeated_metadata<listing> seen_;
+    const std::vector<listing>* row_ = nullptr;  // what was taken last, having been recognised
+    std::uint64_t untaken_ = 0;                  // its repetitions since then
 };
 
 // Merging takes over what is new and changes what is not, without allocating: a segment is added
@@ -177,12 +216,25 @@ bool ends_within_segment(file_window& window, std::uint64_t offset, std::uint64_
            metadata_length + raw_length > left - lead_in_size;
 }
 
-// Adds a segment that is intact to a tree.
-int add_intact(tree_builder& tree, option& file, const segment& s)
+// Adds the segments from `offset` to `size` to a tree, until `unwanted(segment)` gives a status.
+// @return as walk_segments()
+template <class Unwanted>
+int add_segments(tree_builder& tree, option& file, file_window& window, std::uint64_t& offset,
+                 std::uint64_t size, Unwanted unwanted)
 {
-    const int status = tree.add_segment(s.metadata);
-    if (status == TDMS_OK) file.last_segment = s.begin();
+    const int status = walk_segments(window, offset, size, [&](const segment& s) {
+        if (const int reason = unwanted(s)) return reason;
+        const int added = tree.add_segment(s.metadata);
+        if (added == TDMS_OK) file.last_segment = s.begin();
+        return added;
+    });
+    tree.settle();
     return status;
+}
+
+int none_unwanted(const segment&)
+{
+    return TDMS_OK;
 }
 
 // Whether the last segment that is known is still where it was. If not, the file has been emptied
@@ -224,8 +276,7 @@ int read_tree(option& file, const std::string& path)
     tree_builder tree(file);
     std::uint64_t offset = 0;
     return close_unreadable(
-        file, walk_segments(window, offset, file.file_size,
-                            [&](const segment& s) { return add_intact(tree, file, s); }));
+        file, add_segments(tree, file, window, offset, file.file_size, none_unwanted));
 }
 
 int read_all_segments(option& file, int from, std::uint64_t size)
@@ -233,10 +284,8 @@ int read_all_segments(option& file, int from, std::uint64_t size)
     file_window window(from, size);
     tree_builder tree(file, unknown_types::rejected);
     file.file_size = 0;
-    return with_known_types([&] {
-        return walk_segments(window, file.file_size, size,
-                             [&](const segment& s) { return add_intact(tree, file, s); });
-    });
+    return with_known_types(
+        [&] { return add_segments(tree, file, window, file.file_size, size, none_unwanted); });
 }
 
 int read_intact_segments(option& file, int from, std::uint64_t size)
@@ -245,8 +294,8 @@ int read_intact_segments(option& file, int from, std::uint64_t size)
     tree_builder tree(file, unknown_types::rejected);
     file.file_size = 0;
     int status = with_known_types([&] {
-        return walk_segments(window, file.file_size, size, [&](const segment& s) {
-            return s.complete_in(size) ? add_intact(tree, file, s) : cut_short;
+        return add_segments(tree, file, window, file.file_size, size, [size](const segment& s) {
+            return s.complete_in(size) ? TDMS_OK : cut_short;
         });
     });
     if (window.device_failed()) return TDMS_FILE_READ;
@@ -274,10 +323,10 @@ int read_appended_segments(option& file, int from, std::uint64_t size)
         if (!s.complete_in(size)) return cut_short;
         option added{};
         tree_builder tree(added, unknown_types::rejected, &file);
-        const int status = with_known_types([&] { return add_intact(tree, added, s); });
+        const int status = with_known_types([&] { return tree.add_segment(s.metadata); });
         if (status != TDMS_OK) return status;
         merge(file, added);
-        file.last_segment = added.last_segment;
+        file.last_segment = s.begin();
         return status;
     }));
     return window.device_failed() ? TDMS_FILE_READ : TDMS_OK;

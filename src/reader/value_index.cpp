@@ -78,29 +78,34 @@ int value_index::update(int file, std::uint64_t size)
 void value_index::forget()
 {
     channels_.clear();
+    seen_.forget();
     end_ = 0;
 }
 
-int value_index::object(std::string_view path, metadata_cursor& cursor)
+int value_index::find(std::string_view path, metadata_cursor& cursor, listing& found)
 {
-    stored_channel* owner = channels_.find(path);
-    if (owner == nullptr) {
+    found.object = channels_.find(path);
+    if (found.object == nullptr) {
         const object_kind kind = parse_object_path(path).kind;
         if (kind == object_kind::invalid) return TDMS_CHANNEL_READ;
         if (kind != object_kind::channel) {
-            const bool empty = skip_index(cursor) == index_none;
-            if (!empty) blocks_.push_back({nullptr, 0, 0, false, false, false});
+            found.index.form = skip_index(cursor);
             return TDMS_OK;
         }
-        owner = &channels_.add(path).second;
+        found.object = &channels_.add(path).second;
     }
-    const raw_data_index index = read_raw_data_index(cursor);
-    if (!cursor.ok()) return TDMS_CHANNEL_READ;
-    return state(*owner, index);
+    found.index = read_raw_data_index(cursor);
+    return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
 }
 
-int value_index::state(stored_channel& owner, const raw_data_index& index)
+int value_index::take(const listing& found)
 {
+    const raw_data_index& index = found.index;
+    if (found.object == nullptr) {
+        if (index.form != index_none) blocks_.push_back({nullptr, 0, 0, false, false, false});
+        return TDMS_OK;
+    }
+    stored_channel& owner = *found.object;
     const std::uint64_t count_before = owner.latest_count_;
     const bool stated_before = owner.stated_;
     if (const int status = apply_index(index, owner.data_type_, owner.latest_count_)) return status;
@@ -129,7 +134,7 @@ int value_index::state(stored_channel& owner, const raw_data_index& index)
 int value_index::add_segment(const segment& s)
 {
     blocks_.clear();
-    if (const int status = walk_objects(s.metadata, *this)) return status;
+    if (const int status = seen_.walk(s.metadata, *this)) return status;
     const bool sizes_known = std::all_of(blocks_.begin(), blocks_.end(),
                                          [](const stated_block& b) { return b.size_known; });
     const std::uint64_t stated = total_size(true);

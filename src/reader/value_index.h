@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "core/object_map.h"
-#include "reader/object_walk.h"
+#include "reader/repeated_metadata.h"
 #include "reader/segment_walk.h"
 
 namespace tdms {
@@ -85,8 +85,13 @@ class value_index {
     /// What the file holds of the channel at that path; null if it does not list it.
     const stored_channel* find(std::string_view path) { return channels_.find(path); }
 
-    // For walk_objects().
-    int object(std::string_view path, metadata_cursor& cursor);
+    // For repeated_metadata.
+    struct listing {
+        stored_channel* object;  // null for one that is no channel
+        raw_data_index index;
+    };
+    int find(std::string_view path, metadata_cursor& cursor, listing& found);
+    int take(const listing& found);
     void property(const property_entry&) {}
 
   private:
@@ -102,7 +107,6 @@ class value_index {
 
     void forget();
     int add_segment(const segment& s);
-    int state(stored_channel& owner, const raw_data_index& index);
     std::uint64_t total_size(bool with_repeated) const;
     bool only_timestamps() const;
     template <class IsThere>
@@ -110,7 +114,8 @@ class value_index {
 
     object_map<stored_channel> channels_;
     std::vector<stated_block> blocks_;  // of the segment that is being walked over
-    std::uint64_t end_ = 0;             // of the segments taken in
+    repeated_metadata<listing> seen_;
+    std::uint64_t end_ = 0;  // of the segments taken in
 };
 
 }  // namespace tdms

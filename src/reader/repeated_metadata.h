@@ -1,0 +1,114 @@
+#pragma once
+
+#include <array>
+#include <cstring>
+#include <vector>
+
+#include "reader/object_walk.h"
+
+namespace tdms {
+
+/// Walks over the metadata of one segment after the other, and parses none that it has seen just
+/// before: a steady recording repeats the metadata of its saves byte for byte. A save makes up to
+/// two segments, so two kinds of metadata are remembered.
+///
+/// What is remembered is what parsing finds: the objects, which must stay where they are, and their
+/// raw data indexes. What these do is done anew each time, since it may depend on the segments
+/// before. Properties change only what they set, but metadata that has any is rare: it is parsed.
+/// @tparam Listing an object with its raw data index
+template <class Listing>
+class repeated_metadata {
+  public:
+    using listing_list = std::vector<Listing>;
+
+    /// What parsing found in these bytes; null if they are not remembered.
+    const listing_list* recognise(std::span<const unsigned char> metadata)
+    {
+        // The segments of a save take turns.
+        if (kinds_[1 - latest_].equals(metadata)) {
+            latest_ = 1 - latest_;
+        } else if (!kinds_[latest_].equals(metadata)) {
+            return nullptr;
+        }
+        return &kinds_[latest_].listings;
+    }
+
+    /// Parses metadata and remembers it. Calls `visitor.find(path, cursor, listing)` for each
+    /// object, which finds or adds the object and reads its index, then `visitor.take(listing)`,
+    /// and `visitor.property(entry)` for each property. A status other than 0 ends the walk.
+    /// @return that status, or TDMS_CHANNEL_READ when the metadata ends too early
+    template <class Visitor>
+    int parse(std::span<const unsigned char> metadata, Visitor& visitor)
+    {
+        kind& parsed = kinds_[1 - latest_];
+        parsed.bytes.clear();
+        parsed.listings.clear();
+        recorder<Visitor> recording{visitor, parsed.listings};
+        const int status = walk_objects(metadata, recording);
+        // A visitor that ends the walk by a status of its own, above 0, has seen all that it needs.
+        if (status >= TDMS_OK && !recording.any_properties) {
+            parsed.bytes.assign(metadata.begin(), metadata.end());
+            latest_ = 1 - latest_;
+        }
+        return status;
+    }
+
+    /// Takes what is remembered, and parses what is not.
+    template <class Visitor>
+    int walk(std::span<const unsigned char> metadata, Visitor& visitor)
+    {
+        const listing_list* const known = recognise(metadata);
+        return known == nullptr ? parse(metadata, visitor) : take_all(*known, visitor);
+    }
+
+    template <class Visitor>
+    static int take_all(const listing_list& known, Visitor& visitor)
+    {
+        for (const Listing& listing : known) {
+            if (const int status = visitor.take(listing)) return status;
+        }
+        return TDMS_OK;
+    }
+
+    void forget()
+    {
+        for (kind& known : kinds_) known.bytes.clear();
+    }
+
+  private:
+    struct kind {
+        std::vector<unsigned char> bytes;  // empty if nothing is remembered
+        listing_list listings;
+
+        bool equals(std::span<const unsigned char> metadata) const
+        {
+            return bytes.size() == metadata.size() &&
+                   std::memcmp(bytes.data(), metadata.data(), metadata.size()) == 0;
+        }
+    };
+
+    template <class Visitor>
+    struct recorder {
+        Visitor& visitor;
+        listing_list& listings;
+        bool any_properties = false;
+
+        int object(std::string_view path, metadata_cursor& cursor)
+        {
+            Listing listing{};
+            if (const int status = visitor.find(path, cursor, listing)) return status;
+            listings.push_back(listing);
+            return visitor.take(listing);
+        }
+        void property(const property_entry& entry)
+        {
+            any_properties = true;
+            visitor.property(entry);
+        }
+    };
+
+    std::array<kind, 2> kinds_;
+    std::size_t latest_ = 0;
+};
+
+}  // namespace tdms
