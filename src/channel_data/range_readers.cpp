@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "codec/element.h"
@@ -19,38 +20,34 @@ class value_range {
     {
     }
 
-    /// Whether the file still holds the range: what it no longer does must not touch the caller's
-    /// memory.
-    bool still_there() const
-    {
-        std::uint64_t end = 0;
-        values_.channel->for_each_block(
-            first_ + count_ - 1, 1,
-            [&end](const block_run& run, std::uint64_t offset, std::uint64_t, std::uint64_t) {
-                end = offset + run.size;
-                return TDMS_OK;
-            });
-        return window_.covers(end);
-    }
-
-    /// Reads the stored bytes of the values.
+    /// Reads the stored bytes of the values, the last ones first and apart: what the file no longer
+    /// holds must not touch the caller's memory. Asking for its size would cost more.
     int read(std::uint32_t value_size, unsigned char* target)
     {
-        unsigned char* next = target;
-        return for_each_part(
-            [&](std::uint64_t offset, std::uint64_t size) {
-                const bool got = window_.read(offset, size, next);
-                next += size;
-                return got ? TDMS_OK : TDMS_CHANNEL_DATA_READ;
-            },
-            value_size);
+        std::array<unsigned char, most_apart> last;
+        const last_values found = find_last();
+        const std::uint64_t apart = std::min(found.in_block, last.size() / value_size);
+        const std::uint64_t last_size = apart * value_size;
+        const std::uint64_t end = found.block + found.end * value_size;
+        if (!window_.read(end - last_size, last_size, last.data())) return TDMS_CHANNEL_DATA_READ;
+        const auto read_part = [&](std::uint64_t offset, std::uint64_t size) {
+            const bool got = window_.read(offset, size, target);
+            target += size;
+            return got ? TDMS_OK : TDMS_CHANNEL_DATA_READ;
+        };
+        if (const int status = for_each_part(count_ - apart, read_part, value_size)) return status;
+        std::copy_n(last.data(), last_size, target);
+        return TDMS_OK;
     }
 
     /// Calls `use(bytes, count)` for the stored bytes of some values after the other.
     template <class Use>
     int read_piecemeal(std::uint32_t value_size, Use use)
     {
+        const last_values last = find_last();
+        if (!window_.covers(last.block + last.end * value_size)) return TDMS_CHANNEL_DATA_READ;
         return for_each_part(
+            count_,
             [&](std::uint64_t offset, std::uint64_t size) -> int {
                 while (size != 0) {
                     const std::uint64_t part = std::min<std::uint64_t>(size, most_at_once);
@@ -66,11 +63,34 @@ class value_range {
     }
 
   private:
+    static constexpr std::size_t most_apart = 8192;
+
+    // Where the range ends.
+    struct last_values {
+        std::uint64_t block;     // offset in the file
+        std::uint64_t end;       // number of values from there to the end of the range
+        std::uint64_t in_block;  // how many of them are in the range
+    };
+
+    last_values find_last() const
+    {
+        last_values found{};
+        values_.channel->for_each_block(
+            first_ + count_ - 1, 1,
+            [&](const block_run&, std::uint64_t block, std::uint64_t skipped, std::uint64_t) {
+                const std::uint64_t end = skipped + 1;
+                found = {block, end, std::min(end, count_)};
+                return TDMS_OK;
+            });
+        return found;
+    }
+
+    // Calls `use(offset, size)` for the stored bytes of the first `count` values, block by block.
     template <class Use>
-    int for_each_part(Use use, std::uint32_t value_size)
+    int for_each_part(std::uint64_t count, Use use, std::uint32_t value_size)
     {
         return values_.channel->for_each_block(
-            first_, count_,
+            first_, count,
             [&](const block_run&, std::uint64_t offset, std::uint64_t skipped, std::uint64_t part) {
                 return use(offset + skipped * value_size, part * value_size);
             });
@@ -102,7 +122,6 @@ int with_range(void* handle, std::uint64_t first, std::uint64_t count, const voi
         if (const int status = check_range(values, first, count)) return status;
         if (count == 0) return TDMS_OK;
         value_range range(values, first, count);
-        if (!range.still_there()) return TDMS_CHANNEL_DATA_READ;
         return read(range, values.data_type);
     });
 }

@@ -15,6 +15,11 @@ constexpr std::uint64_t long_skip = 16384;
 
 }  // namespace
 
+file_window::file_window(int file, std::uint64_t size)
+    : file_(file), size_(size), ahead_(little_ahead)
+{
+}
+
 unsigned char* file_window::view(std::uint64_t offset, std::uint64_t count)
 {
     if (!contains(offset, count)) {
@@ -22,6 +27,7 @@ unsigned char* file_window::view(std::uint64_t offset, std::uint64_t count)
         fill(offset, count);
         if (count > filled_) return nullptr;
     }
+    use(offset, count);
     return buffer_.get() + (offset - begin_);
 }
 
@@ -34,11 +40,15 @@ bool file_window::read(std::uint64_t offset, std::uint64_t count, unsigned char*
         count -= buffered;
     }
     if (count == 0) return true;
-    if (count >= little_ahead) return read_file(offset, count, target) == count;
-    const unsigned char* const bytes = view(offset, count);
-    if (bytes == nullptr) return false;
-    std::copy_n(bytes, count, target);
-    return true;
+    if (!follows(offset))
+        skip_to(offset);
+    else if (count < little_ahead) {
+        const unsigned char* const bytes = view(offset, count);
+        if (bytes != nullptr) std::copy_n(bytes, count, target);
+        return bytes != nullptr;
+    }
+    use(offset, count);
+    return read_file(offset, count, target) == count;
 }
 
 bool file_window::covers(std::uint64_t end) const
@@ -47,12 +57,33 @@ bool file_window::covers(std::uint64_t end) const
     return size_now >= 0 && end <= static_cast<std::uint64_t>(size_now);
 }
 
+// Whether a request is near the one before.
+bool file_window::follows(std::uint64_t offset) const
+{
+    return offset >= begin_ && offset <= std::max(begin_ + filled_, stretch_ + used_) + long_skip;
+}
+
+void file_window::skip_to(std::uint64_t offset)
+{
+    if (used_ != 0) ahead_ = std::min(used_, std::max(far_ahead, largest_ + little_ahead));
+    begin_ = stretch_ = offset;
+    filled_ = used_ = largest_ = 0;
+}
+
+void file_window::use(std::uint64_t offset, std::uint64_t count)
+{
+    used_ = std::max(used_, offset + count - stretch_);
+    largest_ = std::max(largest_, count);
+}
+
 void file_window::fill(std::uint64_t offset, std::uint64_t count)
 {
-    const std::uint64_t end = begin_ + filled_;
-    const bool follows = offset >= begin_ && offset <= end + long_skip;
-    const std::uint64_t wanted =
-        std::min(std::max(count, follows ? far_ahead : little_ahead), size_ - offset);
+    if (follows(offset)) {
+        ahead_ = std::min(far_ahead, 16 * ahead_);
+    } else {
+        skip_to(offset);
+    }
+    const std::uint64_t wanted = std::min(std::max(count, ahead_), size_ - offset);
     filled_ = 0;
     begin_ = offset;
     if (wanted > capacity_) {

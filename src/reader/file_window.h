@@ -6,12 +6,14 @@
 namespace tdms {
 
 /// The bytes of a file by their offset, through one buffer that moves forward over the file. It
-/// reads far ahead while the requests follow each other closely, and little after a long skip.
+/// reads far ahead while the requests follow each other closely. After a long skip, it reads as
+/// much as was used after the skip before: where values lie between the metadata of a recording's
+/// saves, that is one read for each save, of nothing but metadata.
 class file_window {
   public:
     /// The descriptor is used, not owned; its position stays as it is. No byte at or after `size`
     /// is ever read.
-    file_window(int file, std::uint64_t size) : file_(file), size_(size) {}
+    file_window(int file, std::uint64_t size);
 
     /// `count` bytes at `offset`, valid until the next call; null if the file does not give them.
     unsigned char* view(std::uint64_t offset, std::uint64_t count);
@@ -33,6 +35,9 @@ class file_window {
                count <= filled_ - (offset - begin_);
     }
 
+    bool follows(std::uint64_t offset) const;
+    void skip_to(std::uint64_t offset);
+    void use(std::uint64_t offset, std::uint64_t count);
     void fill(std::uint64_t offset, std::uint64_t count);
     std::uint64_t read_file(std::uint64_t offset, std::uint64_t count, unsigned char* target);
 
@@ -40,8 +45,12 @@ class file_window {
     std::uint64_t size_;
     std::unique_ptr<unsigned char[]> buffer_;
     std::uint64_t capacity_ = 0;
-    std::uint64_t begin_ = 0;   // offset of the first byte in the buffer
-    std::uint64_t filled_ = 0;  // bytes in the buffer
+    std::uint64_t begin_ = 0;    // offset of the first byte in the buffer
+    std::uint64_t filled_ = 0;   // bytes in the buffer
+    std::uint64_t ahead_;        // how much to read at least
+    std::uint64_t stretch_ = 0;  // where the latest long skip led to
+    std::uint64_t used_ = 0;     // how far the requests since then have reached from there
+    std::uint64_t largest_ = 0;  // of them
     bool device_failed_ = false;
 };
 
