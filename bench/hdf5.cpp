@@ -70,11 +70,15 @@ Handle create_dataset(hid_t file, std::size_t index, hid_t type, hid_t space, hi
             H5Dclose};
 }
 
+Handle open_dataset(hid_t file, std::size_t index)
+{
+    return {H5Dopen2(file, channel_name(index).c_str(), H5P_DEFAULT), H5Dclose};
+}
+
 void read_dataset(hid_t file, std::size_t index, hid_t type, void* target)
 {
-    const std::string name = channel_name(index);
-    const Handle dataset(H5Dopen2(file, name.c_str(), H5P_DEFAULT), H5Dclose);
-    check(H5Dread(dataset, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, target));
+    const Handle set = open_dataset(file, index);
+    check(H5Dread(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, target));
 }
 
 /** All values at once: contiguous datasets. */
@@ -153,45 +157,97 @@ double open_and_read_one(Series& series)
     return read_channels(series, 1);
 }
 
-Handle text_type()
+double read_ranges(Series& series)
+{
+    const std::string path = series.file(".h5");
+    if (!exists(path)) write(series);
+    const Handle file = open(path);
+    const Handle memory = extent(Range::length, Range::length);
+    std::vector<Handle> sets;
+    std::vector<Handle> spaces;
+    for (std::size_t i = 0; i != series.channels; ++i) {
+        sets.push_back(open_dataset(file, i));
+        spaces.emplace_back(H5Dget_space(sets[i]), H5Sclose);
+    }
+    const double seconds = timed_ranges(series, [&](const Range& range, double* target) {
+        const hid_t set = sets[range.channel];
+        const hid_t space = spaces[range.channel];
+        const hsize_t first = range.first;
+        const hsize_t count = Range::length;
+        check(H5Sselect_hyperslab(space, H5S_SELECT_SET, &first, nullptr, &count, nullptr));
+        check(H5Dread(set, H5T_NATIVE_DOUBLE, memory, space, H5P_DEFAULT, target));
+    });
+    check(H5garbage_collect());
+    return seconds;
+}
+
+/** A file of one contiguous dataset. */
+double write_dataset(const std::string& path, hid_t type, std::size_t count, const void* source)
+{
+    vacated(path);
+    const Handle space = extent(count, count);
+    return timed_alone([&] {
+        const Handle file = create(path);
+        const Handle set = create_dataset(file, 0, type, space, H5P_DEFAULT);
+        check(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, source));
+    });
+}
+
+Handle string_type()
 {
     Handle type(H5Tcopy(H5T_C_S1), H5Tclose);
     check(H5Tset_size(type, H5T_VARIABLE));
     return type;
 }
 
-double write_texts(Series&)
+double write_strings(Series&)
 {
-    const std::string path = vacated(scratch("texts.h5"));
-    const Handle type = text_type();
-    const Handle space = extent(texts().size(), texts().size());
-    return timed_alone([&] {
-        const Handle file = create(path);
-        const Handle set = create_dataset(file, 0, type, space, H5P_DEFAULT);
-        check(H5Dwrite(set, type, H5S_ALL, H5S_ALL, H5P_DEFAULT, text_pointers().data()));
-    });
+    return write_dataset(scratch("strings.h5"), string_type(), strings().size(),
+                         string_pointers().data());
 }
 
-/** Releasing the texts does not count, since this library keeps its own. */
-double read_texts(Series& none)
+/** Releasing the strings does not count, since this library keeps its own. */
+double read_strings(Series& none)
 {
-    const std::string path = scratch("texts.h5");
-    if (!exists(path)) write_texts(none);
-    const Handle type = text_type();
-    std::vector<char*> read(texts().size());
+    const std::string path = scratch("strings.h5");
+    if (!exists(path)) write_strings(none);
+    const Handle type = string_type();
+    std::vector<char*> read(strings().size());
     const double seconds = timed_alone([&] { read_dataset(open(path), 0, type, read.data()); });
-    verify_texts(read);
+    verify_strings(read);
     check(H5Dvlen_reclaim(type, extent(read.size(), read.size()), H5P_DEFAULT, read.data()));
+    return seconds;
+}
+
+/** As 64-bit integers, half the bytes of a timestamp. */
+double write_nanoseconds(Series&)
+{
+    return write_dataset(scratch("nanoseconds.h5"), H5T_NATIVE_INT64, nanoseconds().size(),
+                         nanoseconds().data());
+}
+
+double read_nanoseconds(Series& none)
+{
+    const std::string path = scratch("nanoseconds.h5");
+    if (!exists(path)) write_nanoseconds(none);
+    std::vector<std::int64_t> read(nanoseconds().size());
+    const double seconds =
+        timed_alone([&] { read_dataset(open(path), 0, H5T_NATIVE_INT64, read.data()); });
+    require(read == nanoseconds(), "reading nanoseconds back");
     return seconds;
 }
 
 }  // namespace
 
 const Runs hdf5_runs{.write = write,
+                     .append_and_save = write,
                      .open = open_and_read_one,
                      .read = read,
-                     .write_texts = write_texts,
-                     .read_texts = read_texts};
+                     .read_ranges = read_ranges,
+                     .write_strings = write_strings,
+                     .read_strings = read_strings,
+                     .write_nanoseconds = write_nanoseconds,
+                     .read_nanoseconds = read_nanoseconds};
 
 }  // namespace bench
 

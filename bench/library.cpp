@@ -1,64 +1,26 @@
-/** The workloads with this library, used as an acquisition program uses it. */
+/**
+ * The workloads with this library, used as an acquisition program uses it: by the first interface,
+ * except for what only the tdms_ interface can do.
+ */
+#include "library.h"
+
 #include <cstring>
 #include <stdexcept>
-
-#include "workloads.h"
 
 namespace bench {
 
 namespace {
 
-void check(int status)
-{
-    if (status < 0) throw std::runtime_error(get_error_description(status));
-}
-
-class File {
-  public:
-    File(const std::string& path, const char* mode)
-    {
-        check(open_file(path.c_str(), mode, &file_));
-    }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-    ~File() { close_file(&file_); }
-
-    std::vector<void*> create_channels(std::size_t count)
-    {
-        void* group = nullptr;
-        check(create_group(file_, "group", &group));
-        std::vector<void*> channels(count);
-        for (std::size_t i = 0; i != count; ++i)
-            check(create_channel(group, channel_name(i).c_str(), &channels[i]));
-        return channels;
-    }
-
-    std::vector<void*> channels()
-    {
-        void* group = nullptr;
-        check(get_group(file_, &group));
-        const int count = get_num_channel(group);
-        check(count);
-        std::vector<void*> list(static_cast<std::size_t>(count));
-        check(get_channel(group, list.data()));
-        return list;
-    }
-
-    void save() { check(save_file(file_)); }
-
-  private:
-    void* file_ = nullptr;
-};
-
 void write_file(const Series& series, const std::string& path)
 {
-    File file(path, "w");
+    File file(first_interface, path, "w");
     const std::vector<void*> channels = file.create_channels(series.channels);
     for (std::size_t save = 0; save != series.saves; ++save) {
         for (std::size_t i = 0; i != channels.size(); ++i)
             check(set_channel_data_double(channels[i], series.values, series.source(i)));
         file.save();
     }
+    file.close();
 }
 
 void read_channels(const std::vector<void*>& channels, Series& series)
@@ -76,7 +38,7 @@ double write(Series& series)
 double open(Series& series)
 {
     const std::string path = library_file(series);
-    return timed([&] { const File file(path, "r"); });
+    return timed([&] { const File file(first_interface, path, "r"); });
 }
 
 double read(Series& series)
@@ -84,7 +46,7 @@ double read(Series& series)
     const std::string path = library_file(series);
     series.clear();
     const double seconds = timed([&] {
-        File file(path, "r");
+        File file(first_interface, path, "r");
         read_channels(file.channels(), series);
     });
     series.verify(series.channels);
@@ -93,7 +55,7 @@ double read(Series& series)
 
 double read_opened(Series& series)
 {
-    File file(library_file(series), "r");
+    File file(first_interface, library_file(series), "r");
     const std::vector<void*> channels = file.channels();
     series.clear();
     const double seconds = timed([&] { read_channels(channels, series); });
@@ -106,28 +68,29 @@ template <class Stage>
 double write_channel(const std::string& path, const Stage& stage)
 {
     return timed([&] {
-        File file(path, "w");
+        File file(first_interface, path, "w");
         check(stage(file.create_channels(1).front()));
         file.save();
+        file.close();
     });
 }
 
-double write_texts(Series&)
+double write_strings(Series&)
 {
-    return write_channel(vacated(scratch("texts.tdms")), [](void* channel) {
-        return set_channel_data_string(channel, texts().size(), text_pointers().data());
+    return write_channel(vacated(scratch("strings.tdms")), [](void* channel) {
+        return set_channel_data_string(channel, strings().size(), string_pointers().data());
     });
 }
 
-double read_texts(Series&)
+double read_strings(Series&)
 {
-    std::vector<const char*> read(texts().size());
-    const std::string path = library_text_file();
+    std::vector<const char*> read(strings().size());
+    const std::string path = library_string_file();
     const double seconds = timed([&] {
-        File file(path, "r");
+        File file(first_interface, path, "r");
         check(get_channel_data_string(file.channels().front(), read.data()));
     });
-    verify_texts(read);
+    verify_strings(read);
     return seconds;
 }
 
@@ -144,7 +107,7 @@ double read_times(Series& none)
     if (!exists(path)) write_times(none);
     std::vector<timestamp_fields> read(timestamps().size());
     const double seconds = timed([&] {
-        File file(path, "r");
+        File file(first_interface, path, "r");
         check(get_channel_data_timestamp(file.channels().front(), read.data()));
     });
     const std::size_t size = read.size() * sizeof read[0];
@@ -154,28 +117,65 @@ double read_times(Series& none)
 
 }  // namespace
 
+void check(int status)
+{
+    if (status < 0) throw std::runtime_error(tdms_status_text(status));
+}
+
+File::File(const Interface& functions, const std::string& path, const char* mode)
+    : functions_(functions)
+{
+    check(functions_.open(path.c_str(), mode, &file_));
+}
+
+std::vector<void*> File::create_channels(std::size_t count)
+{
+    void* group = nullptr;
+    check(functions_.create_group(file_, "group", &group));
+    std::vector<void*> channels(count);
+    for (std::size_t i = 0; i != count; ++i)
+        check(functions_.create_channel(group, channel_name(i).c_str(), &channels[i]));
+    return channels;
+}
+
+std::vector<void*> File::channels() const
+{
+    void* group = nullptr;
+    check(get_group(file_, &group));
+    const int count = get_num_channel(group);
+    check(count);
+    std::vector<void*> list(static_cast<std::size_t>(count));
+    check(get_channel(group, list.data()));
+    return list;
+}
+
 std::string library_file(const Series& series)
 {
-    const std::string path = series.file(".tdms");
+    std::string path = series.file(".tdms");
     if (!exists(path)) write_file(series, path);
     return path;
 }
 
-std::string library_text_file()
+std::string library_string_file()
 {
     Series none({});
-    const std::string path = scratch("texts.tdms");
-    if (!exists(path)) write_texts(none);
+    std::string path = scratch("strings.tdms");
+    if (!exists(path)) write_strings(none);
     return path;
 }
 
 const Runs library_runs{.write = write,
+                        .append_and_save = append_and_save,
+                        .append_singly = append_singly,
                         .open = open,
                         .read = read,
                         .read_opened = read_opened,
-                        .write_texts = write_texts,
-                        .read_texts = read_texts,
+                        .read_ranges = read_ranges,
+                        .write_strings = write_strings,
+                        .read_strings = read_strings,
                         .write_times = write_times,
-                        .read_times = read_times};
+                        .read_times = read_times,
+                        .write_nanoseconds = write_nanoseconds,
+                        .read_nanoseconds = read_nanoseconds};
 
 }  // namespace bench

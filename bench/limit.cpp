@@ -1,16 +1,21 @@
 /**
  * The limit of each workload: bare stdio moving the same bytes from and to the caller's arrays, in
- * the grain that is natural to them; for timestamps the C library's conversion of each value.
+ * the grain that is natural to them; for ranges `pread`, for timestamps the C library's conversion
+ * of each value, for single values `std::vector`.
  *
  * What is written has the sizes of this library's files, with zeros in place of the metadata; what
  * is read is this library's files themselves.
  */
 #include <benchmark/benchmark.h>
 #include <endian.h>
+#include <sys/types.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 
 #include "workloads.h"
@@ -44,10 +49,25 @@ class Stream {
     {
         require(std::fseek(file_, static_cast<long>(size), SEEK_CUR) == 0, "fseek");
     }
+    std::uint64_t position() const
+    {
+        const long position = std::ftell(file_);
+        require(position >= 0, "ftell");
+        return static_cast<std::uint64_t>(position);
+    }
+    int descriptor() const { return fileno(file_); }
 
   private:
     std::FILE* file_;
 };
+
+/** By the descriptor alone: the stream would read its whole buffer each time. */
+void read_at(const Stream& stream, std::uint64_t position, double* values, std::size_t count)
+{
+    const std::size_t size = count * sizeof *values;
+    const ssize_t read = pread(stream.descriptor(), values, size, static_cast<off_t>(position));
+    require(read == static_cast<ssize_t>(size), "pread");
+}
 
 std::uint64_t u64_at(const unsigned char* bytes)
 {
@@ -125,13 +145,51 @@ double skim(Series& series)
     return timed([&] { walk(path, skip); });
 }
 
-double write_texts(Series&)
+/** Each save has a block of every channel; a range that crosses blocks takes a call for each. */
+double read_ranges(Series& series)
+{
+    const std::string path = library_file(series);
+    std::vector<std::uint64_t> saves;
+    walk(path, [&](Stream& stream, std::uint64_t size) {
+        saves.push_back(stream.position());
+        stream.skip(size);
+    });
+    require(saves.size() == series.saves, "finding the saves");
+    const Stream stream(path, "rb");
+    return timed_ranges(series, [&](const Range& range, double* target) {
+        for (std::size_t done = 0; done != Range::length;) {
+            const std::size_t save = (range.first + done) / series.values;
+            const std::size_t begin = (range.first + done) % series.values;
+            const std::size_t count = std::min(Range::length - done, series.values - begin);
+            const std::size_t value = range.channel * series.values + begin;
+            read_at(stream, saves[save] + value * sizeof(double), target + done, count);
+            done += count;
+        }
+    });
+}
+
+/** Keeps the compiler from merging values that come one at a time. */
+double append_singly(Series& series)
+{
+    const double* source = series.source(0);
+    std::vector<double> values;
+    const double seconds = timed([&] {
+        for (std::size_t i = 0; i != series.values; ++i) {
+            values.push_back(source[i]);
+            benchmark::DoNotOptimize(values.back());
+        }
+    });
+    require(std::equal(values.begin(), values.end(), source, source + series.values), "appending");
+    return seconds;
+}
+
+double write_strings(Series&)
 {
     std::vector<std::uint32_t> ends;
     std::string bytes;
-    for (const std::string& text : texts())
-        ends.push_back(static_cast<std::uint32_t>((bytes += text).size()));
-    const std::string path = vacated(scratch("texts.raw"));
+    for (const std::string& string : strings())
+        ends.push_back(static_cast<std::uint32_t>((bytes += string).size()));
+    const std::string path = vacated(scratch("strings.raw"));
     return timed([&] {
         Stream stream(path, "wb");
         stream.write(ends.data(), ends.size() * sizeof ends[0]);
@@ -139,12 +197,33 @@ double write_texts(Series&)
     });
 }
 
-double read_texts(Series&)
+/** The raw data of a file, one call for each segment. */
+double read_raw(const std::string& path)
 {
-    const std::string path = library_text_file();
     std::vector<char> raw(std::filesystem::file_size(path), '\1');
     const auto read = [&](Stream& stream, std::uint64_t size) { stream.read(raw.data(), size); };
     return timed([&] { walk(path, read); });
+}
+
+double read_strings(Series&)
+{
+    return read_raw(library_string_file());
+}
+
+double write_nanoseconds(Series&)
+{
+    constexpr std::size_t size_of_timestamp = 16;
+    const std::vector<char> values(nanoseconds().size() * size_of_timestamp, '\1');
+    const std::string path = vacated(scratch("nanoseconds.raw"));
+    return timed([&] {
+        Stream stream(path, "wb");
+        stream.write(values.data(), values.size());
+    });
+}
+
+double read_nanoseconds(Series&)
+{
+    return read_raw(library_nanosecond_file());
 }
 
 std::time_t seconds_of(const timestamp_fields& fields)
@@ -179,12 +258,17 @@ double read_times(Series&)
 }  // namespace
 
 const Runs limit_runs{.write = write,
+                      .append_and_save = write,
+                      .append_singly = append_singly,
                       .open = skim,
                       .read = read,
                       .read_opened = skim,
-                      .write_texts = write_texts,
-                      .read_texts = read_texts,
+                      .read_ranges = read_ranges,
+                      .write_strings = write_strings,
+                      .read_strings = read_strings,
                       .write_times = write_times,
-                      .read_times = read_times};
+                      .read_times = read_times,
+                      .write_nanoseconds = write_nanoseconds,
+                      .read_nanoseconds = read_nanoseconds};
 
 }  // namespace bench

@@ -2,6 +2,7 @@
 # Builds the benchmark in Release mode, runs it, and prints its tables as Markdown.
 #
 #   bench/run.sh                          the comparison, with targets
+#   bench/run.sh --without-huge-pages     the same, with transparent huge pages disabled
 #   bench/run.sh --benchmark_filter=bulk  the same runs under Google Benchmark, with its options
 set -euo pipefail
 

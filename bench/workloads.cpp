@@ -1,9 +1,8 @@
 #include "workloads.h"
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 
@@ -32,21 +31,21 @@ class Folder {
     std::string path_;
 };
 
-std::vector<std::string> make_texts()
+std::vector<std::string> make_strings()
 {
     std::vector<std::string> made;
     for (std::size_t i = 0; i != 500'000; ++i) {
-        char text[32];
-        std::snprintf(text, sizeof text, "text %05zu 89abcdef", i % 100'000);
-        made.emplace_back(text, 10 + i % 9);
+        char string[32];
+        std::snprintf(string, sizeof string, "item %05zu 89abcdef", i % 100'000);
+        made.emplace_back(string, 10 + i % 9);
     }
     return made;
 }
 
-std::vector<const char*> make_text_pointers()
+std::vector<const char*> make_string_pointers()
 {
     std::vector<const char*> made;
-    for (const std::string& text : texts()) made.push_back(text.c_str());
+    for (const std::string& string : strings()) made.push_back(string.c_str());
     return made;
 }
 
@@ -61,6 +60,28 @@ std::vector<timestamp_fields> make_timestamps()
     }
     return made;
 }
+
+std::vector<std::int64_t> make_nanoseconds()
+{
+    constexpr std::int64_t step = 1'000'003;
+    std::vector<std::int64_t> made;
+    for (std::int64_t next = 1'700'000'000'000'000'000; made.size() != 1'000'000; next += step)
+        made.push_back(next);
+    return made;
+}
+
+/** Draws the same numbers everywhere, unlike the distributions of the standard library. */
+class Random {
+  public:
+    std::size_t below(std::size_t limit)
+    {
+        state_ = state_ * 6364136223846793005 + 1442695040888963407;
+        return (state_ >> 33) % limit;  // the low bits hardly vary
+    }
+
+  private:
+    std::uint64_t state_ = 1;
+};
 
 }  // namespace
 
@@ -88,6 +109,22 @@ void Series::verify(std::size_t count) const
         for (std::size_t save = 0; save != saves; ++save, read += values)
             require(std::equal(read, read + values, source(channel)), "reading back");
     }
+}
+
+std::vector<Range> random_ranges(const Series& series)
+{
+    Random random;
+    const std::size_t firsts = series.values * series.saves - Range::length + 1;
+    std::vector<Range> made(10'000);
+    for (Range& range : made) range = {random.below(series.channels), random.below(firsts)};
+    return made;
+}
+
+void verify_range(const Series& series, const Range& range, const std::vector<double>& values)
+{
+    const double* source = series.source(range.channel);
+    for (std::size_t i = 0; i != values.size(); ++i)
+        require(values[i] == source[(range.first + i) % series.values], "reading a range back");
 }
 
 void require(bool success, const char* what)
@@ -119,21 +156,27 @@ std::string channel_name(std::size_t index)
     return name;
 }
 
-const std::vector<std::string>& texts()
+const std::vector<std::string>& strings()
 {
-    static const auto made = make_texts();
+    static const auto made = make_strings();
     return made;
 }
 
-const std::vector<const char*>& text_pointers()
+const std::vector<const char*>& string_pointers()
 {
-    static const auto made = make_text_pointers();
+    static const auto made = make_string_pointers();
     return made;
 }
 
 const std::vector<timestamp_fields>& timestamps()
 {
     static const auto made = make_timestamps();
+    return made;
+}
+
+const std::vector<std::int64_t>& nanoseconds()
+{
+    static const auto made = make_nanoseconds();
     return made;
 }
 

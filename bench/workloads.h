@@ -10,7 +10,7 @@
 
 #include <chrono>
 #include <cstddef>
-#include <ctime>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -25,6 +25,9 @@ struct Shape {
     std::size_t values = 0;  // of one channel in one save
     std::size_t saves = 0;
 };
+
+constexpr std::size_t mebi = std::size_t{1024} * 1024;
+constexpr Shape bulk{"bulk", 8, 2 * mebi, 1};
 
 /** The caller's arrays for a shape: what each save writes, and room for all that is read. */
 class Series : public Shape {
@@ -51,18 +54,26 @@ using Run = double (*)(Series&);
 
 /** One contender's runs; those that it has no part in stay null. */
 struct Runs {
-    Run write = nullptr;
+    Run write = nullptr;            // for this library by the first interface
+    Run append_and_save = nullptr;  // the same by the tdms_ interface
+    Run append_singly = nullptr;    // without opening, saving and closing
     Run open = nullptr;
     Run read = nullptr;         // with opening
     Run read_opened = nullptr;  // without
-    Run write_texts = nullptr;
-    Run read_texts = nullptr;
+    Run read_ranges = nullptr;  // without
+    Run write_strings = nullptr;
+    Run read_strings = nullptr;
     Run write_times = nullptr;
     Run read_times = nullptr;
+    Run write_nanoseconds = nullptr;
+    Run read_nanoseconds = nullptr;
 };
 
 extern const Runs library_runs;
-/** Bare stdio moving the same bytes; for timestamps one C library call for each value. */
+/**
+ * Bare stdio moving the same bytes; for ranges `pread`, for timestamps one C library call for each
+ * value, for single values `std::vector`.
+ */
 extern const Runs limit_runs;
 /** All null in a build without HDF5. */
 extern const Runs hdf5_runs;
@@ -73,6 +84,41 @@ double timed(const Work& work)
     const auto start = std::chrono::steady_clock::now();
     work();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/** `length` values of one channel. */
+struct Range {
+    static constexpr std::size_t length = 1000;
+
+    std::size_t channel = 0;
+    std::size_t first = 0;
+};
+
+/** 10,000 ranges from anywhere in a series, the same in every run. */
+std::vector<Range> random_ranges(const Series& series);
+/** Throws unless these are the range's values. */
+void verify_range(const Series& series, const Range& range, const std::vector<double>& values);
+
+/**
+ * Reads random ranges by `read(range, target)` into one array, as a program does that looks at one
+ * after the other, and once more to compare them. The first read of each channel is not timed,
+ * since it may have to locate the values.
+ */
+template <class Read>
+double timed_ranges(const Series& series, const Read& read)
+{
+    const std::vector<Range> ranges = random_ranges(series);
+    std::vector<double> values(Range::length);
+    for (std::size_t i = 0; i != series.channels; ++i) read(Range{i, 0}, values.data());
+    const double seconds = timed([&] {
+        for (const Range& range : ranges) read(range, values.data());
+    });
+    for (const Range& range : ranges) {
+        values.assign(values.size(), -1);
+        read(range, values.data());
+        verify_range(series, range, values);
+    }
+    return seconds;
 }
 
 /** Throws when something failed, for a contender that fails must not win. */
@@ -87,22 +133,27 @@ const std::string& vacated(const std::string& path);
 /** Padded, so that the order of creation is the order of the paths. */
 std::string channel_name(std::size_t index);
 
-/** Texts of 10 to 18 characters, and their addresses. */
-const std::vector<std::string>& texts();
-const std::vector<const char*>& text_pointers();
+/** 10 to 18 characters each, and their addresses. */
+const std::vector<std::string>& strings();
+const std::vector<const char*>& string_pointers();
 /** Compares what was read. */
 template <class Pointer>
-void verify_texts(const std::vector<Pointer>& read)
+void verify_strings(const std::vector<Pointer>& read)
 {
-    require(std::vector<std::string>(read.begin(), read.end()) == texts(), "reading texts back");
+    require(std::vector<std::string>(read.begin(), read.end()) == strings(),
+            "reading strings back");
 }
 
 /** 100 timestamps to a second, on a day without summer time. */
 const std::vector<timestamp_fields>& timestamps();
 
+/** A million times since 1970, about a millisecond apart. */
+const std::vector<std::int64_t>& nanoseconds();
+
 /** Files of this library, made when they are missing. */
 std::string library_file(const Series& series);
-std::string library_text_file();
+std::string library_string_file();
+std::string library_nanosecond_file();
 
 }  // namespace bench
 
