@@ -4,6 +4,7 @@
 
 #include "codec/element.h"
 #include "codec/nanoseconds.h"
+#include "codec/string_terminator.h"
 #include "core/guarded.h"
 #include "reader/stored_values.h"
 
@@ -300,16 +301,16 @@ int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t
         // The file may have changed since its size was found out.
         if (part.text_size() > room) return false;
         room -= part.text_size();
-        const char* text = buffer + strings;
-        auto* const target = reinterpret_cast<unsigned char*>(buffer + strings);
-        if (!bytes.read(part.text_offset(), part.text_size(), target)) return false;
-        return part.visit_lengths([&](std::uint64_t length) {
-            *texts++ = buffer;
-            std::memmove(buffer, text, length);
-            text += length;
-            buffer += length;
-            *buffer++ = '\0';
-        });
+        char* const target = buffer + strings;
+        if (!bytes.read(part.text_offset(), part.text_size(),
+                        reinterpret_cast<unsigned char*>(target))) {
+            return false;
+        }
+        string_terminator terminator(buffer, target, target + part.text_size());
+        const bool sound =
+            part.visit_lengths([&](std::uint64_t length) { *texts++ = terminator.move(length); });
+        buffer = terminator.front();
+        return sound;
     };
     return values.channel->for_each_block(
         first, count,

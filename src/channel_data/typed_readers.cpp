@@ -1,4 +1,4 @@
-#include <deque>
+#include <algorithm>
 #include <mutex>
 
 #include "codec/element.h"
@@ -65,23 +65,25 @@ int fetch(void* handle, T* values)
     return TDMS_OK;
 }
 
-// The texts of all string channels read in this process. Nothing in it ever moves, and it is never
-// destroyed: a text stays good until the process ends, whatever other code runs at its end.
+// The strings of all channels read in this process. Nothing in it ever moves, and it is never
+// destroyed: a string stays good until the process ends, whatever other code runs at its end.
 class string_storage {
   public:
-    void add(text_list&& read, const char** out)
+    void add(std::list<string_block>&& read, std::uint64_t count, const char** out)
     {
         const std::lock_guard guard(lock_);
-        texts_.insert(texts_.end(), read.texts.begin(), read.texts.end());
-        memory_.splice(memory_.end(), read.memory);
-        // Deliberate: the storage's first texts are handed out, not those just read.
-        std::copy_n(texts_.begin(), read.texts.size(), out);
+        blocks_.splice(blocks_.end(), read);
+        // Deliberate: the storage's first strings are handed out, not those just read.
+        for (auto block = blocks_.begin(); count != 0; ++block) {
+            const std::uint64_t part = std::min(count, block->count());
+            block->for_each(part, [&out](const char* text, std::uint32_t) { *out++ = text; });
+            count -= part;
+        }
     }
 
   private:
     std::mutex lock_;
-    std::list<std::unique_ptr<char[]>> memory_;
-    std::deque<const char*> texts_;
+    std::list<string_block> blocks_;
 };
 
 string_storage& stringStorage()
@@ -108,8 +110,8 @@ int get_channel_data_string(void* channel, const char** values)
         return status;
     }
     if (count == 0) return TDMS_OK;
-    tdms::text_list read;
-    if (values == nullptr || !stored.read_texts(count, read)) return TDMS_CHANNEL_DATA_READ;
-    tdms::stringStorage().add(std::move(read), values);
+    std::list<tdms::string_block> read;
+    if (values == nullptr || !stored.read_strings(count, read)) return TDMS_CHANNEL_DATA_READ;
+    tdms::stringStorage().add(std::move(read), count, values);
     return TDMS_OK;
 }

@@ -38,73 +38,45 @@ bool channel_values::read(std::uint64_t size, unsigned char* array, std::uint64_
     return true;
 }
 
-// Calls visit(first byte, length) for every text of the block.
-// @return whether the block can be read, and its offsets neither fall nor run past its end
-template <class Visit>
-bool channel_values::visit_texts(const block& where, Visit visit)
-{
-    if (where.text_count > where.size / 4) return false;
-    const unsigned char* const table = window_->view(where.offset, where.size);
-    if (table == nullptr) return false;
-    const unsigned char* const texts = table + 4 * where.text_count;
-    const std::uint64_t texts_size = where.size - 4 * where.text_count;
-    std::uint32_t begin = 0;
-    for (std::uint64_t i = 0; i != where.text_count; ++i) {
-        const auto end = load<std::uint32_t>(table + 4 * i, true);
-        if (end < begin || end > texts_size) return false;
-        visit(texts + begin, end - begin);
-        begin = end;
-    }
-    return true;
-}
-
-// A channel of numbers may claim blocks of texts; then their records are what is decoded.
+// A channel of numbers may claim blocks of strings; then their records are what is decoded.
 bool channel_values::read_records(std::uint64_t size, unsigned char* array, std::uint64_t skip)
 {
     byte_vector records;
     for (const block& b : blocks_) {
-        const auto add_record = [&records](const unsigned char* text, std::uint32_t length) {
-            unsigned char prefix[4];
-            store(prefix, length, true);
-            append(records, prefix, sizeof prefix);
-            append(records, text, length);
-        };
         if (b.texts) {
-            if (!visit_texts(b, add_record)) return false;
+            string_block strings;
+            if (!strings.read(*window_, b)) return false;
+            strings.for_each(strings.count(), [&records](const char* text, std::uint32_t length) {
+                unsigned char prefix[4];
+                store(prefix, length, true);
+                append(records, prefix, sizeof prefix);
+                append(records, text, length);
+            });
             continue;
         }
-        const unsigned char* const bytes = window_->view(b.offset, b.size);
-        if (bytes == nullptr) return false;
-        append(records, bytes, b.size);
+        const std::size_t before = records.size();
+        make_room(records, b.size);
+        records.resize(before + b.size);
+        if (!window_->read(b.offset, b.size, records.data() + before)) return false;
     }
     if (records.size() < size) return false;
     std::copy_n(records.begin(), size, array + skip);
     return true;
 }
 
-bool channel_values::read_texts(std::uint64_t count, text_list& out)
+bool channel_values::read_strings(std::uint64_t count, std::list<string_block>& found)
 {
     std::uint64_t held = 0;
-    for (const block& b : blocks_) {
-        // Each text takes four bytes of the block's table.
-        if (b.text_count > b.size / 4) return false;
-        held += b.text_count;
-    }
+    for (const block& b : blocks_) held += b.text_count;
     if (held < count) return false;
-    out.texts.reserve(held);
     for (const block& b : blocks_) {
-        // The texts, and a NUL for each in place of its table entry.
-        const std::uint64_t room = b.size - 3 * b.text_count;
-        out.memory.push_back(std::make_unique_for_overwrite<char[]>(room));
-        char* next = out.memory.back().get();
-        const auto add_text = [&out, &next](const unsigned char* text, std::uint32_t length) {
-            out.texts.push_back(next);
-            next = std::copy_n(reinterpret_cast<const char*>(text), length, next);
-            *next++ = '\0';
-        };
-        if (!visit_texts(b, add_text)) return false;
+        if (!found.emplace_back().read(*window_, b)) return false;
     }
-    out.texts.resize(count);
+    // The values are the first ones.
+    for (string_block& b : found) {
+        b.shrink(std::min(count, b.count()));
+        count -= b.count();
+    }
     return true;
 }
 

@@ -1,22 +1,15 @@
 #pragma once
 
 #include <list>
-#include <memory>
 #include <optional>
 #include <vector>
 
-#include "reader/block_finder.h"
+#include "reader/string_block.h"
 
 namespace tdms {
 
-/// Texts of a channel, NUL-terminated, and the memory they stand in.
-struct text_list {
-    std::list<std::unique_ptr<char[]>> memory;
-    std::vector<const char*> texts;
-};
-
 /// The stored values of one channel: option::get_channel_data() tells where they are, read() and
-/// read_texts() fetch them.
+/// read_strings() fetch them.
 class channel_values {
   public:
     /// Locates the channel's blocks by the file's metadata alone. Closes the file's stream when a
@@ -29,13 +22,12 @@ class channel_values {
     /// @return whether there are as many; if not, the array is untouched, unless the device failed
     bool read(std::uint64_t size, unsigned char* array, std::uint64_t skip);
 
-    /// Reads the first `count` texts. @return whether there are as many, in sound blocks
-    bool read_texts(std::uint64_t count, text_list& out);
+    /// Reads the first `count` strings into an empty list. @return whether there are as many, in
+    /// sound blocks
+    bool read_strings(std::uint64_t count, std::list<string_block>& found);
 
   private:
     bool read_records(std::uint64_t size, unsigned char* array, std::uint64_t skip);
-    template <class Visit>
-    bool visit_texts(const block& where, Visit visit);
 
     std::optional<file_window> window_;
     std::vector<block> blocks_;
