@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace tdms {
@@ -18,17 +17,6 @@ constexpr std::uint64_t long_skip = 16384;
 file_window::file_window(int file, std::uint64_t size)
     : file_(file), size_(size), ahead_(little_ahead)
 {
-}
-
-unsigned char* file_window::view(std::uint64_t offset, std::uint64_t count)
-{
-    if (!contains(offset, count)) {
-        if (offset > size_ || count > size_ - offset) return nullptr;
-        fill(offset, count);
-        if (count > filled_) return nullptr;
-    }
-    use(offset, count);
-    return buffer_.get() + (offset - begin_);
 }
 
 bool file_window::read(std::uint64_t offset, std::uint64_t count, unsigned char* target)
@@ -70,14 +58,10 @@ void file_window::skip_to(std::uint64_t offset)
     filled_ = used_ = largest_ = 0;
 }
 
-void file_window::use(std::uint64_t offset, std::uint64_t count)
+// Fills the buffer from `offset` on. @return whether it holds `count` bytes
+bool file_window::fill(std::uint64_t offset, std::uint64_t count)
 {
-    used_ = std::max(used_, offset + count - stretch_);
-    largest_ = std::max(largest_, count);
-}
-
-void file_window::fill(std::uint64_t offset, std::uint64_t count)
-{
+    if (offset > size_ || count > size_ - offset) return false;
     if (follows(offset)) {
         ahead_ = std::min(far_ahead, 16 * ahead_);
     } else {
@@ -93,6 +77,7 @@ void file_window::fill(std::uint64_t offset, std::uint64_t count)
         capacity_ = wanted;
     }
     filled_ = read_file(offset, wanted, buffer_.get());
+    return count <= filled_;
 }
 
 std::uint64_t file_window::read_file(std::uint64_t offset, std::uint64_t count,

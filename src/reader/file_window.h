@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
@@ -16,7 +17,12 @@ class file_window {
     file_window(int file, std::uint64_t size);
 
     /// `count` bytes at `offset`, valid until the next call; null if the file does not give them.
-    unsigned char* view(std::uint64_t offset, std::uint64_t count);
+    unsigned char* view(std::uint64_t offset, std::uint64_t count)
+    {
+        if (!contains(offset, count) && !fill(offset, count)) return nullptr;
+        use(offset, count);
+        return buffer_.get() + (offset - begin_);
+    }
 
     /// Copies `count` bytes at `offset` to `target`.
     /// @return whether all of them could be read; if not, `target` may hold a part
@@ -37,8 +43,12 @@ class file_window {
 
     bool follows(std::uint64_t offset) const;
     void skip_to(std::uint64_t offset);
-    void use(std::uint64_t offset, std::uint64_t count);
-    void fill(std::uint64_t offset, std::uint64_t count);
+    void use(std::uint64_t offset, std::uint64_t count)
+    {
+        used_ = std::max(used_, offset + count - stretch_);
+        largest_ = std::max(largest_, count);
+    }
+    bool fill(std::uint64_t offset, std::uint64_t count);
     std::uint64_t read_file(std::uint64_t offset, std::uint64_t count, unsigned char* target);
 
     int file_;

@@ -21,7 +21,8 @@ class repeated_metadata {
   public:
     using listing_list = std::vector<Listing>;
 
-    /// What parsing found in these bytes; null if they are not remembered.
+    /// What parsing found in these bytes; null if they are not remembered. in_a_row() counts how
+    /// often the same objects were recognised without others between.
     const listing_list* recognise(std::span<const unsigned char> metadata)
     {
         // The segments of a save take turns.
@@ -30,8 +31,14 @@ class repeated_metadata {
         } else if (!kinds_[latest_].equals(metadata)) {
             return nullptr;
         }
-        return &kinds_[latest_].listings;
+        const listing_list* const known = &kinds_[latest_].listings;
+        if (!known->empty()) {
+            in_a_row_ = known == row_ ? in_a_row_ + 1 : 1;
+            row_ = known;
+        }
+        return known;
     }
+    std::uint64_t in_a_row() const { return in_a_row_; }
 
     /// Parses metadata and remembers it. Calls `visitor.find(path, cursor, listing)` for each
     /// object, which finds or adds the object and reads its index, then `visitor.take(listing)`,
@@ -40,6 +47,7 @@ class repeated_metadata {
     template <class Visitor>
     int parse(std::span<const unsigned char> metadata, Visitor& visitor)
     {
+        row_ = nullptr;
         kind& parsed = kinds_[1 - latest_];
         parsed.bytes.clear();
         parsed.listings.clear();
@@ -73,6 +81,7 @@ class repeated_metadata {
     void forget()
     {
         for (kind& known : kinds_) known.bytes.clear();
+        row_ = nullptr;
     }
 
   private:
@@ -109,6 +118,8 @@ class repeated_metadata {
 
     std::array<kind, 2> kinds_;
     std::size_t latest_ = 0;
+    const listing_list* row_ = nullptr;
+    std::uint64_t in_a_row_ = 0;
 };
 
 }  // namespace tdms

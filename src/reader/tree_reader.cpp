@@ -29,16 +29,15 @@ class tree_builder {
         const auto* const known = seen_.recognise(metadata);
         if (known == nullptr) {
             settle();
-            row_ = nullptr;
             return seen_.parse(metadata, *this);
         }
         if (known->empty()) return TDMS_OK;
-        if (known == row_) {
+        if (seen_.in_a_row() > 1) {
             ++untaken_;
             return TDMS_OK;
         }
         settle();
-        row_ = known;
+        taken_ = known;
         return seen_.take_all(*known, *this);
     }
 
@@ -47,7 +46,7 @@ class tree_builder {
     void settle()
     {
         if (untaken_ == 0) return;
-        for (const listing& found : *row_) {
+        for (const listing& found : *taken_) {
             if (found.object == nullptr || found.index.form == index_none) continue;
             found.object->value_count += untaken_ * found.object->chunk_count;
         }
@@ -150,8 +149,8 @@ class tree_builder {
     group* group_ = nullptr;              // of the latest group or channel
     property_map* properties_ = nullptr;  // of the latest object
     repeated_metadata<listing> seen_;
-    const std::vector<listing>* row_ = nullptr;  // what was taken last, having been recognised
-    std::uint64_t untaken_ = 0;                  // its repetitions since then
+    const std::vector<listing>* taken_ = nullptr;  // last of what was recognised
+    std::uint64_t untaken_ = 0;                    // its repetitions since then
 };
 
 // Merging takes over what is new and changes what is not, without allocating: a segment is added
@@ -232,10 +231,7 @@ int add_segments(tree_builder& tree, option& file, file_window& window, std::uin
     return status;
 }
 
-int none_unwanted(const segment&)
-{
-    return TDMS_OK;
-}
+constexpr auto none_unwanted = [](const segment&) { return TDMS_OK; };
 
 // Whether the last segment that is known is still where it was. If not, the file has been emptied
 // and filled again.

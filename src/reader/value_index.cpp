@@ -133,8 +133,21 @@ int value_index::take(const listing& found)
 
 int value_index::add_segment(const segment& s)
 {
-    blocks_.clear();
-    if (const int status = seen_.walk(s.metadata, *this)) return status;
+    const auto* const known = seen_.recognise(s.metadata);
+    if (known != nullptr && known->empty()) return TDMS_OK;
+    // What is taken for the third time in a row states the same blocks as before.
+    if (known == nullptr || seen_.in_a_row() < 3) {
+        blocks_.clear();
+        const int status =
+            known == nullptr ? seen_.parse(s.metadata, *this) : seen_.take_all(*known, *this);
+        if (status != TDMS_OK) return status;
+    }
+    place_blocks(s);
+    return TDMS_OK;
+}
+
+void value_index::place_blocks(const segment& s)
+{
     const bool sizes_known = std::all_of(blocks_.begin(), blocks_.end(),
                                          [](const stated_block& b) { return b.size_known; });
     const std::uint64_t stated = total_size(true);
@@ -143,8 +156,8 @@ int value_index::add_segment(const segment& s)
         add_blocks(s, [](const stated_block& b) { return b.size_known; });
     } else if (!sizes_known) {
         // What precedes a block of unknown size is where its predecessors end.
-        bool known = stated < s.raw_length;
-        add_blocks(s, [&known](const stated_block& b) { return known = known && b.size_known; });
+        bool placed = stated < s.raw_length;
+        add_blocks(s, [&placed](const stated_block& b) { return placed = placed && b.size_known; });
     } else if (only_timestamps()) {
         const stated_block& last = blocks_.back();
         const bool last_stored = last.size == s.raw_length;
@@ -153,7 +166,6 @@ int value_index::add_segment(const segment& s)
         const bool decided = total_size(false) == s.raw_length;
         add_blocks(s, [decided](const stated_block& b) { return decided && !b.repeated; });
     }
-    return TDMS_OK;
 }
 
 std::uint64_t value_index::total_size(bool with_repeated) const

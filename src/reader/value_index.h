@@ -107,6 +107,7 @@ class value_index {
 
     void forget();
     int add_segment(const segment& s);
+    void place_blocks(const segment& s);
     std::uint64_t total_size(bool with_repeated) const;
     bool only_timestamps() const;
     template <class IsThere>
