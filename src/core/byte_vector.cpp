@@ -2,7 +2,9 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <new>
+#include <stdexcept>
 
 namespace tdms {
 namespace {
@@ -21,6 +23,17 @@ unsigned char* allocate_bytes(std::size_t size)
     // A hint: whether it is taken makes no difference but in speed.
     madvise(bytes, whole_pages, MADV_HUGEPAGE);
     return static_cast<unsigned char*>(bytes);
+}
+
+void grow(byte_vector& target, std::size_t extra)
+{
+    if (extra > target.max_size() - target.size()) throw std::length_error("too many bytes");
+    const std::size_t doubled = std::min(2 * target.size(), target.max_size());
+    byte_vector larger;
+    larger.reserve(std::max(target.size() + extra, doubled));
+    larger.resize(target.size());
+    if (!target.empty()) std::memcpy(larger.data(), target.data(), target.size());
+    target.swap(larger);
 }
 
 void free_bytes(unsigned char* bytes, std::size_t size)

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <memory>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -45,16 +43,10 @@ using byte_vector = std::vector<unsigned char, byte_allocator<unsigned char>>;
 
 /// Makes room for `extra` bytes more, and for at least as many again as there are whenever memory
 /// must be moved: growing in small steps copies each byte a constant number of times.
+void grow(byte_vector& target, std::size_t extra);
 inline void make_room(byte_vector& target, std::size_t extra)
 {
-    if (extra <= target.capacity() - target.size()) return;
-    if (extra > target.max_size() - target.size()) throw std::length_error("too many bytes");
-    const std::size_t doubled = std::min(2 * target.size(), target.max_size());
-    byte_vector larger;
-    larger.reserve(std::max(target.size() + extra, doubled));
-    larger.resize(target.size());
-    if (!target.empty()) std::memcpy(larger.data(), target.data(), target.size());
-    target.swap(larger);
+    if (extra > target.capacity() - target.size()) grow(target, extra);
 }
 
 /// Appends in one piece; insert() would go byte by byte.

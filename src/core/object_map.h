@@ -33,43 +33,53 @@ class object_map {
     /// The object at that path; null if there is none.
     Object* find(std::string_view path)
     {
-        if (next_ == nodes_.end()) {
+        if (nodes_.empty()) return nullptr;
+        if (latest_ == nodes_.end()) latest_ = nodes_.begin();
+        const int order = path.compare(latest_->first);
+        if (order == 0) return &latest_->second;
+        auto found = std::next(latest_);
+        if (found == nodes_.end()) {
             // What is new mostly comes after all others.
-            if (nodes_.empty() || nodes_.rbegin()->first < path) return nullptr;
-            next_ = nodes_.begin();
+            if (order > 0) return nullptr;
+            found = nodes_.begin();
         }
-        if (next_->first != path) next_ = nodes_.lower_bound(path);
-        if (next_ == nodes_.end() || next_->first != path) return nullptr;
-        return &(next_++)->second;
+        if (found->first != path) found = nodes_.lower_bound(path);
+        if (found == nodes_.end()) return nullptr;
+        latest_ = found;
+        return found->first == path ? &found->second : nullptr;
     }
 
     /// Adds an object, its members zero, at a path that has none.
     entry& add(std::string_view path)
     {
-        const auto added = nodes_.try_emplace(next_, std::string(path));
-        next_ = std::next(added);
-        return *added;
+        const bool after = latest_ != nodes_.end() && latest_->first < path;
+        latest_ = nodes_.try_emplace(after ? std::next(latest_) : latest_, std::string(path));
+        return *latest_;
     }
 
     /// REQUIRES: there is an object at that path.
-    void erase(std::string_view path) { next_ = nodes_.erase(nodes_.find(path)); }
+    void erase(std::string_view path)
+    {
+        latest_ = nodes_.end();
+        nodes_.erase(nodes_.find(path));
+    }
 
     void clear()
     {
+        latest_ = nodes_.end();
         nodes_.clear();
-        next_ = nodes_.end();
     }
 
     /// Takes over the objects of another map at paths that have none here.
     void take_from(object_map& other)
     {
+        other.latest_ = other.nodes_.end();
         nodes_.merge(other.nodes_);
-        other.next_ = other.nodes_.end();
     }
 
   private:
     nodes nodes_;
-    typename nodes::iterator next_ = nodes_.end();
+    typename nodes::iterator latest_ = nodes_.end();  // found or added
 };
 
 }  // namespace tdms

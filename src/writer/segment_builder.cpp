@@ -18,19 +18,13 @@ void segment_builder::object(std::string_view path)
 
 void segment_builder::fixed_size_index(const channel& of)
 {
-    put(index_fixed_size);
-    put(of.data_type);
-    put(std::uint32_t{1});
-    put(of.chunk_count);
+    put(index_fixed_size, of.data_type, std::uint32_t{1}, of.chunk_count);
 }
 
 void segment_builder::string_index(const channel& of)
 {
-    put(index_string);
-    put(of.data_type);
-    put(std::uint32_t{1});
-    put(of.chunk_count);
-    put(std::uint64_t{of.text_ends.size() + of.data.size()});
+    const std::uint64_t size = of.text_ends.size() + of.data.size();
+    put(index_string, of.data_type, std::uint32_t{1}, of.chunk_count, size);
 }
 
 void segment_builder::properties(const property_map& map)

@@ -43,12 +43,13 @@ class segment_builder {
     void finish();
 
   private:
-    template <class T>
-    void put(T value)
+    template <class... T>
+    void put(T... values)
     {
-        unsigned char bytes[sizeof(T)];
-        store(bytes, value, true);
-        append(out_.joined(), bytes, sizeof(T));
+        unsigned char bytes[(sizeof(T) + ...)];
+        unsigned char* next = bytes;
+        ((store(next, values, true), next += sizeof(T)), ...);
+        append(out_.joined(), bytes, sizeof bytes);
     }
 
     void put_string(std::string_view text);
