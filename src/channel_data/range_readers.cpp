@@ -296,20 +296,18 @@ int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t
 {
     file_window tables(values.file, values.file_size);
     file_window bytes(values.file, values.file_size);
+    auto* front = reinterpret_cast<unsigned char*>(buffer);
     std::uint64_t room = size - count;  // for other bytes than a NUL for each string
     const auto read_part = [&](string_part& part, std::uint64_t strings) {
         // The file may have changed since its size was found out.
         if (part.text_size() > room) return false;
         room -= part.text_size();
-        char* const target = buffer + strings;
-        if (!bytes.read(part.text_offset(), part.text_size(),
-                        reinterpret_cast<unsigned char*>(target))) {
-            return false;
-        }
-        string_terminator terminator(buffer, target, target + part.text_size());
+        unsigned char* const target = front + strings;
+        if (!bytes.read(part.text_offset(), part.text_size(), target)) return false;
+        string_terminator terminator(front, target);
         const bool sound =
             part.visit_lengths([&](std::uint64_t length) { *texts++ = terminator.move(length); });
-        buffer = terminator.front();
+        front = terminator.front();
         return sound;
     };
     return values.channel->for_each_block(
@@ -317,7 +315,7 @@ int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t
         [&](const block_run& run, std::uint64_t block, std::uint64_t skipped, std::uint64_t part) {
             string_part strings(tables, run, block, skipped, part);
             if (!strings.find_ends() || !read_part(strings, part)) return TDMS_CHANNEL_DATA_READ;
-            *texts = buffer;
+            *texts = reinterpret_cast<const char*>(front);
             return TDMS_OK;
         });
 }

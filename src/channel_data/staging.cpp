@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "codec/element.h"
+#include "codec/short_move.h"
 #include "core/data_types.h"
 #include "core/handles.h"
 #include "core/text.h"
@@ -63,7 +64,8 @@ void append_strings(std::uint64_t count, const char* const* values, staged_strin
         make_room(to.bytes, size);
         to.bytes.resize(next + size);
         for (std::size_t i = 0; i != strings; ++i, end += 4) {
-            part[i].copy(reinterpret_cast<char*>(to.bytes.data()) + next, part[i].size());
+            short_move(to.bytes.data() + next,
+                       reinterpret_cast<const unsigned char*>(part[i].data()), part[i].size());
             next += part[i].size();
             store(end, static_cast<std::uint32_t>(next), true);
         }

@@ -17,8 +17,7 @@ bool string_block::read(file_window& window, const block& where)
     if (!window.read(where.offset, table_size_, bytes_.data())) return false;
     if (!window.read(where.offset + table_size_, strings_size, strings)) return false;
     if (!table_is_sound(strings_size)) return false;
-    auto* const chars = reinterpret_cast<char*>(front);
-    string_terminator terminator(chars, chars + count_, chars + count_ + strings_size);
+    string_terminator terminator(front, strings);
     std::uint32_t begin = 0;
     for (std::uint64_t i = 0; i != count_; ++i) {
         const std::uint32_t end = end_of(i);
