@@ -1,5 +1,6 @@
 // Values and timestamps against their bytes.
 #include "codec/layout.h"
+#include "codec/short_move.h"
 #include "codec/timestamp_codec.h"
 #include "codec/value_codec.h"
 #include "elements.h"
@@ -58,6 +59,23 @@ TEST(ValueCodec, Strings)
     EXPECT_TRUE(read_data(nullptr, 0).empty());
     EXPECT_EQ((bytes{2, 0, 0, 0, 2, 0, 0, 0, 5, 0, 0, 0, 'a', 'b', 'c', 'd', 'e'}),
               write_string_data({"ab", "", "cde"}, true));
+}
+
+// Whichever way two places overlap.
+TEST(ShortMove, DoesWhatMemmoveDoes)
+{
+    for (std::size_t size = 0; size != 70; ++size) {
+        for (std::size_t target = 0; target != 140; ++target) {
+            unsigned char moved[210];
+            for (std::size_t i = 0; i != sizeof moved; ++i)
+                moved[i] = static_cast<unsigned char>(i);
+            unsigned char expected[sizeof moved];
+            std::memcpy(expected, moved, sizeof moved);
+            std::memmove(expected + target, expected + 70, size);
+            tdms::short_move(moved + target, moved + 70, size);
+            ASSERT_EQ(0, std::memcmp(expected, moved, sizeof moved)) << size << " to " << target;
+        }
+    }
 }
 
 TEST(LeadIn, LengthsWrapAndFailuresWriteNothing)

@@ -308,6 +308,54 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
     EXPECT_EQ(3u, value_count(open_tdms(scratch, "r").channel(0, 0)));
 }
 
+// Large blocks are written from where they are staged, between others: in their order, as a whole
+// or not at all, and after a failure of save_file() nothing more.
+TEST(SavingOnce, LargeBlocks)
+{
+    const std::uint64_t counts[] = {1, 20000, 2, 30000, 20000, 3};
+    const std::vector<double> values(30000, 1.5);
+    std::vector<std::string> objects{object("/", none), object("/'g'", none)};
+    std::string raw;
+    for (std::size_t i = 0; i != std::size(counts); ++i) {
+        objects.push_back(object("/'g'/'" + std::to_string(i) + "'", fixed_index(10, counts[i])));
+        raw.append(reinterpret_cast<const char*>(values.data()), 8 * counts[i]);
+    }
+    const std::string expected = segment(objects, raw);
+    const std::size_t ends[] = {1, 400, 1000, 160'400, 200'000, 540'000};
+    for (const std::size_t end : ends) {
+        const scratch_file scratch;
+        tdms_file file(scratch, "w");
+        for (std::size_t i = 0; i != std::size(counts); ++i) {
+            void* const channel = file.channel("g", std::to_string(i).c_str());
+            EXPECT_EQ(0, tdms_append_double(channel, counts[i], values.data()));
+        }
+        room = static_cast<std::int64_t>(end);
+        EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
+        EXPECT_EQ("", scratch.bytes());
+        room = -1;
+        file.save_and_close();
+        EXPECT_TRUE(expected == scratch.bytes()) << end;
+    }
+    std::string whole;
+    for (const std::size_t end : {std::size_t{RLIM_INFINITY}, ends[3], ends[4], ends[5]}) {
+        new_file made;
+        for (std::size_t i = 0; i != std::size(counts); ++i) {
+            void* const channel = add_channel(made.group, std::to_string(i).c_str());
+            EXPECT_EQ(0, set_channel_data_double(channel, counts[i], values.data()));
+        }
+        {
+            const resource_limit limit(RLIMIT_FSIZE, end);
+            std::signal(SIGXFSZ, SIG_IGN);
+            EXPECT_EQ(0, save_file(made.file.handle));
+        }
+        EXPECT_EQ(0, close_file(&made.file.handle));
+        const std::string written = made.scratch.bytes();
+        if (whole.empty()) whole = written;
+        EXPECT_TRUE(written == whole.substr(0, end)) << end;
+    }
+    EXPECT_TRUE(whole.ends_with(raw));
+}
+
 // What the first interface lets a program add, and no reader would give back, is not written.
 TEST(SavingOnce, NothingThatCannotBeReadBack)
 {
