@@ -1,10 +1,6 @@
 #include "reader/lead_in.h"
 
 #include <algorithm>
-#include <cstring>
-
-#include "codec/byte_order.h"
-#include "codec/layout.h"
 
 namespace tdms {
 
@@ -22,10 +18,5 @@ int check_lead_in(const unsigned char* lead_in, std::size_t size)
 
 int read_leadIn(unsigned char* lead_in, unsigned long& meta_length, unsigned long& raw_length)
 {
-    if (std::memcmp(lead_in, tdms::lead_in_begin.data(), tdms::lead_in_begin.size()) != 0) {
-        return tdms::check_lead_in(lead_in, tdms::lead_in_size);
-    }
-    meta_length = tdms::load<unsigned long>(lead_in + 20, true);
-    raw_length = tdms::load<unsigned long>(lead_in + 12, true) - meta_length;
-    return TDMS_OK;
+    return tdms::read_lead_in(lead_in, meta_length, raw_length);
 }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
+#include "codec/byte_order.h"
+#include "codec/layout.h"
 #include "tdms.h"
 
 /// Checks one lead-in, 28 bytes as they are in the file, and returns how many bytes of metadata and
@@ -16,5 +19,17 @@ namespace tdms {
 /// Checks the tag, table of contents and version as far as the first `size` bytes of a lead-in
 /// reach. @return as read_leadIn()
 int check_lead_in(const unsigned char* lead_in, std::size_t size);
+
+/// The same as read_leadIn(), for the walk over segments, which does it a million times a file.
+inline int read_lead_in(const unsigned char* lead_in, std::uint64_t& metadata_length,
+                        std::uint64_t& raw_length)
+{
+    if (std::memcmp(lead_in, lead_in_begin.data(), lead_in_begin.size()) != 0) {
+        return check_lead_in(lead_in, lead_in_size);
+    }
+    metadata_length = load<std::uint64_t>(lead_in + 20, true);
+    raw_length = load<std::uint64_t>(lead_in + 12, true) - metadata_length;
+    return TDMS_OK;
+}
 
 }  // namespace tdms

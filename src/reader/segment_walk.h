@@ -33,11 +33,11 @@ template <class Visit>
 int walk_segments(file_window& window, std::uint64_t& offset, std::uint64_t size, Visit visit)
 {
     while (offset != size) {
-        unsigned char* const lead_in = window.view(offset, lead_in_size);
+        const unsigned char* const lead_in = window.view(offset, lead_in_size);
         if (lead_in == nullptr) return TDMS_FILE_READ;
-        unsigned long metadata_length = 0;
-        unsigned long raw_length = 0;
-        if (const int status = read_leadIn(lead_in, metadata_length, raw_length)) return status;
+        std::uint64_t metadata_length = 0;
+        std::uint64_t raw_length = 0;
+        if (const int status = read_lead_in(lead_in, metadata_length, raw_length)) return status;
         if (metadata_length == 0) return TDMS_FILE_READ;
         const std::uint64_t metadata_offset = offset + lead_in_size;
         const unsigned char* const metadata = window.view(metadata_offset, metadata_length);

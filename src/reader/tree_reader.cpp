@@ -203,12 +203,13 @@ constexpr int cut_short = 1;
 bool ends_within_segment(file_window& window, std::uint64_t offset, std::uint64_t size, int& status)
 {
     const std::uint64_t left = size - offset;
-    unsigned char* const lead_in = window.view(offset, std::min<std::uint64_t>(left, lead_in_size));
+    const unsigned char* const lead_in =
+        window.view(offset, std::min<std::uint64_t>(left, lead_in_size));
     status = lead_in == nullptr ? TDMS_FILE_READ : check_lead_in(lead_in, left);
     if (status != TDMS_OK || left < lead_in_size) return status == TDMS_OK;
-    unsigned long metadata_length = 0;
-    unsigned long raw_length = 0;
-    status = read_leadIn(lead_in, metadata_length, raw_length);
+    std::uint64_t metadata_length = 0;
+    std::uint64_t raw_length = 0;
+    status = read_lead_in(lead_in, metadata_length, raw_length);
     const bool leads_backwards = raw_length > ~metadata_length;
     status = TDMS_FILE_READ;
     return metadata_length != 0 && !leads_backwards &&
@@ -238,10 +239,10 @@ constexpr auto none_unwanted = [](const segment&) { return TDMS_OK; };
 bool is_same_file(const option& file, file_window& window)
 {
     if (file.file_size == 0) return true;
-    unsigned char* const lead_in = window.view(file.last_segment, lead_in_size);
-    unsigned long metadata_length = 0;
-    unsigned long raw_length = 0;
-    return lead_in != nullptr && read_leadIn(lead_in, metadata_length, raw_length) == TDMS_OK &&
+    const unsigned char* const lead_in = window.view(file.last_segment, lead_in_size);
+    std::uint64_t metadata_length = 0;
+    std::uint64_t raw_length = 0;
+    return lead_in != nullptr && read_lead_in(lead_in, metadata_length, raw_length) == TDMS_OK &&
            file.last_segment + lead_in_size + metadata_length + raw_length == file.file_size;
 }
 

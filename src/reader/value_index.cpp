@@ -141,6 +141,9 @@ int value_index::add_segment(const segment& s)
         const int status =
             known == nullptr ? seen_.parse(s.metadata, *this) : seen_.take_all(*known, *this);
         if (status != TDMS_OK) return status;
+        stated_ = total_size(true);
+        sizes_known_ = std::all_of(blocks_.begin(), blocks_.end(),
+                                   [](const stated_block& b) { return b.size_known; });
     }
     place_blocks(s);
     return TDMS_OK;
@@ -148,15 +151,12 @@ int value_index::add_segment(const segment& s)
 
 void value_index::place_blocks(const segment& s)
 {
-    const bool sizes_known = std::all_of(blocks_.begin(), blocks_.end(),
-                                         [](const stated_block& b) { return b.size_known; });
-    const std::uint64_t stated = total_size(true);
     // More bytes than stated are further chunks, of which the first one counts.
-    if (stated == s.raw_length || (sizes_known && stated < s.raw_length)) {
+    if (stated_ == s.raw_length || (sizes_known_ && stated_ < s.raw_length)) {
         add_blocks(s, [](const stated_block& b) { return b.size_known; });
-    } else if (!sizes_known) {
+    } else if (!sizes_known_) {
         // What precedes a block of unknown size is where its predecessors end.
-        bool placed = stated < s.raw_length;
+        bool placed = stated_ < s.raw_length;
         add_blocks(s, [&placed](const stated_block& b) { return placed = placed && b.size_known; });
     } else if (only_timestamps()) {
         const stated_block& last = blocks_.back();
