@@ -799,8 +799,8 @@ TDMS_API int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_
 /** @name Reading values
  * Reads a range of the values that the file holds for a channel, of any group, on any handle that
  * has the file open. The first call for a file finds out where all values are and keeps that;
- * every call then costs what its range does. Beside that index, and one segment's metadata while it
- * is made, no call takes more than 1 MiB of memory.
+ * every call then costs what its range does. Beside that index, and the metadata of some segments
+ * while it is made, no call takes more than 1 MiB of memory.
  *
  * Some files state values that they do not hold, because of how the functions above save: those
  * count as lost, and the rest is numbered from 0 without gaps.

@@ -1,8 +1,8 @@
 #include "segments.h"
 
 #include "console.h"
-#include "measurement_file.h"
 #include "core/object_map.h"
+#include "measurement_file.h"
 #include "reader/object_path.h"
 #include "reader/object_walk.h"
 #include "reader/segment_walk.h"

@@ -8,6 +8,17 @@
 
 namespace tdms {
 
+/// Hands what parsing found once to `visitor.take(listing)`, one after the other, until that gives
+/// a status other than 0. @return that status
+template <class Listing, class Visitor>
+int take_all(const std::vector<Listing>& known, Visitor& visitor)
+{
+    for (const Listing& listing : known) {
+        if (const int status = visitor.take(listing)) return status;
+    }
+    return TDMS_OK;
+}
+
 /// Walks over the metadata of one segment after the other, and parses none that it has seen just
 /// before: a steady recording repeats the metadata of its saves byte for byte. A save makes up to
 /// two segments, so two kinds of metadata are remembered.
@@ -69,18 +80,10 @@ class repeated_metadata {
         return known == nullptr ? parse(metadata, visitor) : take_all(*known, visitor);
     }
 
-    template <class Visitor>
-    static int take_all(const listing_list& known, Visitor& visitor)
-    {
-        for (const Listing& listing : known) {
-            if (const int status = visitor.take(listing)) return status;
-        }
-        return TDMS_OK;
-    }
-
+    /// Forgets everything and frees its memory.
     void forget()
     {
-        for (kind& known : kinds_) known.bytes.clear();
+        kinds_ = {};
         row_ = nullptr;
     }
 

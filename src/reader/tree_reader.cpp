@@ -38,7 +38,7 @@ class tree_builder {
         }
         settle();
         taken_ = known;
-        return seen_.take_all(*known, *this);
+        return take_all(*known, *this);
     }
 
     /// Must follow the last segment: of metadata that is repeated in a row, nothing is new but the

@@ -71,7 +71,10 @@ int value_index::update(int file, std::uint64_t size)
         end_ > size ? TDMS_FILE_READ : walk_segments(window, end_, size, [this](const segment& s) {
             return add_segment(s);
         });
-    if (status == TDMS_OK) on_failure.index = nullptr;
+    if (status == TDMS_OK) {
+        on_failure.index = nullptr;
+        seen_.forget();
+    }
     return status;
 }
 
@@ -139,7 +142,7 @@ int value_index::add_segment(const segment& s)
     if (known == nullptr || seen_.in_a_row() < 3) {
         blocks_.clear();
         const int status =
-            known == nullptr ? seen_.parse(s.metadata, *this) : seen_.take_all(*known, *this);
+            known == nullptr ? seen_.parse(s.metadata, *this) : take_all(*known, *this);
         if (status != TDMS_OK) return status;
         stated_ = total_size(true);
         sizes_known_ = std::all_of(blocks_.begin(), blocks_.end(),
