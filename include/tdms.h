@@ -809,9 +809,9 @@ TDMS_API int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_
  * @param[out] values an array of `count` values; may be null if `count` is 0
  * @return 0; #TDMS_RANGE if the range goes beyond the last value; #TDMS_CHANNEL_DATATYPE if the
  *         channel has another type, except that tdms_read_double() also converts all other numbers
- *         and bool; #TDMS_CHANNEL_DATA_READ if the device fails or the file was truncated: the
- *         handle stays good; #TDMS_ARGUMENT; #TDMS_MEMORY. A channel without a type has 0 values
- *         of every type
+ *         and bool; #TDMS_CHANNEL_DATA_READ if the device fails or the file was truncated before
+ *         the end of the range: the handle stays good; #TDMS_ARGUMENT; #TDMS_MEMORY. A channel
+ *         without a type has 0 values of every type
  * @{ */
 TDMS_API int tdms_read_int8(void* channel, uint64_t first, uint64_t count, int8_t* values);
 TDMS_API int tdms_read_int16(void* channel, uint64_t first, uint64_t count, int16_t* values);

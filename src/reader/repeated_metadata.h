@@ -62,10 +62,10 @@ class repeated_metadata {
         kind& parsed = kinds_[1 - latest_];
         parsed.bytes.clear();
         parsed.listings.clear();
-        recorder<Visitor> recording{visitor, parsed.listings};
+        recorder<Visitor> recording{visitor, parsed.listings, metadata.size() <= most_remembered};
         const int status = walk_objects(metadata, recording);
         // A visitor that ends the walk by a status of its own, above 0, has seen all that it needs.
-        if (status >= TDMS_OK && !recording.any_properties) {
+        if (status >= TDMS_OK && recording.complete) {
             parsed.bytes.assign(metadata.begin(), metadata.end());
             latest_ = 1 - latest_;
         }
@@ -88,6 +88,10 @@ class repeated_metadata {
     }
 
   private:
+    // In much larger metadata, parsing costs little beside what it is for, but remembering much
+    // memory.
+    static constexpr std::size_t most_remembered = std::size_t{1} << 20;
+
     struct kind {
         std::vector<unsigned char> bytes;  // empty if nothing is remembered
         listing_list listings;
@@ -103,18 +107,18 @@ class repeated_metadata {
     struct recorder {
         Visitor& visitor;
         listing_list& listings;
-        bool any_properties = false;
+        bool complete;  // the listings, and they are all that there is
 
         int object(std::string_view path, metadata_cursor& cursor)
         {
             Listing listing{};
             if (const int status = visitor.find(path, cursor, listing)) return status;
-            listings.push_back(listing);
+            if (complete) listings.push_back(listing);
             return visitor.take(listing);
         }
         void property(const property_entry& entry)
         {
-            any_properties = true;
+            complete = false;
             visitor.property(entry);
         }
     };
