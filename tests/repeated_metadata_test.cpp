@@ -22,7 +22,7 @@ const kind kinds[] = {
     {{int32s("/'g'/'a'", 2), strings}, u32(1) + u32(2) + string_block},
     {{int32s("/'g'/'a'", 1), strings}, u32(1) + string_block},
     {{int32s("/'g'/'a'", 2), strings}, string_block},  // a count repeated, but not staged
-    {{object("/'g'/'a'", as_before), int32s("/'g'/'a'", 1)}, u32(1) + u32(2) + u32(3)}};
+    {{object("/'g'/'a'", as_before), int32s("/'g'/'a'", 3), int32s("/'g'/'a'", 1)}, u64(1)}};
 
 // Of all metadata, the byte `at` after the entry of the file, in one segment only.
 struct change {
@@ -33,7 +33,7 @@ struct change {
 std::string file_bytes(const std::string& file_properties, change changed)
 {
     std::string file;
-    const int sequence[] = {0, 1, 0, 0, 1, 0, 0, 1, 1, 0, 2, 3, 2, 4, 5, 5, 5, 5, 3, 2, 5, 5, 5};
+    const int sequence[] = {0, 1, 0, 0, 1, 0, 0, 1, 1, 0, 2, 3, 2, 4, 5, 5, 5, 5, 2, 5, 5, 5, 5};
     for (std::size_t i = 0; i != std::size(sequence); ++i) {
         const kind& of = kinds[sequence[i]];
         std::vector<std::string> objects = of.objects;
