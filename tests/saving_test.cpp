@@ -366,10 +366,13 @@ TEST(SavingOnce, NothingThatCannotBeReadBack)
     void* channel = file.channel("g", "c");
     expect_each(0, {tdms_append_int32(channel, 1, &value), tdms_save(file.handle)});
     const std::string intact = scratch.bytes();
+    // A channel that left memory, or was replaced, keeps its type and its values in the file.
     void* group = nullptr;
+    expect_each(0,
+                {tdms_find_group(file.handle, "g", &group), create_channel(group, "c", &channel)});
+    EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_append_double(channel, 1, &other));
     EXPECT_EQ(0, create_group(file.handle, "a/", &group));
     EXPECT_EQ(TDMS_ARGUMENT, tdms_save(file.handle));
-    // A channel that left memory keeps its type and its values in the file.
     expect_each(0, {delete_group(group), delete_channel(channel)});
     channel = file.channel("g", "c");
     EXPECT_EQ(1u, found_and_lost(channel).first);
