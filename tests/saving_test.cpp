@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <numeric>
 
 #include "elements.h"
 #include "streams.h"
@@ -313,12 +314,13 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
 TEST(SavingOnce, LargeBlocks)
 {
     const std::uint64_t counts[] = {1, 20000, 2, 30000, 20000, 3};
-    const std::vector<double> values(30000, 1.5);
+    std::vector<double> values(30010);
+    std::iota(values.begin(), values.end(), 0.5);
     std::vector<std::string> objects{object("/", none), object("/'g'", none)};
     std::string raw;
     for (std::size_t i = 0; i != std::size(counts); ++i) {
         objects.push_back(object("/'g'/'" + std::to_string(i) + "'", fixed_index(10, counts[i])));
-        raw.append(reinterpret_cast<const char*>(values.data()), 8 * counts[i]);
+        raw.append(reinterpret_cast<const char*>(values.data() + i), 8 * counts[i]);
     }
     const std::string expected = segment(objects, raw);
     const std::size_t ends[] = {1, 400, 1000, 160'400, 200'000, 540'000};
@@ -327,7 +329,7 @@ TEST(SavingOnce, LargeBlocks)
         tdms_file file(scratch, "w");
         for (std::size_t i = 0; i != std::size(counts); ++i) {
             void* const channel = file.channel("g", std::to_string(i).c_str());
-            EXPECT_EQ(0, tdms_append_double(channel, counts[i], values.data()));
+            EXPECT_EQ(0, tdms_append_double(channel, counts[i], values.data() + i));
         }
         room = static_cast<std::int64_t>(end);
         EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
@@ -341,7 +343,7 @@ TEST(SavingOnce, LargeBlocks)
         new_file made;
         for (std::size_t i = 0; i != std::size(counts); ++i) {
             void* const channel = add_channel(made.group, std::to_string(i).c_str());
-            EXPECT_EQ(0, set_channel_data_double(channel, counts[i], values.data()));
+            EXPECT_EQ(0, set_channel_data_double(channel, counts[i], values.data() + i));
         }
         {
             const resource_limit limit(RLIMIT_FSIZE, end);

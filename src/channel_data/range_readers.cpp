@@ -21,8 +21,9 @@ class value_range {
     {
     }
 
-    /// Reads the stored bytes of the values, the last ones first and apart: what the file no longer
-    /// holds must not touch the caller's memory. Asking for its size would cost more.
+    /// Reads the stored bytes of the values, the last ones first, into memory of its own: if the
+    /// file no longer holds them, the caller's array stays untouched. Checking the file's size
+    /// would be one more system call.
     int read(std::uint32_t value_size, unsigned char* target)
     {
         std::array<unsigned char, most_apart> last;

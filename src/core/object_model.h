@@ -45,7 +45,7 @@ using property_map = std::map<std::string, std::shared_ptr<property>, std::less<
 struct channel {
     handle_tag tag = handle_tag::channel;
     std::string name;
-    std::string_view path;      // in the map that owns it, as its group's
+    std::string_view path;      // its key in the map that owns it
     std::uint32_t data_type;    // 0 while the channel has no type
     std::uint64_t chunk_count;  // values staged, or values of the latest raw data index
     std::uint64_t value_count;  // values in the file when it was opened

@@ -14,7 +14,11 @@ class segment_bytes {
   public:
     using piece = std::span<const unsigned char>;
 
-    static bool is_large(std::size_t block_size) { return block_size >= least_large; }
+    /// The bytes of a block that are joined.
+    static std::size_t joined_size(const byte_vector& block)
+    {
+        return block.size() < least_large ? block.size() : 0;
+    }
 
     byte_vector& joined() { return joined_; }
     std::size_t size() const { return joined_.size() + large_size_; }
@@ -29,7 +33,7 @@ class segment_bytes {
     /// REQUIRES: a large block stays as it is until the segment is written or cleared.
     void add_block(const byte_vector& block)
     {
-        if (!is_large(block.size())) {
+        if (block.size() < least_large) {
             append(joined_, block.data(), block.size());
             return;
         }

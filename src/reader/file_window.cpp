@@ -28,9 +28,10 @@ bool file_window::read(std::uint64_t offset, std::uint64_t count, unsigned char*
         count -= buffered;
     }
     if (count == 0) return true;
-    if (!follows(offset))
+    if (offset > size_ || count > size_ - offset) return false;
+    if (!follows(offset)) {
         skip_to(offset);
-    else if (count < little_ahead) {
+    } else if (count < little_ahead) {
         const unsigned char* const bytes = view(offset, count);
         if (bytes != nullptr) std::copy_n(bytes, count, target);
         return bytes != nullptr;

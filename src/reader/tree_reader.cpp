@@ -29,17 +29,14 @@ class tree_builder {
         const auto* const known = seen_.recognise(metadata);
         if (known == nullptr) {
             settle();
-            added_.clear();
             return seen_.parse(metadata, *this);
         }
         if (known->empty()) return TDMS_OK;
-        // What is taken for the third time in a row adds what it added before.
-        if (seen_.in_a_row() > 2) {
+        if (seen_.in_a_row() > 1) {
             ++untaken_;
             return TDMS_OK;
         }
         settle();
-        added_.clear();
         taken_ = known;
         return take_all(*known, *this);
     }
@@ -49,9 +46,11 @@ class tree_builder {
     void settle()
     {
         if (untaken_ == 0) return;
-        for (std::size_t i = 0; i != added_.size(); ++i) {
-            channel* const object = (*taken_)[i].object;
-            if (object != nullptr) object->value_count += untaken_ * added_[i];
+        for (const auto& [object, index] : *taken_) {
+            if (object == nullptr || index.form == index_none) continue;
+            // A segment may list a channel twice.
+            if (is_explicit(index.form)) object->chunk_count = index.value_count;
+            object->value_count += untaken_ * object->chunk_count;
         }
         untaken_ = 0;
     }
@@ -84,14 +83,12 @@ class tree_builder {
 
     int take(const listing& found)
     {
-        std::uint64_t& added = added_.emplace_back(0);
         if (found.object == nullptr) return TDMS_OK;
         channel& of = *found.object;
         if (const int status = apply_index(found.index, of.data_type, of.chunk_count))
             return status;
         if (of_values_ == unknown_types::rejected) DataSize.at(of.data_type);
-        if (found.index.form != index_none) added = of.chunk_count;
-        of.value_count += added;
+        if (found.index.form != index_none) of.value_count += of.chunk_count;
         return TDMS_OK;
     }
 
@@ -155,7 +152,6 @@ class tree_builder {
     property_map* properties_ = nullptr;  // of the latest object
     repeated_metadata<listing> seen_;
     const std::vector<listing>* taken_ = nullptr;  // last of what was recognised
-    std::vector<std::uint64_t> added_;             // the values that each object of it added
     std::uint64_t untaken_ = 0;                    // its repetitions since then
 };
 

@@ -144,7 +144,7 @@ int value_index::add_segment(const segment& s)
         const int status =
             known == nullptr ? seen_.parse(s.metadata, *this) : take_all(*known, *this);
         if (status != TDMS_OK) return status;
-        stated_ = total_size(true);
+        stated_size_ = total_size(true);
         sizes_known_ = std::all_of(blocks_.begin(), blocks_.end(),
                                    [](const stated_block& b) { return b.size_known; });
     }
@@ -155,11 +155,11 @@ int value_index::add_segment(const segment& s)
 void value_index::place_blocks(const segment& s)
 {
     // More bytes than stated are further chunks, of which the first one counts.
-    if (stated_ == s.raw_length || (sizes_known_ && stated_ < s.raw_length)) {
+    if (stated_size_ == s.raw_length || (sizes_known_ && stated_size_ < s.raw_length)) {
         add_blocks(s, [](const stated_block& b) { return b.size_known; });
     } else if (!sizes_known_) {
         // What precedes a block of unknown size is where its predecessors end.
-        bool placed = stated_ < s.raw_length;
+        bool placed = stated_size_ < s.raw_length;
         add_blocks(s, [&placed](const stated_block& b) { return placed = placed && b.size_known; });
     } else if (only_timestamps()) {
         const stated_block& last = blocks_.back();

@@ -115,7 +115,7 @@ class value_index {
 
     object_map<stored_channel> channels_;
     std::vector<stated_block> blocks_;  // of the segment that is being walked over
-    std::uint64_t stated_ = 0;          // the bytes of those whose size is known
+    std::uint64_t stated_size_ = 0;     // the bytes of those whose size is known
     bool sizes_known_ = true;           // of all of them
     repeated_metadata<listing> seen_;
     std::uint64_t end_ = 0;  // of the segments taken in

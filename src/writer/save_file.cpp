@@ -16,7 +16,7 @@ void drop_properties(option& file)
     }
 }
 
-void write_segment(option& file, const segment_bytes& segment)
+void write_segment(option& file, segment_bytes& segment)
 {
     const bool sound = file.writable && ferror_unlocked(file.stream) == 0;
     // Deliberate: the stream's errors are not reported. They are kept for tdms_save(). What comes
@@ -24,6 +24,7 @@ void write_segment(option& file, const segment_bytes& segment)
     static_cast<void>(segment.for_each_piece([&file](segment_bytes::piece bytes) {
         return std::fwrite(bytes.data(), 1, bytes.size(), file.stream) == bytes.size();
     }));
+    segment.clear();
     if (sound && ferror_unlocked(file.stream) != 0) note_failed_write(file);
 }
 
@@ -63,7 +64,7 @@ bool option::write_time(segment_bytes& out) const
             built.properties(c.properties);
         }
     }
-    built.begin_raw_data();
+    built.begin_raw_data(last == nullptr ? 0 : joined_size(*last));
     if (last != nullptr) built.raw_data(*last);
     built.finish();
     return any_properties;
@@ -75,6 +76,7 @@ bool option::write_time(segment_bytes& out) const
 void option::write_channel(segment_bytes& out) const
 {
     segment_builder built(out);
+    std::size_t joined = 0;
     const auto for_each_channel = [this](auto use) {
         for (const auto& [group_path, g] : groups) {
             for (const auto& [channel_path, c] : g.channels) {
@@ -90,8 +92,9 @@ void option::write_channel(segment_bytes& out) const
             built.fixed_size_index(c);
         }
         built.no_properties();
+        joined += joined_size(c);
     });
-    built.begin_raw_data();
+    built.begin_raw_data(joined);
     for_each_channel([&](std::string_view, const channel& c) { built.raw_data(c); });
     built.finish();
 }

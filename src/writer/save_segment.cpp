@@ -115,7 +115,11 @@ bool build_segment(option& file, segment_bytes& out)
     for (const auto& [path, g] : file.groups) {
         anything = anything || !is_listed(g) || has_new(g.properties);
     }
-    for_each_changed_channel(file, [&](const channel&) { anything = true; });
+    std::size_t joined = 0;
+    for_each_changed_channel(file, [&](const channel& c) {
+        anything = true;
+        if (is_unsaved(c)) joined += joined_size(c);
+    });
     if (!anything) return false;
     const auto add = [&built](std::string_view path, const property_map& properties) {
         built.object(path);
@@ -131,7 +135,7 @@ bool build_segment(option& file, segment_bytes& out)
         add_index(built, c);
         built.new_properties(c.properties);
     });
-    built.begin_raw_data();
+    built.begin_raw_data(joined);
     for_each_changed_channel(file, [&built](const channel& c) {
         if (is_unsaved(c)) built.raw_data(c);
     });

@@ -12,6 +12,12 @@ inline bool is_new(const property_map::value_type& entry)
     return entry.second->origin == property_origin::created;
 }
 
+/// How many bytes of a channel's staged values are joined with the metadata.
+inline std::size_t joined_size(const channel& of)
+{
+    return segment_bytes::joined_size(of.text_ends) + segment_bytes::joined_size(of.data);
+}
+
 /// Builds one segment, from front to back: the entries of its objects, each an object, its raw data
 /// index and its properties, then the raw data.
 class segment_builder {
@@ -30,8 +36,12 @@ class segment_builder {
     /// Those that no file has yet.
     void new_properties(const property_map& map);
 
-    /// Ends the metadata.
-    void begin_raw_data() { metadata_end_ = out_.size(); }
+    /// Ends the metadata, and makes room once for the blocks that are joined with it.
+    void begin_raw_data(std::size_t joined_size)
+    {
+        metadata_end_ = out_.size();
+        make_room(out_.joined(), joined_size);
+    }
     /// The staged values of a channel: of strings the table of their ends first.
     void raw_data(const channel& of)
     {
