@@ -112,7 +112,7 @@ TEST_F(Tree, RepeatedNames)
     EXPECT_EQ(TDMS_CHANNEL_REPEATED, create_channel(foreign.group(0), "y", &other));
 }
 
-// Handles are validated by their paths: what is alive but not in its file is rejected.
+// Handles are validated by their paths: what its file does not list is rejected.
 TEST_F(Tree, ObjectsThatAreNotInTheirFile)
 {
     auto& lost_group = *static_cast<tdms::group*>(group);
