@@ -3,8 +3,8 @@
  * the grain that is natural to them; for ranges `pread`, for timestamps the C library's conversion
  * of each value, for single values `std::vector`.
  *
- * What is written has the sizes of this library's files, with zeros in place of the metadata; what
- * is read is this library's files themselves.
+ * What is written of doubles has the sizes of this library's files, with zeros in place of the
+ * metadata, and of strings and times the values alone; what is read is this library's files.
  */
 #include <benchmark/benchmark.h>
 #include <endian.h>

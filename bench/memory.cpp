@@ -19,8 +19,7 @@ double peak_mib()
     return static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
-/** What a run takes beyond the arrays, which are in memory before it. A failure ends the process.
- */
+/** What a run takes beyond the arrays, which are there before it. A failure ends the process. */
 double growth_mib(Run run) noexcept
 {
     Series series(bulk);

@@ -4,13 +4,11 @@
 
 namespace tdms {
 
-/// Makes C strings of strings that stand back to back at the end of a buffer: moves them to its
-/// front, one after the other, with a NUL after each.
+/// Makes C strings of strings that are stored back to back at the end of a buffer: moves them to
+/// its front, one after the other, with a NUL after each.
 class string_terminator {
   public:
-    /// @param strings the bytes of the strings; between `front` and them there is room for a NUL
-    /// for
-    ///                each
+    /// @param strings the bytes of the strings; there is room for all NULs between `front` and them
     string_terminator(unsigned char* front, const unsigned char* strings)
         : front_(front), next_(strings)
     {

@@ -41,9 +41,10 @@ struct byte_allocator {
 /// Encoded bytes; does not clear bytes added by resize().
 using byte_vector = std::vector<unsigned char, byte_allocator<unsigned char>>;
 
-/// Makes room for `extra` bytes more, and for at least as many again as there are whenever memory
-/// must be moved: growing in small steps copies each byte a constant number of times.
+/// Moves the bytes to memory with room for `extra` more, and for at least as many again as there
+/// are: growing in small steps copies each byte a constant number of times.
 void grow(byte_vector& target, std::size_t extra);
+/// Makes room for `extra` bytes more.
 inline void make_room(byte_vector& target, std::size_t extra)
 {
     if (extra > target.capacity() - target.size()) grow(target, extra);

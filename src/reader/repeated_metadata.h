@@ -19,9 +19,9 @@ int take_all(const std::vector<Listing>& known, Visitor& visitor)
     return TDMS_OK;
 }
 
-/// Walks over the metadata of one segment after the other, and parses none that it has seen just
-/// before: a steady recording repeats the metadata of its saves byte for byte. A save makes up to
-/// two segments, so two kinds of metadata are remembered.
+/// Walks over the metadata of one segment after the other, and parses none that equals one of the
+/// latest two kinds: a steady recording repeats the metadata of its saves byte for byte, and a save
+/// makes up to two segments.
 ///
 /// What is remembered is what parsing finds: the objects, which must stay where they are, and their
 /// raw data indexes. What these do is done anew each time, since it may depend on the segments
@@ -33,7 +33,7 @@ class repeated_metadata {
     using listing_list = std::vector<Listing>;
 
     /// What parsing found in these bytes; null if they are not remembered. in_a_row() counts how
-    /// often the same objects were recognised without others between.
+    /// often the same metadata was recognised; what lists no object between does not count.
     const listing_list* recognise(std::span<const unsigned char> metadata)
     {
         // The segments of a save take turns.

@@ -138,7 +138,8 @@ int value_index::add_segment(const segment& s)
 {
     const auto* const known = seen_.recognise(s.metadata);
     if (known != nullptr && known->empty()) return TDMS_OK;
-    // What is taken for the third time in a row states the same blocks as before.
+    // What is taken for the third time in a row states the same blocks as before; the first time,
+    // other segments may have changed the counts that it is compared with.
     if (known == nullptr || seen_.in_a_row() < 3) {
         blocks_.clear();
         const int status =
