@@ -72,7 +72,7 @@ TEST(ShortMove, DoesWhatMemmoveDoes)
             unsigned char expected[sizeof moved];
             std::memcpy(expected, moved, sizeof moved);
             std::memmove(expected + target, expected + 70, size);
-            tdms::short_move(moved + target, moved + 70, size);
+            tdms_impl::short_move(moved + target, moved + 70, size);
             ASSERT_EQ(0, std::memcmp(expected, moved, sizeof moved)) << size << " to " << target;
         }
     }

@@ -48,7 +48,7 @@ TEST(ForeignFiles, NamesGroupsThatWereNeverListedAndBools)
 
 void* channel_c(const open_tdms& file)
 {
-    return static_cast<tdms::option*>(file.handle)->groups.find("/'g'")->channels.find(path_c);
+    return static_cast<tdms_impl::option*>(file.handle)->groups.find("/'g'")->channels.find(path_c);
 }
 
 // Fetches into an array that knows what was written.

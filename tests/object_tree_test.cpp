@@ -115,8 +115,8 @@ TEST_F(Tree, RepeatedNames)
 // Handles are validated by their paths: what its file does not list is rejected.
 TEST_F(Tree, ObjectsThatAreNotInTheirFile)
 {
-    auto& lost_group = *static_cast<tdms::group*>(group);
-    auto& lost_channel = *static_cast<tdms::channel*>(channel);
+    auto& lost_group = *static_cast<tdms_impl::group*>(group);
+    auto& lost_channel = *static_cast<tdms_impl::channel*>(channel);
     lost_channel.path = "/'g'/'lost'";
     char name[8];
     std::int8_t value = 0;

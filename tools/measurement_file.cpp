@@ -221,8 +221,8 @@ std::vector<double> read_numbers(const channel& c)
 std::string lost_values(const channel& c)
 {
     const std::string lost = count_of(c.lost, "value");
-    const bool supported =
-        c.type == TDMS_TYPE_STRING || tdms::DataSize.at(static_cast<std::uint32_t>(c.type)) != 0;
+    const bool supported = c.type == TDMS_TYPE_STRING ||
+                           tdms_impl::DataSize.at(static_cast<std::uint32_t>(c.type)) != 0;
     return supported ? lost + " lost: stated by the file and not in it"
                      : lost + " of " + type_name(c.type) + " cannot be read";
 }

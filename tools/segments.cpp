@@ -22,7 +22,7 @@ class metadata_reader {
         next_ = sizeof(std::uint32_t);  // after the number of objects
         int status = TDMS_OK;
         try {
-            status = tdms::walk_objects(metadata, *this);
+            status = tdms_impl::walk_objects(metadata, *this);
         } catch (const std::out_of_range&) {
             return fault(TDMS_DATATYPE, "has a data type that the format does not know");
         }
@@ -34,17 +34,17 @@ class metadata_reader {
     const std::string& reason() const { return reason_; }
 
     // For walk_objects().
-    int object(std::string_view path, tdms::metadata_cursor& cursor)
+    int object(std::string_view path, tdms_impl::metadata_cursor& cursor)
     {
         offset_ = next_;
         facts_->objects = object_++;
         if (!cursor.ok()) return TDMS_CHANNEL_READ;
-        const tdms::object_kind kind = tdms::parse_object_path(path).kind;
-        if (kind == tdms::object_kind::invalid) {
+        const tdms_impl::object_kind kind = tdms_impl::parse_object_path(path).kind;
+        if (kind == tdms_impl::object_kind::invalid) {
             return fault(TDMS_CHANNEL_READ, "has an invalid path: " + in_quotes(path));
         }
-        if (kind != tdms::object_kind::channel) {
-            tdms::skip_index(cursor);
+        if (kind != tdms_impl::object_kind::channel) {
+            tdms_impl::skip_index(cursor);
         } else if (const int status = read_index(path, cursor)) {
             return status;
         }
@@ -54,7 +54,7 @@ class metadata_reader {
         return TDMS_OK;
     }
 
-    void property(const tdms::property_entry& entry)
+    void property(const tdms_impl::property_entry& entry)
     {
         ++facts_->properties;
         next_ = offset_of(entry.value.data()) + entry.value.size();
@@ -71,18 +71,19 @@ class metadata_reader {
         return static_cast<std::size_t>(byte - begin_);
     }
 
-    int read_index(std::string_view path, tdms::metadata_cursor& cursor)
+    int read_index(std::string_view path, tdms_impl::metadata_cursor& cursor)
     {
         known_channel* known = channels_.find(path);
         if (known == nullptr) known = &channels_.add(path).second;
-        const tdms::raw_data_index index = tdms::read_raw_data_index(cursor);
+        const tdms_impl::raw_data_index index = tdms_impl::read_raw_data_index(cursor);
         if (!cursor.ok()) return TDMS_CHANNEL_READ;
         const std::uint32_t type_before = known->data_type;
-        if (const int status = tdms::apply_index(index, known->data_type, known->chunk_count)) {
+        if (const int status =
+                tdms_impl::apply_index(index, known->data_type, known->chunk_count)) {
             return fault(status, index_fault(index, type_before) + in_quotes(path));
         }
-        tdms::DataSize.at(known->data_type);
-        if (index.form != tdms::index_none && known->chunk_count != 0) {
+        tdms_impl::DataSize.at(known->data_type);
+        if (index.form != tdms_impl::index_none && known->chunk_count != 0) {
             ++facts_->channels;
             facts_->values += known->chunk_count;
         }
@@ -90,12 +91,12 @@ class metadata_reader {
     }
 
     // Why an index of a channel of that type is rejected.
-    static std::string index_fault(const tdms::raw_data_index& index, std::uint32_t type)
+    static std::string index_fault(const tdms_impl::raw_data_index& index, std::uint32_t type)
     {
-        if (!tdms::is_known_form(index.form)) {
+        if (!tdms_impl::is_known_form(index.form)) {
             return "has a raw data index of the unknown form " + std::to_string(index.form) + ": ";
         }
-        const bool strings = index.form == tdms::index_string;
+        const bool strings = index.form == tdms_impl::index_string;
         const bool same_type = strings ? type == TDMS_TYPE_STRING : type == index.data_type;
         return type == 0 || same_type ? "has a dimension other than 1: "
                                       : "changes its data type: ";
@@ -108,7 +109,7 @@ class metadata_reader {
         return status;
     }
 
-    tdms::object_map<known_channel> channels_;
+    tdms_impl::object_map<known_channel> channels_;
     segment_facts* facts_ = nullptr;  // of the segment being read
     const unsigned char* begin_ = nullptr;
     std::uint64_t object_ = 0;  // the one being read, counted from 1
@@ -124,19 +125,19 @@ std::string stated_and_there(const char* what, std::uint64_t stated, std::uint64
 }
 
 // Why a segment cannot be walked over, by its lead-in.
-std::string lead_in_fault(tdms::file_window& window, segment_facts& facts, std::uint64_t left)
+std::string lead_in_fault(tdms_impl::file_window& window, segment_facts& facts, std::uint64_t left)
 {
     facts.state = "truncated";
-    if (left < tdms::lead_in_size) {
-        return "of the " + std::to_string(tdms::lead_in_size) + " bytes of its lead-in, " +
+    if (left < tdms_impl::lead_in_size) {
+        return "of the " + std::to_string(tdms_impl::lead_in_size) + " bytes of its lead-in, " +
                std::to_string(left) + " are there";
     }
-    unsigned char* const lead_in = window.view(facts.offset, tdms::lead_in_size);
+    unsigned char* const lead_in = window.view(facts.offset, tdms_impl::lead_in_size);
     if (lead_in == nullptr) return "its lead-in cannot be read from the device";
     unsigned long metadata = 0;
     unsigned long raw = 0;
     const int status = read_leadIn(lead_in, metadata, raw);
-    left -= tdms::lead_in_size;
+    left -= tdms_impl::lead_in_size;
     if (status == TDMS_OK && metadata > left) return stated_and_there("metadata", metadata, left);
     if (status == TDMS_OK && metadata != 0 && raw > left - metadata) {
         if (raw <= ~std::uint64_t{0} - metadata) {
@@ -151,10 +152,10 @@ std::string lead_in_fault(tdms::file_window& window, segment_facts& facts, std::
             return "no segment begins there";
         case TDMS_FILE_TOC:
             return "its table of contents is " +
-                   std::to_string(tdms::load<std::uint32_t>(lead_in + 4, true)) + ", not 14";
+                   std::to_string(tdms_impl::load<std::uint32_t>(lead_in + 4, true)) + ", not 14";
         case TDMS_FILE_VERSION:
             return "its version is " +
-                   std::to_string(tdms::load<std::uint32_t>(lead_in + 8, true)) + ", not 4713";
+                   std::to_string(tdms_impl::load<std::uint32_t>(lead_in + 8, true)) + ", not 4713";
         default:
             return metadata == 0 ? "it has no metadata" : "it cannot be read from the device";
     }
@@ -166,10 +167,10 @@ intact_part walk_file(const input& file, const std::function<void(const segment_
 {
     intact_part intact;
     intact.file_size = file.size();
-    tdms::file_window window(file.file(), intact.file_size);
+    tdms_impl::file_window window(file.file(), intact.file_size);
     metadata_reader metadata;
     segment_facts facts{1, 0};
-    const auto add_segment = [&](const tdms::segment& s) {
+    const auto add_segment = [&](const tdms_impl::segment& s) {
         facts.metadata_length = s.metadata.size();
         facts.raw_length = s.raw_length;
         if (const int status = metadata.add_segment(s.metadata, facts)) return status;
@@ -181,7 +182,7 @@ intact_part walk_file(const input& file, const std::function<void(const segment_
         facts = {intact.segments + 1, s.end()};
         return int{TDMS_OK};
     };
-    const int status = tdms::walk_segments(window, intact.size, intact.file_size, add_segment);
+    const int status = tdms_impl::walk_segments(window, intact.size, intact.file_size, add_segment);
     if (status == TDMS_OK) return intact;
     std::string reason = metadata.reason();
     if (reason.empty()) {

@@ -7,7 +7,7 @@
 #include "core/guarded.h"
 #include "reader/stored_values.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // The first values fix a channel's type. The file may know better: it may hold values of a channel
@@ -111,23 +111,23 @@ int append_texts(void* handle, std::uint64_t count, const char* const* values)
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 #define TDMS_DEFINE_APPENDING(suffix, type, code)                               \
     int tdms_append_##suffix(void* channel, uint64_t count, const type* values) \
     {                                                                           \
-        return tdms::append_values(channel, count, values);                     \
+        return tdms_impl::append_values(channel, count, values);                \
     }
 TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_APPENDING)
 
 int tdms_append_string(void* channel, uint64_t count, const char* const* values)
 {
-    return tdms::append_texts(channel, count, values);
+    return tdms_impl::append_texts(channel, count, values);
 }
 
 int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_t* values)
 {
-    return tdms::append_encoded(
-        channel, TDMS_TYPE_TIMESTAMP, tdms::timestamp_size, count, values,
-        [&](unsigned char* target) { tdms::encode_nanoseconds(values, count, target); });
+    return tdms_impl::append_encoded(
+        channel, TDMS_TYPE_TIMESTAMP, tdms_impl::timestamp_size, count, values,
+        [&](unsigned char* target) { tdms_impl::encode_nanoseconds(values, count, target); });
 }

@@ -8,7 +8,7 @@
 #include "core/guarded.h"
 #include "reader/stored_values.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 constexpr std::size_t most_at_once = 65536;
@@ -334,25 +334,25 @@ int check_strings(const stored_values& values, std::uint64_t first, std::uint64_
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 #define TDMS_DEFINE_RANGE_READER(suffix, type, code)                                    \
     int tdms_read_##suffix(void* channel, uint64_t first, uint64_t count, type* values) \
     {                                                                                   \
-        return tdms::read_values(channel, first, count, values);                        \
+        return tdms_impl::read_values(channel, first, count, values);                   \
     }
 TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_RANGE_READER)
 
 int tdms_read_nanoseconds(void* channel, uint64_t first, uint64_t count, int64_t* values)
 {
-    return tdms::with_range(
+    return tdms_impl::with_range(
         channel, first, count, values,
         [](std::uint32_t type) { return type == TDMS_TYPE_TIMESTAMP; },
-        [values](tdms::value_range& range, std::uint32_t) {
+        [values](tdms_impl::value_range& range, std::uint32_t) {
             std::int64_t* next = values;
-            return range.read_piecemeal(tdms::timestamp_size,
+            return range.read_piecemeal(tdms_impl::timestamp_size,
                                         [&next](const unsigned char* bytes, std::uint64_t part) {
-                                            tdms::decode_nanoseconds(bytes, part, next);
+                                            tdms_impl::decode_nanoseconds(bytes, part, next);
                                             next += part;
                                         });
         });
@@ -360,9 +360,9 @@ int tdms_read_nanoseconds(void* channel, uint64_t first, uint64_t count, int64_t
 
 int tdms_get_num_values(void* channel, uint64_t* count, uint64_t* lost)
 {
-    return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) {
-        tdms::stored_values values{};
-        if (const int status = tdms::locate_values(c, values)) return status;
+    return tdms_impl::guarded<tdms_impl::channel>(channel, [&](tdms_impl::channel& c) {
+        tdms_impl::stored_values values{};
+        if (const int status = tdms_impl::locate_values(c, values)) return status;
         if (count != nullptr) *count = values.count();
         if (lost != nullptr) *lost = values.channel == nullptr ? 0 : values.channel->lost();
         return int{TDMS_OK};
@@ -371,11 +371,12 @@ int tdms_get_num_values(void* channel, uint64_t* count, uint64_t* lost)
 
 int tdms_get_string_size(void* channel, uint64_t first, uint64_t count, uint64_t* size)
 {
-    return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) -> int {
+    return tdms_impl::guarded<tdms_impl::channel>(channel, [&](tdms_impl::channel& c) -> int {
         if (size == nullptr) return TDMS_ARGUMENT;
-        tdms::stored_values values{};
-        tdms::string_range range{};
-        if (const int status = tdms::locate_strings(c, first, count, values, range)) return status;
+        tdms_impl::stored_values values{};
+        tdms_impl::string_range range{};
+        if (const int status = tdms_impl::locate_strings(c, first, count, values, range))
+            return status;
         *size = range.size;
         return TDMS_OK;
     });
@@ -384,17 +385,19 @@ int tdms_get_string_size(void* channel, uint64_t first, uint64_t count, uint64_t
 int tdms_read_string(void* channel, uint64_t first, uint64_t count, char* buffer, uint64_t size,
                      const char** texts)
 {
-    return tdms::guarded<tdms::channel>(channel, [&](tdms::channel& c) -> int {
+    return tdms_impl::guarded<tdms_impl::channel>(channel, [&](tdms_impl::channel& c) -> int {
         if (texts == nullptr || (buffer == nullptr && size != 0)) return TDMS_ARGUMENT;
-        tdms::stored_values values{};
-        tdms::string_range range{};
-        if (const int status = tdms::locate_strings(c, first, count, values, range)) return status;
+        tdms_impl::stored_values values{};
+        tdms_impl::string_range range{};
+        if (const int status = tdms_impl::locate_strings(c, first, count, values, range))
+            return status;
         if (size < range.size) return TDMS_PROPERTY_BUFFER;
         if (count == 0) {
             *texts = buffer;
             return TDMS_OK;
         }
-        if (const int status = tdms::check_strings(values, first, count, range.end)) return status;
-        return tdms::read_strings(values, first, count, buffer, range.size, texts);
+        if (const int status = tdms_impl::check_strings(values, first, count, range.end))
+            return status;
+        return tdms_impl::read_strings(values, first, count, buffer, range.size, texts);
     });
 }

@@ -10,7 +10,7 @@
 #include "core/handles.h"
 #include "core/text.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 static_assert(host_is_little, "an array in memory is staged as it is");
@@ -105,23 +105,23 @@ int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64
     return TDMS_OK;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl
 
 #define TDMS_DEFINE_STAGING(suffix, type, code)                                      \
     int set_channel_data_##suffix(void* channel, uint64_t count, const type* values) \
     {                                                                                \
-        return tdms::stage(channel, count, values);                                  \
+        return tdms_impl::stage(channel, count, values);                             \
     }
 TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_STAGING)
 
 int set_channel_data_string(void* channel, uint64_t count, const char* const* values)
 {
-    tdms::option* const file = tdms::file_of(static_cast<tdms::channel*>(channel));
+    tdms_impl::option* const file = tdms_impl::file_of(static_cast<tdms_impl::channel*>(channel));
     if (file == nullptr) return TDMS_CHANNEL_HANDLE;
     if (values == nullptr && count != 0) return TDMS_CHANNEL_DATA_READ;
-    tdms::byte_vector ends;
-    tdms::byte_vector bytes;
-    tdms::append_strings(count, values, {ends, bytes});
+    tdms_impl::byte_vector ends;
+    tdms_impl::byte_vector bytes;
+    tdms_impl::append_strings(count, values, {ends, bytes});
     return file->set_channel_data(channel, TDMS_TYPE_STRING, count, std::move(bytes),
                                   std::move(ends));
 }

@@ -4,7 +4,7 @@
 
 #include "core/object_model.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The bytes of `count` values. A product that does not fit becomes a size that no memory has.
 inline std::size_t size_of(std::uint64_t count, std::size_t value_size)
@@ -29,4 +29,4 @@ inline bool is_unsaved(const channel& c)
     return c.saves_at_staging == saves && (!c.data.empty() || !c.text_ends.empty());
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -6,7 +6,7 @@
 #include "core/handles.h"
 #include "reader/channel_values.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // Locates a channel's values and checks that they are of the wanted type. The type is looked at
@@ -93,25 +93,25 @@ string_storage& stringStorage()
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 #define TDMS_DEFINE_READER(suffix, type, code)                 \
     int get_channel_data_##suffix(void* channel, type* values) \
     {                                                          \
-        return tdms::fetch(channel, values);                   \
+        return tdms_impl::fetch(channel, values);              \
     }
 TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_READER)
 
 int get_channel_data_string(void* channel, const char** values)
 {
-    tdms::channel_values stored;
+    tdms_impl::channel_values stored;
     std::uint64_t count = 0;
-    if (const int status = tdms::locate_values(channel, TDMS_TYPE_STRING, stored, count)) {
+    if (const int status = tdms_impl::locate_values(channel, TDMS_TYPE_STRING, stored, count)) {
         return status;
     }
     if (count == 0) return TDMS_OK;
-    std::list<tdms::string_block> read;
+    std::list<tdms_impl::string_block> read;
     if (values == nullptr || !stored.read_strings(count, read)) return TDMS_CHANNEL_DATA_READ;
-    tdms::stringStorage().add(std::move(read), count, values);
+    tdms_impl::stringStorage().add(std::move(read), count, values);
     return TDMS_OK;
 }

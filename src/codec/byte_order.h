@@ -12,7 +12,7 @@
 #include <bit>
 #include <cstddef>
 
-namespace tdms {
+namespace tdms_impl {
 
 inline constexpr bool host_is_little = std::endian::native == std::endian::little;
 
@@ -35,4 +35,4 @@ void store(unsigned char* p, T value, bool little)
     std::copy_n(bytes.begin(), sizeof(T), p);
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -4,7 +4,7 @@
 #include "codec/timestamp_codec.h"
 #include "core/data_types.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Puts a value at p as a file stores it. REQUIRES: stored_size<T> writable bytes.
 template <class T>
@@ -38,4 +38,4 @@ inline timestamp_fields load_element<timestamp_fields>(const unsigned char* p)
     return read_timestamp(p, true);
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -6,7 +6,7 @@
 
 #include "tdms.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 // A segment begins with a lead-in of 28 bytes: tag, table of contents (metadata + new object list +
 // raw data), version 4713, then two 64-bit offsets, both counted from the end of the lead-in: where
@@ -26,7 +26,7 @@ inline constexpr char root_path[] = "/";
 /// Puts the 28 bytes of a lead-in at p.
 void store_lead_in(unsigned char* p, std::uint64_t metadata_length, std::uint64_t raw_length);
 
-}  // namespace tdms
+}  // namespace tdms_impl
 
 /// A lead-in for a segment with this many bytes of metadata and of raw data.
 TDMS_API std::basic_string<unsigned char> write_leadIn(unsigned long metadata_length,

@@ -6,7 +6,7 @@
 #include "codec/byte_order.h"
 #include "codec/timestamp_codec.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 __extension__ using int128 = __int128;
@@ -54,4 +54,4 @@ void decode_nanoseconds(const unsigned char* bytes, std::uint64_t count, std::in
     for (std::uint64_t i = 0; i != count; ++i) values[i] = decode(bytes + timestamp_size * i);
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

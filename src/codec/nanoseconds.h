@@ -6,7 +6,7 @@
 // 16 bytes of a timestamp in a file: the fraction of a second in units of 2^-64 s, then the seconds
 // since 1904-01-01. Both ways round to the nearest, so that every count comes back as it was.
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Puts the 16 bytes of every value at `target`.
 void encode_nanoseconds(const std::int64_t* values, std::uint64_t count, unsigned char* target);
@@ -14,4 +14,4 @@ void encode_nanoseconds(const std::int64_t* values, std::uint64_t count, unsigne
 /// Decodes `count` values of 16 bytes. A time that no count reaches becomes the nearest end.
 void decode_nanoseconds(const unsigned char* bytes, std::uint64_t count, std::int64_t* values);
 
-}  // namespace tdms
+}  // namespace tdms_impl

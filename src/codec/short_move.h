@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Moves bytes in two pieces of a fixed size, which may overlap each other.
 /// REQUIRES: Piece <= size <= 2 * Piece
@@ -32,4 +32,4 @@ inline void short_move(unsigned char* target, const unsigned char* source, std::
     }
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -2,7 +2,7 @@
 
 #include "codec/short_move.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Makes C strings of strings that are stored back to back at the end of a buffer: moves them to
 /// its front, one after the other, with a NUL after each.
@@ -33,4 +33,4 @@ class string_terminator {
     const unsigned char* next_;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -4,7 +4,7 @@
 
 #include "codec/byte_order.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // Deliberate: 2^64 / 10^6 cut to a multiple of 100, in both directions.
@@ -164,20 +164,20 @@ void decode_timestamps(const unsigned char* bytes, std::uint64_t count, timestam
     }
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl
 
 std::basic_string<unsigned char> write_timestamp(int year, int month, int day, int hour, int minute,
                                                  int second, int microsecond, bool little)
 {
-    std::basic_string<unsigned char> bytes(tdms::timestamp_size, 0);
-    tdms::calendar_to_seconds clock;
-    tdms::encode({year, month, day, hour, minute, second, microsecond}, clock, bytes.data(),
-                 little);
+    std::basic_string<unsigned char> bytes(tdms_impl::timestamp_size, 0);
+    tdms_impl::calendar_to_seconds clock;
+    tdms_impl::encode({year, month, day, hour, minute, second, microsecond}, clock, bytes.data(),
+                      little);
     return bytes;
 }
 
 timestamp_fields read_timestamp(const unsigned char* p, bool little)
 {
-    tdms::seconds_to_calendar clock;
-    return tdms::decode(p, clock, little);
+    tdms_impl::seconds_to_calendar clock;
+    return tdms_impl::decode(p, clock, little);
 }

@@ -18,7 +18,7 @@ TDMS_API std::basic_string<unsigned char> write_timestamp(int year, int month, i
 /// once.
 TDMS_API timestamp_fields read_timestamp(const unsigned char* p, bool little);
 
-namespace tdms {
+namespace tdms_impl {
 
 inline constexpr std::size_t timestamp_size = 16;
 
@@ -32,4 +32,4 @@ void encode_timestamps(const timestamp_fields* values, std::uint64_t count, unsi
 /// itself: a value's bytes are read before anything is written that reaches them.
 void decode_timestamps(const unsigned char* bytes, std::uint64_t count, timestamp_fields* values);
 
-}  // namespace tdms
+}  // namespace tdms_impl

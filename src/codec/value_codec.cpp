@@ -10,7 +10,7 @@ template <class T>
 byte_string encoded(T value, bool little)
 {
     byte_string bytes(sizeof(T), 0);
-    tdms::store(bytes.data(), value, little);
+    tdms_impl::store(bytes.data(), value, little);
     return bytes;
 }
 
@@ -26,23 +26,23 @@ unsigned char read_uint8(const unsigned char* p)
 }
 short read_int16(const unsigned char* p, bool little)
 {
-    return tdms::load<short>(p, little);
+    return tdms_impl::load<short>(p, little);
 }
 int read_int32(const unsigned char* p, bool little)
 {
-    return tdms::load<int>(p, little);
+    return tdms_impl::load<int>(p, little);
 }
 long read_int64(const unsigned char* p, bool little)
 {
-    return tdms::load<long>(p, little);
+    return tdms_impl::load<long>(p, little);
 }
 float read_float(const unsigned char* p, bool little)
 {
-    return tdms::load<float>(p, little);
+    return tdms_impl::load<float>(p, little);
 }
 double read_double(const unsigned char* p, bool little)
 {
-    return tdms::load<double>(p, little);
+    return tdms_impl::load<double>(p, little);
 }
 bool read_bool(const unsigned char* p)
 {
@@ -51,17 +51,17 @@ bool read_bool(const unsigned char* p)
 
 unsigned short read_uint16(const unsigned char* p, bool little)
 {
-    return tdms::load<unsigned short>(p, little);
+    return tdms_impl::load<unsigned short>(p, little);
 }
 
 unsigned int read_uint32(const unsigned char* p, bool little)
 {
-    return tdms::load<unsigned int>(p, little);
+    return tdms_impl::load<unsigned int>(p, little);
 }
 
 unsigned long read_uint64(const unsigned char* p, bool little)
 {
-    return tdms::load<unsigned long>(p, little);
+    return tdms_impl::load<unsigned long>(p, little);
 }
 
 std::string read_string(const unsigned char* p, bool little)

@@ -6,7 +6,7 @@
 #include <new>
 #include <stdexcept>
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 constexpr std::size_t huge_page = std::size_t{2} << 20;
@@ -45,4 +45,4 @@ void free_bytes(unsigned char* bytes, std::size_t size)
     }
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Memory for `size` bytes, to be freed by free_bytes() with the same size. Many megabytes come on
 /// huge pages where the system has them: touching fresh memory page by page for the first time
@@ -60,4 +60,4 @@ inline void append(byte_vector& target, const void* bytes, std::size_t size)
     std::memcpy(target.data() + old_size, bytes, size);
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -3,11 +3,11 @@
 #include "core/handles.h"
 #include "core/text.h"
 
-using tdms::channel;
-using tdms::group;
-using tdms::option;
+using tdms_impl::channel;
+using tdms_impl::group;
+using tdms_impl::option;
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // Whether a channel of the group is called `name`. A name is its path without the quotes, so the
@@ -23,8 +23,8 @@ bool has_channel_named(const group& owner, std::string_view name)
 
 int option::create_channel(const void* group_handle, std::string_view name, void** handle)
 {
-    const auto& owner_handle = *static_cast<const tdms::group*>(group_handle);
-    tdms::group* owner = nullptr;
+    const auto& owner_handle = *static_cast<const tdms_impl::group*>(group_handle);
+    tdms_impl::group* owner = nullptr;
     if (const int status = find_object(*this, owner_handle, owner)) return status;
     const std::string path = object_path(owner->path, name);
     // Deliberate: names are compared with the new path, so an ordinary repeated name passes and
@@ -63,38 +63,38 @@ int option::get_num_channel_data(const void* handle, std::uint64_t& count)
     return TDMS_OK;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl
 
 int create_channel(void* group_handle, const char* name, void** handle)
 {
-    option* const file = tdms::file_of(static_cast<group*>(group_handle));
+    option* const file = tdms_impl::file_of(static_cast<group*>(group_handle));
     if (file == nullptr) return TDMS_GROUP_HANDLE;
-    return file->create_channel(group_handle, tdms::text(name), handle);
+    return file->create_channel(group_handle, tdms_impl::text(name), handle);
 }
 
 int get_num_channel(void* handle)
 {
-    return tdms::with_object<group>(handle,
-                                    [](group& found) { return tdms::count_of(found.channels); });
+    return tdms_impl::with_object<group>(
+        handle, [](group& found) { return tdms_impl::count_of(found.channels); });
 }
 
 int get_channel(void* handle, void** list)
 {
-    return tdms::with_object<group>(handle, [list](group& found) {
-        return tdms::list_handles(found.channels, list, TDMS_GROUP_HANDLE);
+    return tdms_impl::with_object<group>(handle, [list](group& found) {
+        return tdms_impl::list_handles(found.channels, list, TDMS_GROUP_HANDLE);
     });
 }
 
 int get_channel_name(void* handle, char* name)
 {
-    return tdms::with_object<channel>(handle, [name](channel& found) {
-        return tdms::copy_name(found.name, name, TDMS_CHANNEL_HANDLE);
+    return tdms_impl::with_object<channel>(handle, [name](channel& found) {
+        return tdms_impl::copy_name(found.name, name, TDMS_CHANNEL_HANDLE);
     });
 }
 
 int delete_channel(void* handle)
 {
-    return tdms::with_object<channel>(handle, [](channel& found) {
+    return tdms_impl::with_object<channel>(handle, [](channel& found) {
         found.group->file->objects_removed = true;
         found.group->channels.erase(found.path);
         return TDMS_OK;
@@ -103,13 +103,13 @@ int delete_channel(void* handle)
 
 int get_channel_datatype(void* handle)
 {
-    option* const file = tdms::file_of(static_cast<channel*>(handle));
+    option* const file = tdms_impl::file_of(static_cast<channel*>(handle));
     return file == nullptr ? TDMS_CHANNEL_HANDLE : file->get_channel_datatype(handle);
 }
 
 int get_num_channel_data(void* handle, uint64_t* count)
 {
-    option* const file = tdms::file_of(static_cast<channel*>(handle));
+    option* const file = tdms_impl::file_of(static_cast<channel*>(handle));
     if (file == nullptr) return TDMS_CHANNEL_HANDLE;
     std::uint64_t found = 0;
     if (const int status = file->get_num_channel_data(handle, found)) return status;

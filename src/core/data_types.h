@@ -27,7 +27,7 @@
     TDMS_NUMBER_ELEMENTS(X)         \
     X(timestamp, timestamp_fields, TDMS_TYPE_TIMESTAMP)
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The data types a file may name, with the size of one element in bytes. A size of 0 marks a type
 /// that is known but has no fixed size, or is not supported.
@@ -90,4 +90,4 @@ TDMS_FIXED_SIZE_ELEMENTS(TDMS_TYPE_CODE)
 template <class T>
 inline constexpr std::uint32_t stored_size = DataSize.at(type_code<T>);
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <utility>
 
-namespace tdms {
+namespace tdms_impl {
 
 /// An open file descriptor and its owner; less than 0 if there is none. Closing leaves errno alone.
 class descriptor {
@@ -34,4 +34,4 @@ class descriptor {
     int number_ = -1;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

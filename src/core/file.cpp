@@ -6,7 +6,7 @@
 #include "core/text.h"
 #include "reader/tree_reader.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 int option::open_file(const std::string& path, const std::string& mode)
 {
@@ -30,15 +30,15 @@ int option::open_file(const std::string& path, const std::string& mode)
     return TDMS_OK;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl
 
 int open_file(const char* path, const char* mode, void** file)
 {
-    tdms::registry& open = tdms::open_files();
+    tdms_impl::registry& open = tdms_impl::open_files();
     const std::lock_guard guard(open.lock);
-    auto opened = std::make_shared<tdms::option>();
-    const std::string mode_text(tdms::text(mode));
-    const std::string path_text(tdms::text(path));
+    auto opened = std::make_shared<tdms_impl::option>();
+    const std::string mode_text(tdms_impl::text(mode));
+    const std::string path_text(tdms_impl::text(path));
     if (file == nullptr) return TDMS_FILE_HANDLE;
     // Room in the registry comes first: without it, nothing is opened and no file emptied.
     if (open.files.size() == open.files.capacity()) open.files.reserve(2 * open.files.size() + 1);
@@ -52,9 +52,9 @@ int open_file(const char* path, const char* mode, void** file)
 int close_file(void** file)
 {
     if (file == nullptr) return TDMS_FILE_HANDLE;
-    tdms::registry& open = tdms::open_files();
+    tdms_impl::registry& open = tdms_impl::open_files();
     const std::lock_guard guard(open.lock);
-    auto* const closing = static_cast<tdms::option*>(*file);
+    auto* const closing = static_cast<tdms_impl::option*>(*file);
     if (closing == nullptr) return TDMS_FILE_HANDLE;
     if (closing->stream != nullptr) std::fclose(closing->stream);
     closing->stream = nullptr;
@@ -71,6 +71,6 @@ int close_file(void** file)
 
 int delete_file(const char* path)
 {
-    const std::string path_text(tdms::text(path));
+    const std::string path_text(tdms_impl::text(path));
     return std::remove(path_text.c_str()) == 0 ? TDMS_OK : TDMS_FILE_DELETE;
 }

@@ -2,7 +2,7 @@
 
 #include "core/object_model.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// What the three levels of objects differ in.
 template <class Object>
@@ -109,4 +109,4 @@ inline int copy_name(const std::string& name, char* buffer, int status_if_null)
     return TDMS_OK;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

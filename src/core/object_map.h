@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Objects by path, in byte order. The map is their only owner, and none of them ever moves.
 ///
@@ -82,4 +82,4 @@ class object_map {
     typename nodes::iterator latest_ = nodes_.end();  // found or added
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

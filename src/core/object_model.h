@@ -17,7 +17,7 @@
 #include "core/segment_bytes.h"
 #include "tdms.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 struct group;
 struct option;
@@ -50,7 +50,7 @@ struct channel {
     std::uint64_t chunk_count;  // values staged, or values of the latest raw data index
     std::uint64_t value_count;  // values in the file when it was opened
     std::uint64_t chunk_size;   // bytes of the latest raw data index met while fetching values
-    tdms::group* group;
+    tdms_impl::group* group;
     property_map properties;
     byte_vector data;               // staged values, as they will be in the file
     byte_vector text_ends;          // of staged strings: the table that precedes them in the file
@@ -155,10 +155,10 @@ inline int close_unreadable(option& file, int status)
     return status;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl
 
 /// The open files, in the order of opening; their only owner.
-TDMS_API extern std::vector<std::shared_ptr<tdms::option>> fileHandles;
+TDMS_API extern std::vector<std::shared_ptr<tdms_impl::option>> fileHandles;
 
 /// Guards fileHandles.
 TDMS_API extern std::mutex mtx;

@@ -10,7 +10,7 @@
 #include "reader/file_window.h"
 #include "reader/tree_reader.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 enum class open_mode { read, write, append };
@@ -209,16 +209,16 @@ int close(void** handle)
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 int tdms_open(const char* path, const char* mode, void** file)
 {
     if (path == nullptr || mode == nullptr || file == nullptr) return TDMS_ARGUMENT;
-    return tdms::guarded([&]() -> int {
+    return tdms_impl::guarded([&]() -> int {
         const std::string_view wanted = mode;
-        if (wanted == "r") return tdms::open(path, tdms::open_mode::read, file);
-        if (wanted == "w") return tdms::open(path, tdms::open_mode::write, file);
-        if (wanted == "a") return tdms::open(path, tdms::open_mode::append, file);
+        if (wanted == "r") return tdms_impl::open(path, tdms_impl::open_mode::read, file);
+        if (wanted == "w") return tdms_impl::open(path, tdms_impl::open_mode::write, file);
+        if (wanted == "a") return tdms_impl::open(path, tdms_impl::open_mode::append, file);
         return TDMS_ARGUMENT;
     });
 }
@@ -226,17 +226,17 @@ int tdms_open(const char* path, const char* mode, void** file)
 int tdms_open_partial(const char* path, void** file, uint64_t* rest)
 {
     if (path == nullptr || file == nullptr) return TDMS_ARGUMENT;
-    return tdms::guarded([&] { return tdms::open_partial(path, file, rest); });
+    return tdms_impl::guarded([&] { return tdms_impl::open_partial(path, file, rest); });
 }
 
 int tdms_refresh(void* file, uint64_t* rest)
 {
-    return tdms::guarded<tdms::option>(
-        file, [rest](tdms::option& opened) { return tdms::refresh(opened, rest); });
+    return tdms_impl::guarded<tdms_impl::option>(
+        file, [rest](tdms_impl::option& opened) { return tdms_impl::refresh(opened, rest); });
 }
 
 int tdms_close(void** file)
 {
     if (file == nullptr || *file == nullptr) return TDMS_ARGUMENT;
-    return tdms::guarded([file] { return tdms::close(file); });
+    return tdms_impl::guarded([file] { return tdms_impl::close(file); });
 }

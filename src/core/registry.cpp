@@ -3,10 +3,10 @@
 #include <dlfcn.h>
 #include <link.h>
 
-std::vector<std::shared_ptr<tdms::option>> fileHandles;
+std::vector<std::shared_ptr<tdms_impl::option>> fileHandles;
 std::mutex mtx;
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // The library is linked so that its names mean its own objects: a program's own `mtx`, a common
@@ -41,4 +41,4 @@ namespace {
 [[maybe_unused]] const registry& looked_up_at_load = open_files();
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl

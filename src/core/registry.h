@@ -2,7 +2,7 @@
 
 #include "core/object_model.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The registry of open files as every user of it sees it.
 struct registry {
@@ -12,4 +12,4 @@ struct registry {
 
 registry& open_files() noexcept;
 
-}  // namespace tdms
+}  // namespace tdms_impl

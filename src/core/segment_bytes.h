@@ -5,7 +5,7 @@
 
 #include "core/byte_vector.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The bytes of a segment that is to be written. The metadata and small blocks are joined in one
 /// buffer, which keeps its capacity, since a call for each would cost more than copying them. Large
@@ -73,4 +73,4 @@ class segment_bytes {
     std::size_t large_size_ = 0;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The text of a caller's name, path or mode. The message for a null one is fixed here, since the
 /// C++ library's own differs between versions.
@@ -24,4 +24,4 @@ inline std::string object_path(std::string_view parent, std::string_view name)
     return path;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -1,7 +1,7 @@
 #include "core/guarded.h"
 #include "core/text.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // The object of that name; null if there is none. A name is its path without the quotes, so the
@@ -75,34 +75,34 @@ int get_name(void* handle, const char** name, std::uint64_t* length)
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 int tdms_create_group(void* file, const char* name, void** group)
 {
-    return tdms::create_named<tdms::option>(file, name, group, TDMS_GROUP_REPEATED);
+    return tdms_impl::create_named<tdms_impl::option>(file, name, group, TDMS_GROUP_REPEATED);
 }
 
 int tdms_create_channel(void* group, const char* name, void** channel)
 {
-    return tdms::create_named<tdms::group>(group, name, channel, TDMS_CHANNEL_REPEATED);
+    return tdms_impl::create_named<tdms_impl::group>(group, name, channel, TDMS_CHANNEL_REPEATED);
 }
 
 int tdms_find_group(void* file, const char* name, void** group)
 {
-    return tdms::find_below<tdms::option>(file, name, group, TDMS_GROUP_HANDLE);
+    return tdms_impl::find_below<tdms_impl::option>(file, name, group, TDMS_GROUP_HANDLE);
 }
 
 int tdms_find_channel(void* group, const char* name, void** channel)
 {
-    return tdms::find_below<tdms::group>(group, name, channel, TDMS_CHANNEL_HANDLE);
+    return tdms_impl::find_below<tdms_impl::group>(group, name, channel, TDMS_CHANNEL_HANDLE);
 }
 
 int tdms_get_group_name(void* group, const char** name, uint64_t* length)
 {
-    return tdms::get_name<tdms::group>(group, name, length);
+    return tdms_impl::get_name<tdms_impl::group>(group, name, length);
 }
 
 int tdms_get_channel_name(void* channel, const char** name, uint64_t* length)
 {
-    return tdms::get_name<tdms::channel>(channel, name, length);
+    return tdms_impl::get_name<tdms_impl::channel>(channel, name, length);
 }

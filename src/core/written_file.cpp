@@ -8,7 +8,7 @@
 
 #include "reader/segment_walk.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 int reading_descriptor(option& file)
 {
@@ -89,4 +89,4 @@ bool cut_back(option& file)
     return !file.must_be_cut;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -2,7 +2,7 @@
 
 #include "core/object_model.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// A descriptor by which the file of a handle can be read; less than 0 if there is none. A stream
 /// that was opened for writing only gets a second one.
@@ -24,4 +24,4 @@ bool is_ours(const option& file);
 /// Removes what is after the last intact save. @return whether nothing is there; if not, errno
 bool cut_back(option& file);
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -1,6 +1,6 @@
 #include "properties/property_store.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 template <class Object>
@@ -41,25 +41,25 @@ int delete_property(void* handle, const char* name)
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 #define TDMS_DEFINE_STORE(level, object)                                \
     int get_num_##level##_property(void* handle)                        \
     {                                                                   \
-        return tdms::count_properties<object>(handle);                  \
+        return tdms_impl::count_properties<object>(handle);             \
     }                                                                   \
     int get_##level##_property(void* handle, const char** names)        \
     {                                                                   \
-        return tdms::list_properties<object>(handle, names);            \
+        return tdms_impl::list_properties<object>(handle, names);       \
     }                                                                   \
     int get_##level##_property_datatype(void* handle, const char* name) \
     {                                                                   \
-        return tdms::property_datatype<object>(handle, name);           \
+        return tdms_impl::property_datatype<object>(handle, name);      \
     }                                                                   \
     int delete_##level##_property(void* handle, const char* name)       \
     {                                                                   \
-        return tdms::delete_property<object>(handle, name);             \
+        return tdms_impl::delete_property<object>(handle, name);        \
     }
-TDMS_DEFINE_STORE(file, tdms::option)
-TDMS_DEFINE_STORE(group, tdms::group)
-TDMS_DEFINE_STORE(channel, tdms::channel)
+TDMS_DEFINE_STORE(file, tdms_impl::option)
+TDMS_DEFINE_STORE(group, tdms_impl::group)
+TDMS_DEFINE_STORE(channel, tdms_impl::channel)

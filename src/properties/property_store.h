@@ -5,7 +5,7 @@
 #include "core/handles.h"
 #include "core/text.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 using byte_string = std::basic_string<unsigned char>;
 
@@ -44,4 +44,4 @@ int with_property(Object& owner, std::string_view name, Use use)
     return use(*entry->second);
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

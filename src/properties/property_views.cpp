@@ -4,7 +4,7 @@
 #include "core/guarded.h"
 #include "properties/property_store.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // Hands the bytes of a property of that type to `use`.
@@ -53,22 +53,22 @@ int create_nanoseconds(void* handle, const char* name, std::int64_t value)
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 #define TDMS_DEFINE_VIEWS(level, object)                                                          \
     int tdms_get_##level##_property_string(void* handle, const char* name, const char** value,    \
                                            uint64_t* length)                                      \
     {                                                                                             \
-        return tdms::get_string<object>(handle, name, value, length);                             \
+        return tdms_impl::get_string<object>(handle, name, value, length);                        \
     }                                                                                             \
     int tdms_get_##level##_property_nanoseconds(void* handle, const char* name, int64_t* value)   \
     {                                                                                             \
-        return tdms::get_nanoseconds<object>(handle, name, value);                                \
+        return tdms_impl::get_nanoseconds<object>(handle, name, value);                           \
     }                                                                                             \
     int tdms_create_##level##_property_nanoseconds(void* handle, const char* name, int64_t value) \
     {                                                                                             \
-        return tdms::create_nanoseconds<object>(handle, name, value);                             \
+        return tdms_impl::create_nanoseconds<object>(handle, name, value);                        \
     }
-TDMS_DEFINE_VIEWS(file, tdms::option)
-TDMS_DEFINE_VIEWS(group, tdms::group)
-TDMS_DEFINE_VIEWS(channel, tdms::channel)
+TDMS_DEFINE_VIEWS(file, tdms_impl::option)
+TDMS_DEFINE_VIEWS(group, tdms_impl::group)
+TDMS_DEFINE_VIEWS(channel, tdms_impl::channel)

@@ -4,7 +4,7 @@
 #include "core/data_types.h"
 #include "properties/property_store.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 byte_string encode_text(std::string_view value)
@@ -87,32 +87,32 @@ int get_string(void* handle, const char* name, char* buffer, std::uint64_t size)
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 #define TDMS_DEFINE_ACCESSORS(level, object, suffix, type)                             \
     int create_##level##_property_##suffix(void* handle, const char* name, type value) \
     {                                                                                  \
-        return tdms::create<object>(handle, name, value);                              \
+        return tdms_impl::create<object>(handle, name, value);                         \
     }                                                                                  \
     int get_##level##_property_##suffix(void* handle, const char* name, type* value)   \
     {                                                                                  \
-        return tdms::get<object>(handle, name, value);                                 \
+        return tdms_impl::get<object>(handle, name, value);                            \
     }
 #define TDMS_DEFINE_STRING_ACCESSORS(level, object)                                                \
     int create_##level##_property_string(void* handle, const char* name, const char* value)        \
     {                                                                                              \
-        return tdms::create_string<object>(handle, name, value);                                   \
+        return tdms_impl::create_string<object>(handle, name, value);                              \
     }                                                                                              \
     int get_##level##_property_string(void* handle, const char* name, char* buffer, uint64_t size) \
     {                                                                                              \
-        return tdms::get_string<object>(handle, name, buffer, size);                               \
+        return tdms_impl::get_string<object>(handle, name, buffer, size);                          \
     }
-#define TDMS_DEFINE_ON_ALL_LEVELS(suffix, type, code)       \
-    TDMS_DEFINE_ACCESSORS(file, tdms::option, suffix, type) \
-    TDMS_DEFINE_ACCESSORS(group, tdms::group, suffix, type) \
-    TDMS_DEFINE_ACCESSORS(channel, tdms::channel, suffix, type)
+#define TDMS_DEFINE_ON_ALL_LEVELS(suffix, type, code)            \
+    TDMS_DEFINE_ACCESSORS(file, tdms_impl::option, suffix, type) \
+    TDMS_DEFINE_ACCESSORS(group, tdms_impl::group, suffix, type) \
+    TDMS_DEFINE_ACCESSORS(channel, tdms_impl::channel, suffix, type)
 
 TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_ON_ALL_LEVELS)
-TDMS_DEFINE_STRING_ACCESSORS(file, tdms::option)
-TDMS_DEFINE_STRING_ACCESSORS(group, tdms::group)
-TDMS_DEFINE_STRING_ACCESSORS(channel, tdms::channel)
+TDMS_DEFINE_STRING_ACCESSORS(file, tdms_impl::option)
+TDMS_DEFINE_STRING_ACCESSORS(group, tdms_impl::group)
+TDMS_DEFINE_STRING_ACCESSORS(channel, tdms_impl::channel)

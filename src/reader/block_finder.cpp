@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 constexpr int target_met = 1;
@@ -68,4 +68,4 @@ int block_finder::add_block(const raw_data_index& index, std::uint64_t size)
     return target_met;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -6,7 +6,7 @@
 #include "reader/repeated_metadata.h"
 #include "reader/segment_walk.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Where one segment holds values of a channel. A block of strings is a table of end offsets and
 /// the bytes of the strings; any other block is values back to back.
@@ -56,4 +56,4 @@ class block_finder {
     repeated_metadata<listing> seen_;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -4,7 +4,7 @@
 
 #include "core/handles.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 int channel_values::locate(option& file, channel& target)
 {
@@ -89,4 +89,4 @@ int option::get_channel_data(const void* handle, channel_values& values)
     return values.locate(*this, *target);
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

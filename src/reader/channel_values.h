@@ -6,7 +6,7 @@
 
 #include "reader/string_block.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The stored values of one channel: option::get_channel_data() tells where they are, read() and
 /// read_strings() fetch them.
@@ -33,4 +33,4 @@ class channel_values {
     std::vector<block> blocks_;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

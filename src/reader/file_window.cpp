@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 constexpr std::uint64_t far_ahead = 65536;
@@ -104,4 +104,4 @@ std::int64_t size_of_file(int file)
     return S_ISREG(facts.st_mode) ? facts.st_size : lseek(file, 0, SEEK_END);  // of a device
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The bytes of a file by their offset, through one buffer that moves forward over the file. It
 /// reads far ahead while the requests follow each other closely. After a long skip, it reads as
@@ -67,4 +67,4 @@ class file_window {
 /// The size that a file has now; less than 0, with errno, if the system does not know.
 std::int64_t size_of_file(int file);
 
-}  // namespace tdms
+}  // namespace tdms_impl

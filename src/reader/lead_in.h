@@ -16,7 +16,7 @@
 TDMS_API int read_leadIn(unsigned char* lead_in, unsigned long& meta_length,
                          unsigned long& raw_length);
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Checks the tag, table of contents and version as far as the first `size` bytes of a lead-in
 /// reach. @return as read_leadIn()
@@ -42,4 +42,4 @@ inline int read_lead_in(const unsigned char* lead_in, std::uint64_t& metadata_le
     return TDMS_OK;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

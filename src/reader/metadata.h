@@ -4,7 +4,7 @@
 #include "core/data_types.h"
 #include "reader/metadata_cursor.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// A channel's raw data index. Fields after `form` are set only for the explicit forms.
 struct raw_data_index {
@@ -94,4 +94,4 @@ inline property_entry read_property(metadata_cursor& cursor)
     return entry;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -6,7 +6,7 @@
 
 #include "codec/byte_order.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Reads one segment's metadata from front to back and owns the only bounds check. Whoever reads
 /// past the end gets zeros and empty strings from then on, and ok() is false.
@@ -64,4 +64,4 @@ class metadata_cursor {
     bool ok_ = true;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

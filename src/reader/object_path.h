@@ -4,7 +4,7 @@
 
 #include "codec/layout.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 enum class object_kind { invalid, file, group, channel };
 
@@ -47,4 +47,4 @@ inline object_path_parts parse_object_path(std::string_view path)
             path.substr(second + 2, path.size() - second - 3)};
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

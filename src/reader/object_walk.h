@@ -2,7 +2,7 @@
 
 #include "reader/metadata.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Walks over the objects of one segment's metadata. Of each object, `visitor.object(path, cursor)`
 /// reads the raw data index, which only the visitor knows how to take; then every property goes to
@@ -25,4 +25,4 @@ int walk_objects(std::span<const unsigned char> metadata, Visitor& visitor)
     return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -6,7 +6,7 @@
 
 #include "reader/object_walk.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Hands what parsing found once to `visitor.take(listing)`, one after the other, until that gives
 /// a status other than 0. @return that status
@@ -129,4 +129,4 @@ class repeated_metadata {
     std::uint64_t in_a_row_ = 0;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

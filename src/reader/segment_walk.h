@@ -6,7 +6,7 @@
 #include "reader/file_window.h"
 #include "reader/lead_in.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 struct segment {
     std::span<const unsigned char> metadata;
@@ -51,4 +51,4 @@ int walk_segments(file_window& window, std::uint64_t& offset, std::uint64_t size
     return TDMS_OK;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -2,7 +2,7 @@
 
 #include "core/written_file.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 int locate_values(channel& c, stored_values& found)
 {
@@ -28,4 +28,4 @@ int type_in_file(channel& c, std::uint32_t& type)
     return status;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

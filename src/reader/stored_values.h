@@ -3,7 +3,7 @@
 #include "core/object_model.h"
 #include "reader/value_index.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The values that a file holds of one channel, to be read in any range.
 struct stored_values {
@@ -23,4 +23,4 @@ int locate_values(channel& c, stored_values& found);
 /// channel that was removed from there and created again. @return as locate_values()
 int type_in_file(channel& c, std::uint32_t& type);
 
-}  // namespace tdms
+}  // namespace tdms_impl

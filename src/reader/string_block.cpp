@@ -2,7 +2,7 @@
 
 #include "codec/string_terminator.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 bool string_block::read(file_window& window, const block& where)
 {
@@ -39,4 +39,4 @@ bool string_block::table_is_sound(std::uint64_t strings_size) const
     return rises && begin <= strings_size;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

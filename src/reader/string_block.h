@@ -3,7 +3,7 @@
 #include "codec/byte_order.h"
 #include "reader/block_finder.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// The strings of one block of a file, each with a NUL after it, and their addresses, which stay
 /// the same for as long as the object is in place.
@@ -42,4 +42,4 @@ class string_block {
     std::uint64_t count_ = 0;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

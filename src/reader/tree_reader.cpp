@@ -8,7 +8,7 @@
 #include "reader/repeated_metadata.h"
 #include "reader/segment_walk.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 enum class unknown_types { accepted, rejected };
@@ -96,9 +96,9 @@ class tree_builder {
     {
         auto found = properties_->find(entry.name);
         if (found == properties_->end()) {
-            found = properties_->emplace(entry.name, std::make_shared<tdms::property>()).first;
+            found = properties_->emplace(entry.name, std::make_shared<tdms_impl::property>()).first;
         }
-        tdms::property& stored = *found->second;
+        tdms_impl::property& stored = *found->second;
         stored.data_type = entry.data_type;
         stored.data.assign(entry.value.begin(), entry.value.end());
         stored.origin = property_origin::read;
@@ -130,7 +130,7 @@ class tree_builder {
     channel& find_or_add_channel(std::string_view path, std::string_view name)
     {
         if (channel* const found = group_->channels.find(path)) return *found;
-        channel& added = tdms::add_channel(*group_, path, std::string(name));
+        channel& added = tdms_impl::add_channel(*group_, path, std::string(name));
         if (!is_quoted(path, group_->path)) group_->unquoted = true;
         if (known_ != nullptr) add_what_is_known(added);
         return added;
@@ -331,4 +331,4 @@ int read_appended_segments(option& file, int from, std::uint64_t size)
     return window.device_failed() ? TDMS_FILE_READ : TDMS_OK;
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -4,7 +4,7 @@
 
 #include "core/object_model.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Opens the file at `path` for reading and builds the tree of its groups, channels and properties
 /// in `file`, which is fresh. No values are read. The stream stays open, except on TDMS_FILE_READ.
@@ -27,4 +27,4 @@ int read_intact_segments(option& file, int from, std::uint64_t size);
 /// @return 0, or TDMS_FILE_READ if the device fails, or the file is not the one that was opened
 int read_appended_segments(option& file, int from, std::uint64_t size);
 
-}  // namespace tdms
+}  // namespace tdms_impl

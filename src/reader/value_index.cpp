@@ -4,7 +4,7 @@
 
 #include "reader/object_path.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 // What no segment can hold.
@@ -208,4 +208,4 @@ void value_index::add_blocks(const segment& s, IsThere is_there)
     }
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -6,7 +6,7 @@
 #include "reader/repeated_metadata.h"
 #include "reader/segment_walk.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Blocks of a channel's values that are alike and at equal distances, as a steady recording leaves
 /// them. A block of strings is a table of end offsets and the bytes of the strings; any other block
@@ -121,4 +121,4 @@ class value_index {
     std::uint64_t end_ = 0;  // of the segments taken in
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl

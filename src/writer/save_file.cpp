@@ -3,7 +3,7 @@
 #include "core/written_file.h"
 #include "writer/segment_builder.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 void drop_properties(option& file)
@@ -99,21 +99,21 @@ void option::write_channel(segment_bytes& out) const
     built.finish();
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl
 
 int save_file(void* file)
 {
-    auto* const saved = static_cast<tdms::option*>(file);
+    auto* const saved = static_cast<tdms_impl::option*>(file);
     if (saved == nullptr || saved->stream == nullptr) return TDMS_FILE_HANDLE;
     // Both are complete before anything is written or dropped: running out of memory loses nothing,
     // and leaves no half of a save behind.
     const bool properties_written = saved->write_time(saved->time_segment);
     saved->write_channel(saved->channel_segment);
     saved->saved_by_stream = true;
-    tdms::write_segment(*saved, saved->time_segment);
-    tdms::write_segment(*saved, saved->channel_segment);
+    tdms_impl::write_segment(*saved, saved->time_segment);
+    tdms_impl::write_segment(*saved, saved->channel_segment);
     // Properties are written once.
-    if (properties_written) tdms::drop_properties(*saved);
+    if (properties_written) tdms_impl::drop_properties(*saved);
     ++saved->segment_count;
     return TDMS_OK;
 }

@@ -12,7 +12,7 @@
 #include "reader/stored_values.h"
 #include "writer/segment_builder.h"
 
-namespace tdms {
+namespace tdms_impl {
 namespace {
 
 constexpr std::uint64_t most_in_32_bits = std::numeric_limits<std::uint32_t>::max();
@@ -274,14 +274,14 @@ int sync(option& file)
 }
 
 }  // namespace
-}  // namespace tdms
+}  // namespace tdms_impl
 
 int tdms_save(void* file)
 {
-    return tdms::guarded_change<tdms::option>(file, tdms::save);
+    return tdms_impl::guarded_change<tdms_impl::option>(file, tdms_impl::save);
 }
 
 int tdms_sync(void* file)
 {
-    return tdms::guarded_change<tdms::option>(file, tdms::sync);
+    return tdms_impl::guarded_change<tdms_impl::option>(file, tdms_impl::sync);
 }

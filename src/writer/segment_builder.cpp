@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace tdms {
+namespace tdms_impl {
 
 segment_builder::segment_builder(segment_bytes& out) : out_(out)
 {
@@ -61,4 +61,4 @@ void segment_builder::put_property(std::string_view name, const property& stored
     append(out_.joined(), stored.data.data(), stored.data.size());
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

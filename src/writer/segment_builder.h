@@ -4,7 +4,7 @@
 #include "codec/layout.h"
 #include "core/object_model.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Whether no file has the property yet.
 inline bool is_new(const property_map::value_type& entry)
@@ -70,4 +70,4 @@ class segment_builder {
     std::size_t metadata_end_ = 0;
 };
 
-}  // namespace tdms
+}  // namespace tdms_impl
