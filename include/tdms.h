@@ -766,6 +766,66 @@ TDMS_API int tdms_create_channel_property_nanoseconds(void* channel, const char*
                                                       int64_t value);
 /** @} */
 
+/**
+ * The value of a property, with its type. Types that ::tdms_type does not have, which some files
+ * name, have no values: they come as #TDMS_TYPE_VOID.
+ */
+typedef struct tdms_value {
+    int32_t type; /**< ::tdms_type */
+    union {
+        int64_t integer;     /**< of int8, int16, int32, int64 */
+        uint64_t natural;    /**< of uint8, uint16, uint32, uint64 */
+        double number;       /**< of float and double */
+        bool boolean;        /**< of bool */
+        int64_t nanoseconds; /**< of timestamp: since 1970-01-01T00:00:00 UTC */
+        struct {
+            const char* text; /**< the string; where the library returns it, a NUL follows */
+            uint64_t length;  /**< its bytes without that NUL; there may be zero bytes among them */
+        } string;             /**< of string */
+    } value;                  /**< the member that goes with the type */
+} tdms_value;
+
+/** @name Properties of any object and any type
+ * For programs that handle every property alike, such as bindings. All three take the handle of a
+ * file, a group or a channel. Names have a length, so that those with zero bytes, which some files
+ * have, can be reached, too.
+ * @param length the bytes of `name`, without a NUL, which need not be there
+ * @{ */
+
+/**
+ * Goes through the properties of an object, in the byte order of their names:
+ *
+ *     for (name = NULL; tdms_next_property(object, &name, &length, &value) == 0 && name != NULL;)
+ *
+ * @param[in,out] name the property before, null for the first: then the next property's name, the
+ *                library's own, with a NUL after it; null after the last
+ * @param[in,out] length the bytes of that name
+ * @param[out] value the next property's value; untouched after the last. Names and strings stay
+ *                valid as those of tdms_get_file_property_string() and its like do
+ * @return 0; #TDMS_ARGUMENT
+ */
+TDMS_API int tdms_next_property(void* object, const char** name, uint64_t* length,
+                                tdms_value* value);
+
+/**
+ * Reads a property.
+ * @param[out] value its value
+ * @return 0; #TDMS_FILE_PROPERTY_NAME, #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if
+ *         there is no property of that name; #TDMS_ARGUMENT
+ */
+TDMS_API int tdms_get_property(void* object, const char* name, uint64_t length, tdms_value* value);
+
+/**
+ * Creates a property, or replaces it. What the file has already stays in it, and the new value,
+ * whatever its type, is read from the next save on: files only grow.
+ * @param value copied by the call. Numbers of type float are rounded to it
+ * @return 0; #TDMS_ARGUMENT, also if the value does not fit its type, for a type that has no values
+ *         and for texts of 4 GiB; #TDMS_FILE_HANDLE; #TDMS_MEMORY. On failure nothing has changed
+ */
+TDMS_API int tdms_set_property(void* object, const char* name, uint64_t length,
+                               const tdms_value* value);
+/** @} */
+
 /** @name Appending values
  * Adds values after those that a channel has already, in the file and since the last save. They
  * stay in memory until tdms_save(). The first call fixes the channel's type, also with a count of

@@ -83,4 +83,45 @@ TEST_P(Properties, NullHandlesAndNames)
     EXPECT_EQ(7u, value) << "untouched";
 }
 
+TEST_P(Properties, SetRejectsWhatDoesNotFitItsType)
+{
+    tdms_value value{};
+    value.type = TDMS_TYPE_INT16;
+    value.value.integer = 7;
+    EXPECT_EQ(0, tdms_set_property(owner_, "kept", 4, &value));
+    const auto set = [&](std::int32_t type, auto fill) {
+        value = {};
+        value.type = type;
+        fill(value.value);
+        return tdms_set_property(owner_, "kept", 4, &value);
+    };
+    const auto integer = [](std::int64_t n) { return [n](auto& v) { v.integer = n; }; };
+    const auto natural = [](std::uint64_t n) { return [n](auto& v) { v.natural = n; }; };
+    const auto text = [](const char* begin, std::uint64_t length) {
+        return [=](auto& v) {
+            v.string.text = begin;
+            v.string.length = length;
+        };
+    };
+    expect_each(
+        TDMS_ARGUMENT,
+        {set(TDMS_TYPE_INT8, integer(128)), set(TDMS_TYPE_INT8, integer(-129)),
+         set(TDMS_TYPE_INT32, integer(1LL << 31)), set(TDMS_TYPE_UINT8, natural(256)),
+         set(TDMS_TYPE_UINT32, natural(1ULL << 32)),
+         set(TDMS_TYPE_FLOAT, [](auto& v) { v.number = 3.5e38; }),
+         set(TDMS_TYPE_STRING, text(nullptr, 1)), set(TDMS_TYPE_STRING, text("", (1ULL << 32) - 4)),
+         set(TDMS_TYPE_VOID, integer(0)), set(0x0B, integer(0)), set(-1, integer(0)),
+         tdms_set_property(owner_, nullptr, 0, &value),
+         tdms_set_property(owner_, "", 1ULL << 32, &value),
+         tdms_set_property(owner_, "a", 1, nullptr), tdms_set_property(nullptr, "a", 1, &value),
+         tdms_get_property(owner_, nullptr, 0, &value),
+         tdms_get_property(owner_, "kept", 4, nullptr),
+         tdms_next_property(owner_, nullptr, nullptr, &value)});
+    EXPECT_EQ(1, level_.count(owner_));
+    EXPECT_EQ(0, tdms_get_property(owner_, "kept and more", 4, &value));
+    EXPECT_EQ(TDMS_TYPE_INT16, value.type);
+    EXPECT_EQ(7, value.value.integer);
+    EXPECT_EQ(level_.absent, tdms_get_property(owner_, "kept", 5, &value)) << "a NUL counts";
+}
+
 }  // namespace

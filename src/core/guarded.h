@@ -6,7 +6,7 @@
 
 #include "core/handles.h"
 
-namespace tdms {
+namespace tdms_impl {
 
 /// Runs the work of a tdms_ function. No exception leaves it: the only ones that the library's own
 /// code lets happen are about data types and about memory, or the lack of another resource.
@@ -42,15 +42,21 @@ int guarded(void* handle, Use use)
     return guarded([&]() -> int { return use(*object); });
 }
 
+/// Whether the object's file can be written to.
+template <class Object>
+bool takes_changes(Object& object)
+{
+    const option& file = *file_of(&object);
+    return file.writable && file.stream != nullptr;
+}
+
 /// The same for what changes a file: one that cannot be written to is TDMS_FILE_HANDLE.
 template <class Object, class Use>
 int guarded_change(void* handle, Use use)
 {
     return guarded<Object>(handle, [&](Object& object) -> int {
-        const option& file = *file_of(&object);
-        if (!file.writable || file.stream == nullptr) return TDMS_FILE_HANDLE;
-        return use(object);
+        return takes_changes(object) ? use(object) : static_cast<int>(TDMS_FILE_HANDLE);
     });
 }
 
-}  // namespace tdms
+}  // namespace tdms_impl

@@ -1,0 +1,201 @@
+// The tdms_ functions for properties of any type, of a file, a group or a channel alike.
+
+#include <cmath>
+#include <limits>
+#include <type_traits>
+
+#include "codec/element.h"
+#include "codec/nanoseconds.h"
+#include "core/guarded.h"
+#include "properties/property_store.h"
+
+namespace tdms_impl {
+namespace {
+
+// Lengths of names, and of texts with their own length before them, are 32-bit numbers.
+constexpr std::uint64_t most_name = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint64_t most_text = most_name - 4;
+
+// The member of tdms_value that has the values of T.
+template <class T, class Value>
+auto& member(Value& v)
+{
+    if constexpr (std::is_same_v<T, bool>) {
+        return v.value.boolean;
+    } else if constexpr (std::is_same_v<T, timestamp_fields>) {
+        return v.value.nanoseconds;
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return v.value.number;
+    } else if constexpr (std::is_signed_v<T>) {
+        return v.value.integer;
+    } else {
+        return v.value.natural;
+    }
+}
+
+template <class T>
+bool fits(const tdms_value& v)
+{
+    const auto value = member<T>(v);
+    if constexpr (std::is_same_v<T, float>) {
+        return !std::isfinite(value) || std::abs(value) <= std::numeric_limits<float>::max();
+    } else if constexpr (std::is_integral_v<T>) {
+        return static_cast<T>(value) == value;
+    } else {
+        return true;
+    }
+}
+
+// Returns false if the value does not fit its type.
+template <class T>
+bool encode(const tdms_value& v, byte_string& bytes)
+{
+    if (!fits<T>(v)) return false;
+    bytes.resize(stored_size<T>);
+    if constexpr (std::is_same_v<T, timestamp_fields>) {
+        encode_nanoseconds(&v.value.nanoseconds, 1, bytes.data());
+    } else {
+        store_element(bytes.data(), static_cast<T>(member<T>(v)));
+    }
+    return true;
+}
+
+bool encode_text(const tdms_value& v, byte_string& bytes)
+{
+    const auto [text, length] = v.value.string;
+    if ((text == nullptr && length != 0) || length > most_text) return false;
+    bytes.resize(4);
+    store(bytes.data(), static_cast<std::uint32_t>(length), true);
+    bytes.append(reinterpret_cast<const unsigned char*>(text), length);
+    return true;
+}
+
+template <class T>
+bool decode(const byte_string& bytes, tdms_value& v)
+{
+    if (bytes.size() < stored_size<T>) return false;
+    if constexpr (std::is_same_v<T, timestamp_fields>) {
+        decode_nanoseconds(bytes.data(), 1, &v.value.nanoseconds);
+    } else {
+        member<T>(v) = load_element<T>(bytes.data());
+    }
+    return true;
+}
+
+bool decode_text(const byte_string& bytes, tdms_value& v)
+{
+    if (bytes.size() < 4) return false;
+    v.value.string.text = reinterpret_cast<const char*>(bytes.data()) + 4;
+    v.value.string.length = bytes.size() - 4;
+    return true;
+}
+
+// The bytes of a value; false if it does not fit its type, or is of none that has values.
+bool encode_value(const tdms_value& v, byte_string& bytes)
+{
+    switch (v.type) {
+#define TDMS_ENCODE(suffix, type, code) \
+    case code:                          \
+        return encode<type>(v, bytes);
+        TDMS_FIXED_SIZE_ELEMENTS(TDMS_ENCODE)
+#undef TDMS_ENCODE
+        case TDMS_TYPE_STRING:
+            return encode_text(v, bytes);
+        default:
+            return false;
+    }
+}
+
+bool decode_bytes(std::uint32_t type, const byte_string& bytes, tdms_value& v)
+{
+    switch (type) {
+#define TDMS_DECODE(suffix, type, code) \
+    case code:                          \
+        return decode<type>(bytes, v);
+        TDMS_FIXED_SIZE_ELEMENTS(TDMS_DECODE)
+#undef TDMS_DECODE
+        case TDMS_TYPE_STRING:
+            return decode_text(bytes, v);
+        default:
+            return false;
+    }
+}
+
+tdms_value value_of(const property& found)
+{
+    tdms_value v{};
+    if (decode_bytes(found.data_type, found.data, v)) {
+        v.type = static_cast<std::int32_t>(found.data_type);
+    }
+    return v;
+}
+
+int next_property(const property_map& properties, const char** name, std::uint64_t* length,
+                  tdms_value* value)
+{
+    const auto next = *name == nullptr ? properties.begin()
+                                       : properties.upper_bound(std::string_view(*name, *length));
+    if (next == properties.end()) {
+        *name = nullptr;
+        *length = 0;
+        return TDMS_OK;
+    }
+    *name = next->first.c_str();
+    *length = next->first.size();
+    *value = value_of(*next->second);
+    return TDMS_OK;
+}
+
+int set_property(property_map& properties, std::string_view name, const tdms_value& value)
+{
+    byte_string bytes;
+    if (!encode_value(value, bytes)) return TDMS_ARGUMENT;
+    auto created = std::make_shared<property>(
+        property{static_cast<std::uint32_t>(value.type), std::move(bytes)});
+    const auto [entry, added] = properties.try_emplace(std::string(name));
+    entry->second = std::move(created);
+    return TDMS_OK;
+}
+
+// Hands the object of a handle of any of the three kinds to `use`.
+template <class Use>
+int guarded_any(void* handle, Use use)
+{
+    if (object_of<option>(handle) != nullptr) return guarded<option>(handle, use);
+    if (object_of<group>(handle) != nullptr) return guarded<group>(handle, use);
+    return guarded<channel>(handle, use);
+}
+
+}  // namespace
+}  // namespace tdms_impl
+
+int tdms_next_property(void* object, const char** name, uint64_t* length, tdms_value* value)
+{
+    return tdms_impl::guarded_any(object, [=](auto& owner) -> int {
+        if (name == nullptr || length == nullptr || value == nullptr) return TDMS_ARGUMENT;
+        return tdms_impl::next_property(owner.properties, name, length, value);
+    });
+}
+
+int tdms_get_property(void* object, const char* name, uint64_t length, tdms_value* value)
+{
+    return tdms_impl::guarded_any(object, [=](auto& owner) -> int {
+        if (name == nullptr || value == nullptr) return TDMS_ARGUMENT;
+        return tdms_impl::with_property(owner, {name, length},
+                                        [=](const tdms_impl::property& found) -> int {
+                                            *value = tdms_impl::value_of(found);
+                                            return TDMS_OK;
+                                        });
+    });
+}
+
+int tdms_set_property(void* object, const char* name, uint64_t length, const tdms_value* value)
+{
+    return tdms_impl::guarded_any(object, [=](auto& owner) -> int {
+        if (name == nullptr || value == nullptr || length > tdms_impl::most_name) {
+            return TDMS_ARGUMENT;
+        }
+        if (!tdms_impl::takes_changes(owner)) return TDMS_FILE_HANDLE;
+        return tdms_impl::set_property(owner.properties, {name, length}, *value);
+    });
+}
