@@ -1,0 +1,340 @@
+// The interface for C++, against files that it writes itself.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <numeric>
+#include <sstream>
+#include <tdms.hpp>
+
+#include "support.h"
+
+namespace {
+
+using std::chrono::nanoseconds;
+using tdms::property_value;
+
+static_assert(std::ranges::input_range<tdms::property_map>);
+
+tdms::time moment(std::int64_t since_1970)
+{
+    return tdms::time(nanoseconds(since_1970));
+}
+
+template <class T>
+std::vector<T> some_values()
+{
+    using limits = std::numeric_limits<T>;
+    return {limits::lowest(), T{}, T{1}, limits::max()};
+}
+template <>
+std::vector<tdms::time> some_values()
+{
+    return {moment(INT64_MIN), moment(-1), moment(0), moment(INT64_MAX)};
+}
+template <>
+std::vector<std::string> some_values()
+{
+    std::vector<std::string> many(3000, "\xC3\xBC");  // more than are read at once
+    many.front() = "";
+    many.back() = std::string(5000, 'x');
+    return many;
+}
+
+template <class T>
+class EveryElement : public testing::Test {
+};
+using elements = testing::Types<std::int8_t, std::int16_t, std::int32_t, std::int64_t, std::uint8_t,
+                                std::uint16_t, std::uint32_t, std::uint64_t, float, double, bool,
+                                tdms::time, std::string>;
+TYPED_TEST_SUITE(EveryElement, elements);
+
+TYPED_TEST(EveryElement, IsAppendedAndReadBack)
+{
+    using T = TypeParam;
+    const std::vector<T> values = some_values<T>();
+    const scratch_file scratch;
+    {
+        tdms::file f(scratch.path(), "w");
+        tdms::channel c = f.add_group("g").add_channel("c");
+        c.append<T>(values);
+        c.append(values);
+        c.append<T>({values.front(), values.back()});
+        c.append(std::array<T, 1>{values.back()});
+        f.save();
+    }
+    const tdms::channel c = tdms::file(scratch.path())["g"]["c"];
+    std::vector<T> expected = values;
+    expected.insert(expected.end(), values.begin(), values.end());
+    expected.insert(expected.end(), {values.front(), values.back(), values.back()});
+    EXPECT_EQ(expected, c.read<T>());
+    EXPECT_EQ(expected.size(), c.size());
+    EXPECT_EQ(0U, c.lost());
+    const auto from = expected.begin() + 2;
+    EXPECT_EQ((std::vector<T>(from, from + 3)), c.read<T>(2, 3));
+    std::array<T, 3> part;
+    c.read<T>(2, part);
+    EXPECT_TRUE(std::equal(part.begin(), part.end(), from));
+    EXPECT_EQ(std::vector<T>{}, c.read<T>(expected.size(), 0));
+    if constexpr (std::is_arithmetic_v<T>) {
+        EXPECT_EQ(static_cast<double>(values.back()), c.read<double>().back());
+    }
+}
+
+using values_by_name = std::map<std::string, property_value>;
+
+values_by_name all_of(const tdms::property_map& properties)
+{
+    values_by_name all;
+    for (const auto& [name, value] : properties) all.emplace(name, value);
+    return all;
+}
+
+TEST(CppProperties, OfEveryTypeOnEveryLevelAreReplacedAndReadBack)
+{
+    const values_by_name first = {{"", true},
+                                  {"b", std::string("before")},
+                                  {"c", std::int8_t{-128}},
+                                  {"d", std::int16_t{INT16_MIN}},
+                                  {"e", std::int32_t{INT32_MIN}},
+                                  {"f", std::int64_t{INT64_MIN}},
+                                  {std::string("g\0", 2), std::uint8_t{255}}};
+    const values_by_name later = {{"b", std::string("a\0b, longer than the one before", 31)},
+                                  {"c", std::uint16_t{UINT16_MAX}},
+                                  {"d", std::uint32_t{UINT32_MAX}},
+                                  {"e", std::uint64_t{UINT64_MAX}},
+                                  {"f", -std::numeric_limits<float>::infinity()},
+                                  {"h", std::numeric_limits<float>::max()},
+                                  {"i", -1e300},
+                                  {"j", moment(-1)},
+                                  {std::string("g"), std::string()}};
+    values_by_name both = later;
+    both.insert(first.begin(), first.end());
+
+    const scratch_file scratch;
+    const auto set = [&](tdms::file& f, auto object, const values_by_name& values) {
+        for (const auto& [name, value] : values) object.property(name, value);
+        f.save();
+    };
+    const auto on_each_level = [&](tdms::file f, const auto& use) {
+        use(f, f);
+        use(f, f["g"]);
+        use(f, f["g"]["c"]);
+    };
+    tdms::file(scratch.path(), "w").add_group("g").add_channel("c");
+    {
+        tdms::file f(scratch.path(), "w");
+        f.add_group("g").add_channel("c").append<double>({1});
+        on_each_level(f, [&](tdms::file& file, auto object) { set(file, object, first); });
+    }
+    on_each_level(tdms::file(scratch.path(), "a"), [&](tdms::file& file, auto object) {
+        EXPECT_EQ(first, all_of(object.properties()));
+        object.properties().insert_or_assign("b", 0);
+        set(file, object, later);
+        EXPECT_EQ(both, all_of(object.properties()));
+    });
+    on_each_level(tdms::file(scratch.path()), [&](tdms::file&, auto object) {
+        const tdms::property_map properties = object.properties();
+        EXPECT_EQ(both, all_of(properties));
+        EXPECT_EQ(both.size(), properties.size());
+        EXPECT_TRUE(properties.contains("b") && !properties.contains("B"));
+        EXPECT_EQ(property_value(moment(-1)), properties["j"]);
+        EXPECT_EQ(-1e300, object.template property<double>("i"));
+        EXPECT_EQ(4294967295.0, object.template property<double>("d"));
+        EXPECT_EQ(1.0, object.template property<double>("")) << "a bool";
+    });
+}
+
+TEST(CppProperties, TakeTheTypeThatTheValueHas)
+{
+    const scratch_file scratch;
+    tdms::file f(scratch.path(), "w");
+    f.property("literal", "text");
+    f.property("view", std::string_view("text, and more", 4));
+    f.property("int", 5);
+    f.property("long long", 5LL);
+    f.property("bool", true);
+    f.property("now", std::chrono::system_clock::now());
+    EXPECT_EQ("text", f.property<std::string>("literal"));
+    EXPECT_EQ("text", f.property<std::string>("view"));
+    EXPECT_EQ(5, f.property<std::int32_t>("int"));
+    EXPECT_EQ(5, f.property<std::int64_t>("long long"));
+    EXPECT_TRUE(f.property<bool>("bool"));
+    EXPECT_LT(moment(0), f.property<tdms::time>("now"));
+}
+
+struct failing {
+    const char* what;
+    int status;
+    std::function<void()> call;
+    const char* subject;
+    int reason = 0;
+};
+
+void expect_failures(const std::vector<failing>& calls)
+{
+    for (const failing& f : calls) {
+        try {
+            f.call();
+            ADD_FAILURE() << f.what << " did not throw";
+        } catch (const tdms::error& e) {
+            EXPECT_EQ(f.status, e.status()) << f.what << ": " << e.what();
+            EXPECT_EQ(f.reason, e.system_error()) << f.what;
+            EXPECT_NE(nullptr, std::strstr(e.what(), f.subject)) << f.what << ": " << e.what();
+            EXPECT_NE(nullptr, std::strstr(e.what(), tdms_status_text(f.status))) << e.what();
+        }
+    }
+}
+
+TEST(CppErrors, NameTheObjectAndTheReason)
+{
+    const scratch_file scratch;
+    const std::string nul("a\0b", 3);
+    {
+        tdms::file f(scratch.path(), "w");
+        tdms::group g = f.add_group("g");
+        tdms::channel c = g.add_channel("c");
+        c.append<std::int16_t>({1, 2, 3});
+        tdms::channel texts = g.add_channel("texts");
+        const std::vector<std::string> bad = {"fine", nul};
+        expect_failures({
+            {"group twice", TDMS_GROUP_REPEATED, [&] { f.add_group("g"); }, "\"g\""},
+            {"channel twice", TDMS_CHANNEL_REPEATED, [&] { g.add_channel("c"); }, ": g: \"c\""},
+            {"slash", TDMS_ARGUMENT, [&] { g.add_channel("c/d"); }, "\"c/d\""},
+            {"NUL in a group", TDMS_ARGUMENT, [&] { f.add_group(nul); }, scratch.path()},
+            {"NUL in a string", TDMS_ARGUMENT, [&] { texts.append(bad); }, "g/texts"},
+            {"other type", TDMS_CHANNEL_DATATYPE, [&] { c.append<double>({1}); }, ": g/c: "},
+            {"no value", TDMS_ARGUMENT, [&] { c.property("p", property_value()); }, "g/c: \"p\""},
+            {"second writer", TDMS_FILE_PATH, [&] { tdms::file(scratch.path(), "a"); },
+             scratch.path(), EWOULDBLOCK},
+        });
+        f.save();
+        EXPECT_EQ(0U, texts.size()) << "nothing of the strings was taken";
+    }
+    const tdms::file f(scratch.path());
+    const tdms::group g = f["g"];
+    tdms::channel c = g["c"];
+    std::array<std::int16_t, 2> two;
+    tdms::file copy = f;
+    expect_failures({
+        {"no file", TDMS_FILE_PATH, [] { tdms::file("/no/such"); }, "/no/such: ", ENOENT},
+        {"no partial", TDMS_FILE_PATH, [] { tdms::file::partial("/no"); }, "/no: ", ENOENT},
+        {"NUL in a path", TDMS_ARGUMENT, [&] { tdms::file{nul}; }, ""},
+        {"mode", TDMS_ARGUMENT, [&] { tdms::file(scratch.path(), "x"); }, scratch.path()},
+        {"no group", TDMS_GROUP_HANDLE, [&] { f["G"]; }, "\"G\""},
+        {"no group with a NUL", TDMS_GROUP_HANDLE, [&] { f[std::string("g\0", 2)]; }, ""},
+        {"no channel", TDMS_CHANNEL_HANDLE, [&] { g["d"]; }, ": g: \"d\""},
+        {"no property", TDMS_FILE_PROPERTY_NAME, [&] { f.property<double>("p"); }, "\"p\""},
+        {"no property", TDMS_GROUP_PROPERTY_NAME, [&] { g.properties().at("p"); }, "g: \"p\""},
+        {"no property", TDMS_CHANNEL_PROPERTY_NAME, [&] { c.properties()[""]; }, "g/c: \"\""},
+        {"beyond", TDMS_RANGE, [&] { c.read<std::int16_t>(2, two); }, ": g/c: "},
+        {"beyond", TDMS_RANGE, [&] { c.read<std::int16_t>(1, UINT64_MAX); }, ": g/c: "},
+        {"beyond", TDMS_RANGE, [&] { c.read<bool>(4, 0); }, ": g/c: "},
+        {"type", TDMS_CHANNEL_DATATYPE, [&] { c.read<std::int32_t>(); }, ": g/c: "},
+        {"type", TDMS_CHANNEL_DATATYPE, [&] { c.read<std::string>(); }, ": g/c: "},
+        {"read only", TDMS_FILE_HANDLE, [&] { c.append<std::int16_t>({1}); }, ": g/c: "},
+        {"read only", TDMS_FILE_HANDLE, [&] { c.property("p", 1); }, "g/c: \"p\""},
+        {"read only", TDMS_FILE_HANDLE, [&] { copy.add_group("h"); }, "\"h\""},
+        {"read only", TDMS_FILE_HANDLE, [&] { copy.save(); }, scratch.path()},
+        {"read only", TDMS_FILE_HANDLE, [&] { copy.sync(); }, scratch.path()},
+    });
+
+    std::ofstream(scratch.path()) << "a file without any segment in it";
+    expect_failures({
+        {"other file", TDMS_FILE_TAG, [&] { tdms::file(scratch.path()); }, scratch.path()},
+        {"emptied file", TDMS_FILE_READ, [&] { copy.refresh(); }, scratch.path()},
+        {"truncated", TDMS_CHANNEL_DATA_READ, [&] { c.read<std::int16_t>(0, two); }, ": g/c: "},
+        {"full disk", TDMS_WRITE,
+         [] {
+             tdms::file full("/dev/full", "w");
+             full.add_group("g");
+             full.save();
+         },
+         "/dev/full: ", ENOSPC},
+    });
+}
+
+TEST(CppLifetime, ObjectsKeepTheirFileOpenUntilItIsClosed)
+{
+    const scratch_file scratch;
+    tdms::channel c = tdms::file(scratch.path(), "w").add_group("g").add_channel("c");
+    c.append<double>({1, 2});
+    EXPECT_ANY_THROW(tdms::file(scratch.path(), "a")) << "still locked";
+    tdms::channel moved = std::move(c);
+    EXPECT_EQ("c", c.name()) << "moving copies";
+    EXPECT_TRUE(c == moved);
+    tdms::file f(scratch.path() + std::string(".2"), "w");
+    tdms::group g = f.add_group("g");
+    tdms::channel d = g.add_channel("d");
+    EXPECT_FALSE(c == d);
+    const tdms::property_map properties = d.properties();
+    std::array<double, 1> one;
+    f.close();
+    f.close();
+    EXPECT_FALSE(f.is_open());
+    const char* const path = scratch.path();
+    expect_failures({
+        {"name", TDMS_FILE_HANDLE, [&] { d.name(); }, path},
+        {"size", TDMS_FILE_HANDLE, [&] { d.size(); }, path},
+        {"read", TDMS_FILE_HANDLE, [&] { d.read<double>(0, one); }, path},
+        {"append", TDMS_FILE_HANDLE, [&] { d.append<double>({1}); }, path},
+        {"properties", TDMS_FILE_HANDLE, [&] { properties.begin(); }, path},
+        {"property", TDMS_FILE_HANDLE, [&] { g.property("p", 1); }, path},
+        {"channels", TDMS_FILE_HANDLE, [&] { g.channels(); }, path},
+        {"lookup", TDMS_FILE_HANDLE, [&] { f["g"]; }, path},
+        {"adding", TDMS_FILE_HANDLE, [&] { g.add_channel("e"); }, path},
+        {"saving", TDMS_FILE_HANDLE, [&] { f.save(); }, path},
+    });
+    EXPECT_THROW(d.append(std::vector<std::string>{std::string(1, '\0')}), tdms::error);
+    std::filesystem::remove(f.path());
+}
+
+TEST(CppFollowing, PartialFilesTellTheRestAndGrow)
+{
+    const scratch_file scratch;
+    tdms::file recorded(scratch.path(), "w");
+    tdms::channel samples = recorded.add_group("g").add_channel("c");
+    samples.append<double>({1});
+    recorded.save();
+    tdms::file followed = tdms::file::partial(scratch.path());
+    const tdms::channel c = followed["g"]["c"];
+    samples.append<double>({2, 3});
+    recorded.add_group("h").add_channel("d");
+    recorded.save();
+    recorded.sync();
+    std::ofstream(scratch.path(), std::ios::app) << "TDSm";
+    EXPECT_EQ(0U, followed.rest());
+    followed.refresh();
+    EXPECT_EQ(4U, followed.rest());
+    EXPECT_EQ((std::vector<double>{1, 2, 3}), c.read<double>());
+    EXPECT_TRUE(followed.contains("h") && followed["h"].contains("d"));
+    EXPECT_EQ(4U, tdms::file::partial(scratch.path()).rest());
+    EXPECT_THROW(tdms::file(scratch.path()), tdms::error);
+}
+
+// Names with a NUL are in files of other programs; those that differ after it are not mixed up.
+TEST(CppNames, MayHoldZeroBytes)
+{
+    const scratch_file scratch;
+    {
+        tdms::file f(scratch.path(), "w");
+        f.add_group("ab#").add_channel("c#1").append<double>({1});
+        f["ab#"].add_channel("c#2").append<double>({2});
+        f["ab#"].add_channel("c");
+        f.save();
+    }
+    std::string bytes = scratch.bytes();
+    std::replace(bytes.begin(), bytes.end(), '#', '\0');
+    scratch.fill(bytes);
+    const tdms::group g = tdms::file(scratch.path())[std::string_view("ab\0", 3)];
+    EXPECT_EQ(3U, g.name().size());
+    EXPECT_EQ(2.0, g[std::string_view("c\0002", 3)].read<double>().at(0));
+    EXPECT_EQ(0U, g["c"].size());
+    EXPECT_FALSE(g.contains(std::string_view("c\0003", 3)));
+}
+
+}  // namespace
