@@ -14,6 +14,7 @@ for group in "$@"; do
         coverage) packages+=(llvm) ;;
         docs) packages+=(doxygen) ;;
         package) packages+=(dpkg-dev file lintian) ;;
+        root) packages+=(debootstrap) ;;
         *)
             echo "install-packages.sh: no group $group" >&2
             exit 2

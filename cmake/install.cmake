@@ -1,5 +1,7 @@
-# What an installation holds, in three components: runtime (the library), development (header, link,
-# tdms.pc and the CMake package) and tool (the program, its page and its completion).
+# What an installation holds, in components: runtime (the library), development (headers, link,
+# tdms.pc and the CMake package) and tool (the program, its page and its completion). The Python
+# package is the component python, which only `cmake --install --component python` and the Debian
+# package install: elsewhere pip does, which knows where the interpreter looks.
 option(TDMS_INSTALL "Install the library and its tool" ${PROJECT_IS_TOP_LEVEL})
 if(NOT TDMS_INSTALL)
   return()
@@ -11,7 +13,12 @@ set(TDMS_GENERATED ${CMAKE_CURRENT_BINARY_DIR}/install)
 
 install(TARGETS tdms EXPORT tdmsTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
-install(FILES include/tdms.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES include/tdms.h include/tdms.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT development)
+set(TDMS_PYTHON_DIR lib/python3/dist-packages CACHE STRING
+  "Where the component python goes, below the prefix")
+install(DIRECTORY python/tdms DESTINATION ${TDMS_PYTHON_DIR} COMPONENT python EXCLUDE_FROM_ALL
+  FILES_MATCHING PATTERN "*.py" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
 
 # The package and tdms.pc find everything from where they stand themselves, so that an installation
 # can be moved.

@@ -1,5 +1,5 @@
-# Debian packages by cpack: libtdms1, libtdms-dev and tdms-tools, one for each component of the
-# installation. Configure with -DCMAKE_INSTALL_PREFIX=/usr to have the library in the directory of
+# Debian packages by cpack: libtdms1, libtdms-dev, tdms-tools and python3-tdms, one for each component
+# of the installation. Configure with -DCMAKE_INSTALL_PREFIX=/usr to have the library in the directory of
 # its architecture.
 if(NOT TDMS_INSTALL OR NOT TDMS_BUILD_TOOLS)
   return()
@@ -12,7 +12,7 @@ set(CPACK_PACKAGE_CONTACT "The tdms authors <authors@tdms.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each description has a first line of its own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL runtime development tool)
+set(CPACK_COMPONENTS_ALL runtime development tool python)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -34,7 +34,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtdms-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ${TDMS_SAME_VERSION})
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "TDMS measurement files: development files
-The header of the TDMS library, and what pkg-config and CMake need to find it.")
+The headers of the TDMS library for C and C++, what pkg-config and CMake need
+to find it, and examples.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tdms-tools)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION science)
@@ -43,6 +44,29 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_RECOMMENDS gnuplot-nox)
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "TDMS measurement files: command-line tool
 The program tdms shows what a measurement file in the TDMS format holds, writes
 values as CSV, draws channels, checks files and recovers truncated ones.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tdms)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "libtdms${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION}), python3 (>= 3.9), python3-numpy")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-pandas)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_LIST_DIR}/debian/python/postinst ${CMAKE_CURRENT_LIST_DIR}/debian/python/prerm)
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "TDMS measurement files: package for Python
+The package tdms reads and writes measurement files in the TDMS format:
+channels as NumPy arrays, properties as dicts, and data frames where pandas is
+installed.")
+
+# Examples that build and run with what the package holds.
+set(examples ${PROJECT_SOURCE_DIR}/examples/installed)
+install(DIRECTORY ${examples}/c ${examples}/cpp
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libtdms-dev/examples
+  COMPONENT development EXCLUDE_FROM_ALL)
+install(FILES ${examples}/python/mean.py
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-tdms/examples
+  COMPONENT python EXCLUDE_FROM_ALL)
 
 # Every package carries its copyright and its changes.
 file(READ LICENSE license)

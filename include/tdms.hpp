@@ -263,10 +263,12 @@ inline constexpr children channels = {get_num_channel,       get_channel,
                                       tdms_find_channel,     tdms_create_channel,
                                       tdms_get_channel_name, TDMS_CHANNEL_HANDLE};
 
-// What files, groups and channels have in common. There is no moving: a variable that was moved
-// from would refer to nothing.
+}  // namespace detail
+
+/// What files, groups and channels have in common.
 class object {
   public:
+    // There is no moving: a variable that was moved from would refer to nothing.
     object(const object&) = default;
     object& operator=(const object&) = default;
 
@@ -283,19 +285,19 @@ class object {
     /// Creates a property, or replaces it; see tdms_set_property().
     void property(std::string_view name, const property_value& value)
     {
-        std::visit([&](const auto& v) { set_property(name, to_c(v)); }, value);
+        std::visit([&](const auto& v) { set_property(name, detail::to_c(v)); }, value);
     }
     template <std::convertible_to<std::string_view> Text>
     void property(std::string_view name, const Text& text)
     {
-        set_property(name, to_c(std::string_view(text)));
+        set_property(name, detail::to_c(std::string_view(text)));
     }
 
     /// The same object of the same open file.
     friend bool operator==(const object& a, const object& b) = default;
 
   protected:
-    object(std::shared_ptr<open_file> file, void* group, void* handle)
+    object(std::shared_ptr<detail::open_file> file, void* group, void* handle)
         : file_(std::move(file)), group_(group), handle_(handle)
     {
     }
@@ -318,14 +320,14 @@ class object {
         const int reason = errno;
         std::string subject = file_->path;
         if (file_->handle != nullptr && group_ != nullptr) {
-            subject += ": " + name_of(group_, tdms_get_group_name);
-            if (group_ != handle_) subject += "/" + name_of(handle_, tdms_get_channel_name);
+            subject += ": " + detail::name_of(group_, tdms_get_group_name);
+            if (group_ != handle_) subject += "/" + detail::name_of(handle_, tdms_get_channel_name);
         }
         if (name.data() != nullptr) subject += ": \"" + std::string(name) + '"';
         throw error(status, subject, reason);
     }
 
-    std::vector<void*> list(const children& of) const
+    std::vector<void*> list(const detail::children& of) const
     {
         void* const parent = handle();
         std::vector<void*> handles(static_cast<std::size_t>(std::max(0, of.count(parent))));
@@ -334,11 +336,11 @@ class object {
     }
 
     // @return null if there is none of that name
-    void* find(const children& of, std::string_view name) const
+    void* find(const detail::children& of, std::string_view name) const
     {
-        if (has_nul(name)) {
+        if (detail::has_nul(name)) {
             for (void* const child : list(of)) {
-                if (name_of(child, of.name) == name) return child;
+                if (detail::name_of(child, of.name) == name) return child;
             }
             return nullptr;
         }
@@ -348,22 +350,22 @@ class object {
         return found;
     }
 
-    void* get(const children& of, std::string_view name) const
+    void* get(const detail::children& of, std::string_view name) const
     {
         void* const found = find(of, name);
         if (found == nullptr) fail(of.absent, name);
         return found;
     }
 
-    void* create(const children& of, std::string_view name) const
+    void* create(const detail::children& of, std::string_view name) const
     {
-        if (has_nul(name)) fail(TDMS_ARGUMENT, name);
+        if (detail::has_nul(name)) fail(TDMS_ARGUMENT, name);
         void* created = nullptr;
         check(of.create(handle(), std::string(name).c_str(), &created), name);
         return created;
     }
 
-    std::shared_ptr<open_file> file_;
+    std::shared_ptr<detail::open_file> file_;
     void* group_;  // of a group itself, of a file null
     void* handle_;
 
@@ -372,11 +374,9 @@ class object {
 
     void set_property(std::string_view name, const tdms_value& value)
     {
-        check(tdms_set_property(handle(), begin_of(name), name.size(), &value), name);
+        check(tdms_set_property(handle(), detail::begin_of(name), name.size(), &value), name);
     }
 };
-
-}  // namespace detail
 
 /// The properties of an object: like a map of names and values, in the byte order of the names. It
 /// is a view, which sees every change. Iterators stay valid through changes.
@@ -405,10 +405,7 @@ class property_map {
 
       private:
         friend property_map;
-        explicit iterator(detail::object owner) : owner_(std::move(owner))
-        {
-            read_after(nullptr, 0);
-        }
+        explicit iterator(object owner) : owner_(std::move(owner)) { read_after(nullptr, 0); }
 
         void read_after(const char* name, std::uint64_t length)
         {
@@ -418,12 +415,12 @@ class property_map {
             if (!at_end_) entry_ = {std::string(name, length), detail::from_c(value)};
         }
 
-        detail::object owner_;
+        object owner_;
         value_type entry_;
         bool at_end_ = false;
     };
 
-    explicit property_map(detail::object owner) : owner_(std::move(owner)) {}
+    explicit property_map(object owner) : owner_(std::move(owner)) {}
 
     iterator begin() const { return iterator(owner_); }
     std::default_sentinel_t end() const { return {}; }
@@ -464,16 +461,16 @@ class property_map {
         return tdms_get_property(owner_.handle(), detail::begin_of(name), name.size(), &value);
     }
 
-    detail::object owner_;
+    object owner_;
 };
 
-inline property_map detail::object::properties() const
+inline property_map object::properties() const
 {
     return property_map(*this);
 }
 
 template <class T>
-T detail::object::property(std::string_view name) const
+T object::property(std::string_view name) const
 {
     const property_value value = properties().at(name);
     if (const T* const same = std::get_if<T>(&value)) return *same;
@@ -491,7 +488,7 @@ T detail::object::property(std::string_view name) const
 }
 
 /// A sequence of values of one type.
-class channel : public detail::object {
+class channel : public object {
   public:
     std::string name() const { return detail::name_of(handle(), tdms_get_channel_name); }
 
@@ -572,7 +569,7 @@ class channel : public detail::object {
 
   private:
     friend class group;
-    using detail::object::object;
+    using object::object;
 
     std::pair<std::uint64_t, std::uint64_t> count() const
     {
@@ -621,7 +618,7 @@ class channel : public detail::object {
 };
 
 /// A named group of channels.
-class group : public detail::object {
+class group : public object {
   public:
     std::string name() const { return detail::name_of(handle(), tdms_get_group_name); }
 
@@ -643,14 +640,14 @@ class group : public detail::object {
 
   private:
     friend class file;
-    using detail::object::object;
+    using object::object;
 
     channel at(void* found) const { return channel(file_, group_, found); }
 };
 
 /// An open file. It closes when no copy of it, and no object in it, is left; values that have not
 /// been saved are lost then.
-class file : public detail::object {
+class file : public object {
   public:
     /// Opens a file: "r" reads one, "w" creates or empties one, "a" reads one and appends to it;
     /// see tdms_open().

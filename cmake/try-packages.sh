@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# try-packages.sh: builds the Debian packages, installs them in an empty Debian 12 root, and runs the
+# examples that they carry there. Needs root, and about a gigabyte below TMPDIR.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+cmake/install-packages.sh build tool package root
+work=$(mktemp -d)
+root=$work/root
+trap 'umount "$root/proc" 2>/dev/null || true; rm -rf --one-file-system "$work"' EXIT
+
+cmake -S . -B "$work/build" -DCMAKE_INSTALL_PREFIX=/usr -DTDMS_BUILD_TESTS=OFF >/dev/null
+cmake --build "$work/build" --parallel "$(nproc)" >/dev/null
+(cd "$work/build" && cpack >/dev/null)
+
+mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Suite: bookworm' | head -n 1)
+debootstrap --variant=minbase bookworm "$root" "${mirror:-http://deb.debian.org/debian}" >/dev/null
+mkdir "$root/packages"
+cp "$work"/build/*.deb "$root/packages"
+cp /etc/resolv.conf "$root/etc"
+mount -t proc proc "$root/proc"
+
+# Each package is installed alone with what it depends on, and its example runs.
+in_root() {
+    env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive \
+        chroot "$root" sh -euc "$1"
+}
+install() { # PACKAGE...
+    for package in "$@"; do
+        in_root "apt-get install -y -qq --no-install-recommends $package >/dev/null 2>&1"
+    done
+}
+install "/packages/libtdms1_*.deb" "/packages/libtdms-dev_*.deb" gcc libc6-dev pkg-config
+in_root '
+    cp -r /usr/share/doc/libtdms-dev/examples /tmp && cd /tmp/examples
+    cc c/write.c -o write $(pkg-config --cflags --libs tdms) -lm && ./write /tmp/sine.tdms'
+install g++ cmake make
+in_root '
+    cd /tmp/examples/cpp && cmake -S . -B build >/dev/null && cmake --build build >/dev/null
+    build/list /tmp/sine.tdms'
+install "/packages/python3-tdms_*.deb"
+in_root '
+    cd /tmp && python3 /usr/share/doc/python3-tdms/examples/mean.py sine.tdms bench voltage'
+install "/packages/tdms-tools_*.deb"
+in_root 'tdms check /tmp/sine.tdms'
+echo "all packages work"

@@ -1,0 +1,164 @@
+// acquire: a daemon that records a machine's signals into one file after the other.
+//
+//     acquire FOLDER [SECONDS_PER_FILE [SECONDS [SECONDS_IN_MEMORY]]]
+//         defaults: 60 seconds per file, 0 seconds (until SIGTERM), 600 seconds in memory
+//
+// A file has three groups: fast signals, slow signals and events. It is named by the time of its first
+// sample. New values are saved every second; a finished file is synced and closed. SIGTERM and SIGINT
+// end the program after a last save.
+//
+// While the disk is full, values wait in memory, and every second tries to save all of them. When
+// SECONDS_IN_MEMORY wait, new values are dropped until a save succeeds; the next file then starts
+// after the gap, so that within a file no value is missing.
+#include <cerrno>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <tdms.hpp>
+
+#include "support/device.hpp"
+#include "support/stop_signal.hpp"
+#include "support/text.hpp"
+
+namespace {
+
+// Refuses a name that is taken: "w" would empty the file.
+std::string new_name(const std::string& folder, moment start)
+{
+    const std::string path = folder + '/' + to_text(start) + ".tdms";
+    if (std::filesystem::exists(path)) throw std::runtime_error(path + ": exists already");
+    return path;
+}
+
+struct recording {
+    recording(const std::string& folder, moment start) : file(new_name(folder, start), "w")
+    {
+        file.property("title", "Machine under load");
+        fast.property("start", start);
+        fast.property("sampling rate", device::rate);
+        acceleration.property("unit", "m/s^2");
+        temperature.property("unit", "degC");
+    }
+
+    void append(const block& b)
+    {
+        acceleration.append(b.acceleration);
+        encoder.append(b.encoder);
+        slow_time.append(b.slow_times);
+        temperature.append(b.temperature);
+        event_time.append(b.event_times);
+        event.append(b.events);
+    }
+
+    tdms::file file;
+    tdms::group fast = file.add_group("fast");
+    tdms::group slow = file.add_group("slow");
+    tdms::group events = file.add_group("events");
+    tdms::channel acceleration = fast.add_channel("acceleration");
+    tdms::channel encoder = fast.add_channel("encoder");
+    tdms::channel slow_time = slow.add_channel("time");
+    tdms::channel temperature = slow.add_channel("temperature");
+    tdms::channel event_time = events.add_channel("time");
+    tdms::channel event = events.add_channel("event");
+    int seconds = 0;
+};
+
+bool is_full(const tdms::error& e)
+{
+    const int reason = e.system_error();
+    return reason == ENOSPC || reason == EDQUOT || reason == EFBIG;
+}
+
+class acquisition {
+  public:
+    acquisition(std::string folder, int seconds_per_file, int seconds_in_memory)
+        : folder_(std::move(folder)),
+          seconds_per_file_(seconds_per_file),
+          seconds_in_memory_(seconds_in_memory),
+          current_(folder_, machine_.time())
+    {
+    }
+
+    void run(int seconds)
+    {
+        bool stopping = false;
+        for (int second = 1; !stopping; ++second) {
+            stopping = !measure_second() || second == seconds;
+            save();
+        }
+        if (waiting_ != 0) throw std::runtime_error("the last values could not be saved");
+        current_.file.sync();
+        current_.file.close();
+    }
+
+  private:
+    // Returns false if a signal has ended it early.
+    bool measure_second()
+    {
+        for (int i = 0; i != device::blocks_per_second; ++i) {
+            if (stop_.wait_until(machine_.due())) return false;
+            const block b = machine_.next();
+            if (!dropping_) current_.append(b);
+        }
+        return true;
+    }
+
+    void save()
+    {
+        try {
+            current_.file.save();
+            if (waiting_ != 0) std::cerr << "acquire: all values that waited are saved\n";
+            waiting_ = 0;
+            if (++current_.seconds >= seconds_per_file_ || dropping_) begin_next_file();
+        } catch (const tdms::error& e) {
+            if (!is_full(e)) throw;
+            if (++waiting_ == 1) std::cerr << "acquire: " << e.what() << " Values wait in memory.\n";
+            if (waiting_ == seconds_in_memory_) {
+                std::cerr << "acquire: no more memory for waiting values: new ones are dropped\n";
+                dropping_ = true;
+            }
+        }
+    }
+
+    void begin_next_file()
+    {
+        current_.file.sync();
+        recording next(folder_, machine_.time());
+        current_.file.close();
+        current_ = next;
+        dropping_ = false;
+    }
+
+    std::string folder_;
+    int seconds_per_file_;
+    int seconds_in_memory_;
+    stop_signal stop_;
+    device machine_;
+    recording current_;
+    int waiting_ = 0;  // seconds that are in memory only
+    bool dropping_ = false;
+};
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        if (argc < 2 || argc > 5) {
+            throw std::invalid_argument(
+                "usage: acquire FOLDER [SECONDS_PER_FILE [SECONDS [SECONDS_IN_MEMORY]]]");
+        }
+        acquisition a(argv[1], argc > 2 ? to_number<int>(argv[2]) : 60,
+                      argc > 4 ? to_number<int>(argv[4]) : 600);
+        a.run(argc > 3 ? to_number<int>(argv[3]) : 0);
+        return 0;
+    } catch (const std::invalid_argument& e) {
+        std::cerr << "acquire: " << e.what() << '\n';
+        return 2;
+    } catch (const std::exception& e) {
+        std::cerr << "acquire: " << e.what() << '\n';
+        return 1;
+    }
+}

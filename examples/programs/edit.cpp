@@ -1,0 +1,118 @@
+// edit: adds a property and values to a channel of an existing file.
+//
+//     edit FILE GROUP CHANNEL NAME=TEXT [VALUE...]
+//
+// The property is a double if TEXT is a number, otherwise a string; one of that name is replaced. Values
+// are appended in the channel's type, times as nanoseconds since 1970-01-01T00:00:00Z. A group or a
+// channel that is not there is added, the channel with doubles. All is added, or nothing.
+#include <cstdint>
+#include <exception>
+#include <iostream>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <tdms.hpp>
+#include <vector>
+
+#include "support/text.hpp"
+
+namespace {
+
+using words = std::span<const char* const>;
+
+template <class T>
+T to_value(const std::string& word)
+{
+    if constexpr (std::is_same_v<T, std::string>) {
+        return word;
+    } else if constexpr (std::is_same_v<T, bool>) {
+        return to_number<int>(word) != 0;
+    } else if constexpr (std::is_same_v<T, tdms::time>) {
+        return tdms::time(std::chrono::nanoseconds(to_number<std::int64_t>(word)));
+    } else {
+        return to_number<T>(word);
+    }
+}
+
+template <class T>
+void append(tdms::channel& c, words values)
+{
+    std::vector<T> converted;
+    for (const char* const value : values) converted.push_back(to_value<T>(value));
+    c.append(converted);
+}
+
+void append_any(tdms::channel& c, words values)
+{
+    switch (c.type()) {
+        case TDMS_TYPE_INT8:
+            return append<std::int8_t>(c, values);
+        case TDMS_TYPE_INT16:
+            return append<std::int16_t>(c, values);
+        case TDMS_TYPE_INT32:
+            return append<std::int32_t>(c, values);
+        case TDMS_TYPE_INT64:
+            return append<std::int64_t>(c, values);
+        case TDMS_TYPE_UINT8:
+            return append<std::uint8_t>(c, values);
+        case TDMS_TYPE_UINT16:
+            return append<std::uint16_t>(c, values);
+        case TDMS_TYPE_UINT32:
+            return append<std::uint32_t>(c, values);
+        case TDMS_TYPE_UINT64:
+            return append<std::uint64_t>(c, values);
+        case TDMS_TYPE_FLOAT:
+            return append<float>(c, values);
+        case TDMS_TYPE_STRING:
+            return append<std::string>(c, values);
+        case TDMS_TYPE_BOOL:
+            return append<bool>(c, values);
+        case TDMS_TYPE_TIMESTAMP:
+            return append<tdms::time>(c, values);
+        default:
+            return append<double>(c, values);
+    }
+}
+
+tdms::property_value to_property(const std::string& text)
+{
+    try {
+        return to_number<double>(text);
+    } catch (const std::invalid_argument&) {
+        return text;
+    }
+}
+
+void edit(const char* path, const char* group, const char* channel, const std::string& assignment,
+          words values)
+{
+    const std::size_t equals = assignment.find('=');
+    if (equals == std::string::npos) throw std::invalid_argument(assignment + ": not NAME=TEXT");
+    tdms::file f(path, "a");
+    tdms::group g = f.contains(group) ? f[group] : f.add_group(group);
+    tdms::channel c = g.contains(channel) ? g[channel] : g.add_channel(channel);
+    c.property(assignment.substr(0, equals), to_property(assignment.substr(equals + 1)));
+    append_any(c, values);
+    f.save();
+    f.sync();
+    f.close();
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        if (argc < 5) {
+            throw std::invalid_argument("usage: edit FILE GROUP CHANNEL NAME=TEXT [VALUE...]");
+        }
+        edit(argv[1], argv[2], argv[3], argv[4], words(argv + 5, argv + argc));
+        return 0;
+    } catch (const std::invalid_argument& e) {
+        std::cerr << "edit: " << e.what() << '\n';
+        return 2;
+    } catch (const std::exception& e) {
+        std::cerr << "edit: " << e.what() << '\n';
+        return 1;
+    }
+}

@@ -1,0 +1,45 @@
+// SIGTERM and SIGINT as something to wait for, instead of a handler.
+#ifndef EXAMPLES_STOP_SIGNAL_HPP
+#define EXAMPLES_STOP_SIGNAL_HPP
+
+#include <pthread.h>
+#include <signal.h>
+#include <time.h>
+
+#include <algorithm>
+#include <chrono>
+
+/// Make one before any thread: threads inherit which signals are blocked.
+class stop_signal {
+  public:
+    stop_signal()
+    {
+        sigemptyset(&signals_);
+        sigaddset(&signals_, SIGTERM);
+        sigaddset(&signals_, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &signals_, nullptr);
+    }
+
+    void wait() const
+    {
+        while (sigwaitinfo(&signals_, nullptr) < 0) continue;
+    }
+
+    /// Waits until a moment or a signal. @return true for a signal
+    bool wait_until(std::chrono::steady_clock::time_point moment) const
+    {
+        using std::chrono::nanoseconds;
+        for (;;) {
+            const nanoseconds left = moment - std::chrono::steady_clock::now();
+            const auto wanted = std::max(left, nanoseconds(0)).count();
+            const timespec timeout = {wanted / 1'000'000'000, wanted % 1'000'000'000};
+            if (sigtimedwait(&signals_, nullptr, &timeout) >= 0) return true;
+            if (left <= nanoseconds(0)) return false;
+        }
+    }
+
+  private:
+    sigset_t signals_{};
+};
+
+#endif
