@@ -13,6 +13,11 @@ void print_memory();
 void print_opening();
 /** What must cost the same, or nearly. */
 void print_ratios();
+/** One row of that table: reading ranges through tdms.hpp. */
+void print_cpp_ratio();
+/** One row, of two times in seconds and the highest acceptable ratio. */
+void print_ratio(const char* first, double first_seconds, const char* second, double second_seconds,
+                 double highest);
 
 inline double median(std::vector<double> values)
 {
