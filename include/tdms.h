@@ -563,8 +563,8 @@ TDMS_API int get_channel_data_string(void* channel, const char** values);
 /** @defgroup tdms The tdms_ interface
  *
  * A second interface on the same handles, the same tree and the same files, which reports every
- * failure and loses nothing. The two may be mixed on one handle; properties of the other types,
- * listing, counting and deleting are the functions above. Its conventions:
+ * failure and loses nothing. The two may be mixed on one handle; counting, listing and deleting
+ * objects are the functions above. Its conventions:
  *
  *  1. The result is 0 or a negative status; tdms_status_text() turns it into a sentence. Outputs
  *     are written on success only. An exception to that is a device that fails, or a file that is
