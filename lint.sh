@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Static analysis: compiler warnings, clang-format, clang-tidy, cppcheck, and for what is written in C
-# gcc's analyzer. Tells what failed; the status is 0 if nothing did.
+# Static analysis: compiler warnings, clang-format, clang-tidy, cppcheck, for what is written in C
+# gcc's analyzer, and for Python mypy. Tells what failed; the status is 0 if nothing did.
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test lint tool || exit 1
+cmake/install-packages.sh build test lint tool python || exit 1
 
 jobs=$(nproc)
 status=0
@@ -29,7 +29,7 @@ warnings() {
 }
 
 format() {
-    find include src tests fuzz bench examples tools -name '*.[hc]' -o -name '*.cpp' |
+    find include src tests fuzz bench examples tools -name '*.[hc]' -o -name '*.[hc]pp' |
         xargs clang-format --dry-run --Werror
 }
 
@@ -47,9 +47,15 @@ analyzer() {
         -Wall -Wextra -Wshadow -Wconversion -Werror -fanalyzer -I include -S -o /dev/null
 }
 
+# Debian's interpreter, which has Debian's packages.
+types() {
+    /usr/bin/python3 -m mypy --strict --no-incremental python/tdms
+}
+
 check "compiler warnings" warnings
 check clang-format format
 check clang-tidy tidy
 check cppcheck cpp_check
 check "gcc's analyzer" analyzer
+check mypy types
 exit $status

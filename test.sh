@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# Builds and tests everything: the plain build, the same tests under the address and undefined
-# behaviour sanitizers, the sessions under the thread sanitizer, a minute of fuzzing, static analysis.
+# Builds and tests everything: the plain build with the packages for Python, the same tests under the
+# address and undefined behaviour sanitizers, the sessions under the thread sanitizer, a minute of
+# fuzzing, static analysis.
 # The last line tells how many tests passed and failed; the status is 0 if none failed.
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test tool || exit 1
+cmake/install-packages.sh build test tool fuzz python cluster || exit 1
 
 jobs=$(nproc)
 passed=0
@@ -45,8 +46,28 @@ run_tests() { # NAME CTEST-OPTION...: runs a build's tests
     fi
 }
 
+run_pytest() { # NAME FILE...: runs tests in Python with the library of the release build
+    local name=$1 output passed_here failed_here
+    shift
+    echo "== $name"
+    # Debian's interpreter, which has Debian's packages.
+    output=$(TDMS_LIBRARY=$PWD/build/release/libtdms.so PYTHONPATH=$PWD/python \
+        PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 -m pytest -q -p no:cacheprovider "$@" 2>&1)
+    local status=$?
+    passed_here=$(grep -oE '[0-9]+ passed' <<<"$output" | tail -n 1 | cut -d ' ' -f 1)
+    failed_here=$(grep -oE '[0-9]+ (failed|error)' <<<"$output" | tail -n 1 | cut -d ' ' -f 1)
+    ((passed += ${passed_here:-0}, failed += ${failed_here:-0}))
+    ((status == 0)) && return
+    echo "$output"
+    ((${failed_here:-0} > 0)) || count "$name" $status
+}
+
 fixed_addresses=()
-build release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON && run_tests release
+build release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON && {
+    run_tests release
+    run_pytest "python" python/tests
+    run_pytest "cluster" examples/cluster/cluster_test.py
+}
 # No test needs this much memory at once, and no damaged file may make the library ask for it.
 export ASAN_OPTIONS=max_allocation_size_mb=64
 build memory -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTDMS_SANITIZE=address,undefined && run_tests memory

@@ -7,7 +7,9 @@ for group in "$@"; do
     case $group in
         build) packages+=(g++ cmake make) ;;
         test) packages+=(libgtest-dev tzdata) ;;
-        lint) packages+=(clang-format clang-tidy cppcheck) ;;
+        python) packages+=(python3-numpy python3-pandas python3-pytest) ;;
+        cluster) packages+=(python3-distributed) ;;
+        lint) packages+=(clang-format clang-tidy cppcheck mypy) ;;
         tool) packages+=(libcli11-dev nlohmann-json3-dev gnuplot-nox) ;;
         bench) packages+=(libbenchmark-dev libhdf5-dev) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;

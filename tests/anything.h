@@ -21,6 +21,17 @@ inline void read_properties(std::size_t level, void* owner)
             Element::properties[level].get(owner, name, &value);
         });
     }
+
+    // By the functions for any object there are as many, each of which can be got by its name.
+    const char* name = nullptr;
+    std::uint64_t length = 0;
+    tdms_value value{};
+    for (std::size_t left = names.size() + 1; left != 0; --left) {
+        if (tdms_next_property(owner, &name, &length, &value) != TDMS_OK) std::abort();
+        if ((name == nullptr) != (left == 1)) std::abort();
+        if (name != nullptr && tdms_get_property(owner, name, length, &value) != TDMS_OK)
+            std::abort();
+    }
 }
 
 inline void read_channel(void* channel)
