@@ -1,17 +1,12 @@
 #!/usr/bin/env bash
-# visible_symbols_test.sh LIBRARY LIST: the library shows the names in the list and no other. A name with
-# <T> stands for one of each element type.
+# visible_symbols_test.sh LIBRARY HEADER LIST: the library shows the functions that the header declares,
+# the names in the list, and no other.
 set -euo pipefail
 export LC_ALL=C
 
-types=(bool double float int8 int16 int32 int64 uint8 uint16 uint32 uint64 string timestamp)
-listed() {
-    local name type
-    while IFS= read -r name; do
-        [[ $name == *'<T>' ]] || { echo "$name" && continue; }
-        for type in "${types[@]}"; do echo "${name%<T>}$type"; done
-    done <"$1"
+declared() {
+    grep -oE '^TDMS_API [^(]*\(' "$1" | sed -E 's/.*[ *](\w+)\($/\1/'
 }
 
-diff <(listed "$2" | sort) <(nm -D --defined-only "$1" | sed 's/@@TDMS_1\(\.1\)\?$//' | c++filt |
-    cut -d' ' -f3- | grep -v '^TDMS_1' | sort)
+diff <({ declared "$2" && cat "$3"; } | sort) <(nm -D --defined-only "$1" |
+    sed 's/@@TDMS_1\(\.1\)\?$//' | c++filt | cut -d' ' -f3- | grep -v '^TDMS_1' | sort)
