@@ -2,7 +2,6 @@
 // what is rejected leaves everything as it was.
 #include <sys/stat.h>
 
-#include <cctype>
 #include <tuple>
 
 #include "elements.h"
@@ -10,20 +9,6 @@
 #include "support.h"
 
 namespace {
-
-TEST(Arguments, EveryStatusHasASentence)
-{
-    std::vector<std::string> sentences{tdms_status_text(0), tdms_status_text(1)};
-    for (int i = -5105; i != -5000; i = i == -5101 ? -5023 : i + 1)
-        sentences.emplace_back(tdms_status_text(i));
-    for (const std::string& each : sentences) {
-        EXPECT_TRUE(std::isupper(each.front()) != 0 && each.back() == '.') << each;
-        EXPECT_EQ(1, std::count(sentences.begin(), sentences.end(), each)) << each;
-    }
-    for (const int other : {-1, -5000, -5024, -5100, -5106}) {
-        EXPECT_EQ(sentences[1], tdms_status_text(other));
-    }
-}
 
 // An argument that is allowed, of each type; of pointers to memory that is large enough.
 template <class T>

@@ -1,4 +1,4 @@
-// Sizes beyond 32 bits, many objects, long names.
+// Sizes beyond 32 bits.
 #include "support.h"
 
 namespace {
@@ -32,20 +32,6 @@ TEST_F(Limits, BeyondFourGigabytes)
     std::vector<std::int32_t> read(value_count(again.channel(0, 1)));
     EXPECT_EQ(0, get_channel_data_int32(again.channel(0, 1), read.data()));
     EXPECT_EQ((std::vector<std::int32_t>{1, 2, 3}), read);
-}
-
-TEST_F(Limits, LongNames)
-{
-    const std::string name(1 << 20, 'x');
-    void* const named = add_channel(file.add_group(name.c_str()), name.c_str());
-    EXPECT_EQ(0, create_channel_property_string(named, name.c_str(), name.c_str()));
-    file.save_and_close();
-    const open_tdms again(scratch, "r");
-    EXPECT_TRUE(name == name_of(get_group_name, again.group(1)));
-    std::string value(name.size() + 5, '\0');
-    EXPECT_EQ(0, get_channel_property_string(again.channel(1, 0), name.c_str(), value.data(),
-                                             value.size()));
-    EXPECT_TRUE(name == value.c_str() && name == name_of(get_channel_name, again.channel(1, 0)));
 }
 
 }  // namespace

@@ -5,120 +5,163 @@ set -u
 export LC_ALL=C TZ=UTC
 programs=$(realpath "$1") seeds=$(realpath "$2")
 work=$(mktemp -d) && cd "$work" || exit 1
+declare -A pids port
 leave() {
-    kill "${daemons[@]}" 2>/dev/null
+    ((${#pids[@]} == 0)) || kill "${pids[@]}" 2>/dev/null
     umount full.* 2>/dev/null
     rm -rf "$work"
 }
-daemons=() && trap leave EXIT
+trap leave EXIT
 failures=0
 fail() { echo "FAILED: $1" && failures=$((failures + 1)); }
-sides=(tdms) && ls "$programs"/hdf5/acquire >/dev/null 2>&1 && sides+=(h5)
-at() { [[ $1 == tdms ]] && echo "$programs/$2" || echo "$programs/hdf5/$2"; } # SIDE PROGRAM
-# status STATUS PATTERN COMMAND...: the exit status, and a pattern (of grep -E) of a line that it prints
+# status STATUS PATTERN COMMAND...: the command's exit status, and a pattern (of grep -E) that a line of its
+# output or of its errors must match.
 status() {
     local wanted=$1 pattern=$2 && shift 2
     "$@" >out 2>err
     local got=$?
-    [[ $got == "$wanted" ]] || fail "$*: status $got, not $wanted: $(head -c 300 err)"
-    grep -qE -- "$pattern" out err || fail "$*: no '$pattern' in: $(head -c 300 out err)"
+    ((got == wanted)) || fail "$*: status $got, not $wanted: $(head -c 300 err)"
+    [[ -z $pattern ]] || grep -qE -- "$pattern" out err || fail "$*: no '$pattern' in: $(head -c 300 out err)"
+    ! grep -q Sanitizer err || fail "$*: $(head -c 3000 err)"
 }
 same() { diff "$1" "$2" >differences || fail "$3: $(head -5 differences)"; }
-ended() { # STATUS PID WHAT
-    wait "$2"
-    local got=$?
-    [[ $got == "$1" ]] || fail "$3: status $got: $(cat "$3".err)"
-    ! grep -q Sanitizer "$3".err || fail "$3: $(head -c 3000 "$3".err)"
+await() { # COMMAND...: until it succeeds
+    for _ in {1..100}; do "$@" && return; sleep 0.1; done
+    fail "waited for: $*"
 }
-
-# A disk that is full after two seconds: a small one if we may mount it, else a limit of the size of files.
-make_full_disk() { # FOLDER
-    mkdir "$1" && mount -t tmpfs -o size=700k tmpfs "$1" 2>/dev/null
+begin() { # NAME COMMAND...
+    "${@:2}" >"$1".out 2>"$1".err &
+    pids[$1]=$!
 }
-make_room() { # FOLDER PID
-    mount -o remount,size=9m "$1" 2>/dev/null || prlimit --pid "$2" --fsize=unlimited:
+ended() { # NAME: with status 0
+    wait "${pids[$1]}" || fail "$1: status $?: $(head -c 3000 "$1".err)"
+    unset "pids[$1]"
 }
-
-# All recordings at once: three files in three seconds; until SIGTERM; over a full disk, with memory for all
-# that waits and for two seconds of it.
-start() { # SIDE NAME ARGUMENTS...
-    "$(at "$1" acquire)" "$2" "${@:3}" 2>"$2".err &
-    daemons+=($!) && pid[$2]=$!
-}
-declare -A pid
-for side in "${sides[@]}"; do
-    mkdir files.$side stopped.$side
-    start $side files.$side 1 3
-    start $side stopped.$side 60
-    for memory in 60 1; do
-        disk=full.$side.$memory
-        if make_full_disk $disk; then
-            start $side $disk 60 5 $memory
-        else
-            trap '' XFSZ && ulimit -Sf 700
-            start $side $disk 60 5 $memory
-            ulimit -Sf unlimited
-        fi
-    done
-done
-
-# Meanwhile, servers: one per side, over links to the recordings.
-mkdir served
-declare -A port
-for side in "${sides[@]}"; do
-    "$(at $side server)" served >port.$side 2>server.$side.err &
-    daemons+=($!) && pid[server.$side]=$!
-done
-ask() { # SIDE FILE GROUP CHANNEL FIRST COUNT: the answer, without its line "ok COUNT"
-    local IFS=$'\t' line count
-    exec 5<>"/dev/tcp/127.0.0.1/${port[$1]}" && echo "${*:2}" >&5 && IFS= read -r -t 9 line <&5
+ask() { # SIDE FILE GROUP CHANNEL FIRST COUNT: the values, or the error
+    local IFS=$'\t' line
+    exec 5<>"/dev/tcp/127.0.0.1/${port[$1]}" && echo "${*:2}" >&5 && read -r -t 9 line <&5
     if [[ $line == "ok "* ]]; then head -n "${line#ok }" <&5; else echo "$line"; fi
     exec 5>&-
 }
-sleep 1.5
-for side in "${sides[@]}"; do
-    port[$side]=$(grep -o '[0-9]*$' port.$side)
-    ln -s ../stopped.$side/*.$side served/stopped.$side
-    status 0 'Z 0\.72886898685566' "$(at $side rms)" served/stopped.$side fast acceleration
-    [[ $(ask $side stopped.$side fast encoder 25599 1) == 25599 ]] || fail "$side: a growing file"
-    [[ $(ask $side stopped.$side fast encoder 25600 1) == error:* ]] || fail "$side: before its values"
-done
-sleep 1
-for side in "${sides[@]}"; do
-    [[ $(ask $side stopped.$side fast encoder 51199 1) == 51199 ]] || fail "$side: a file that grew"
-    kill ${pid[stopped.$side]}
-    ended 0 ${pid[stopped.$side]} stopped.$side
-    # The values since the last save are there, too.
-    [[ $(ask $side stopped.$side fast encoder 53759 1) == 53759 ]] || fail "$side: saved at the end"
-    cp stopped.$side/* edited.$side && status 0 '' "$(at $side edit)" edited.$side slow new n=1
-done
-sleep 1.2
-for side in "${sides[@]}"; do
-    for memory in 60 1; do make_room full.$side.$memory ${pid[full.$side.$memory]}; done
-done
-for side in "${sides[@]}"; do
-    ended 0 ${pid[files.$side]} files.$side
-    before=
-    number=0
-    for file in files.$side/*; do
-        ln -s ../"$file" served/$number.$side
-        ask $side $number.$side fast encoder 0 25600 >values
-        same values <(seq $((25600 * number)) $((25600 * ++number - 1))) "$file: the values go on"
-        [[ $(ask $side $((number - 1)).$side fast encoder 25600 1) == error:* ]] || fail "$file: length"
-        status 0 'Z 0\.72886898685566' "$(at $side rms)" "$file" fast acceleration
-        read -r start rms <out
-        [[ $(wc -l <out) == 1 ]] || fail "$file: $(cat out)"
-        awk -v rms="$rms" 'BEGIN { d = rms - sqrt(0.53125); exit !(d * d < 1e-18) }' || fail "RMS $rms"
-        now=$(date -d "$start" +%s%N)
-        ((${before:-now - 1000000000} + 1000000000 == now)) || fail "$file: starts at $start"
-        before=$now
-        status 0 "^$start " "$(at $side rms)" "$file" slow temperature
-    done
-    ((number == 3)) || fail "$side: $number files"
+answers() { [[ $(ask "${@:2}") == $1 ]]; } # PATTERN REQUEST...
+expect() { answers "$@" || fail "${*:2}: not $1: $(ask "${@:2}" | head -c 300)"; }
+nanoseconds() { date -d "$1" +%s%N; }
 
+mkdir served && in_tdms=$programs in_h5=$programs/hdf5
+sides=(tdms) && [[ -x $in_h5/acquire ]] && sides+=(h5)
+use() { # SIDE
+    local -n folder=in_$1
+    acquire=$folder/acquire rms=$folder/rms edit=$folder/edit server=$folder/server
+}
+
+# All recordings at once: files of a second; until SIGTERM; over a disk (or a limit) that is full after two
+# seconds, with memory for all that waits and for one second of it.
+for s in "${sides[@]}"; do
+    use "$s" && mkdir files.$s stopped.$s full.$s.60 full.$s.1
+    begin files.$s "$acquire" files.$s 1 3
+    begin stopped.$s "$acquire" stopped.$s 60
     for memory in 60 1; do
-        disk=full.$side.$memory && ended 0 ${pid[$disk]} $disk
-        grep -qE 'No space left|too large' $disk.err && grep -q 'that waited are saved' $disk.err ||
-            fail "$disk: $(cat $disk.err)"
+        disk=full.$s.$memory limit=unlimited
+        mount -t tmpfs -o size=700k tmpfs $disk 2>/dev/null || limit=700
+        begin $disk bash -c "trap '' XFSZ; ulimit -Sf $limit; exec \"\$0\" \"\$@\"" "$acquire" $disk 60 5 $memory
     done
-    ((
+    begin server.$s "$server" served
+done
+
+for s in "${sides[@]}"; do # a recording while it grows, until it is stopped
+    use "$s" && await grep -q port server.$s.out && port[$s]=$(grep -o '[0-9]*$' server.$s.out)
+    await test -e stopped.$s/*.$s && ln -s ../"$(echo stopped.$s/*)" served/growing.$s
+    await answers 25599 $s growing.$s fast encoder 25599 1
+    status 0 'Z 0\.72886898685566' "$rms" served/growing.$s fast acceleration
+    await answers 51199 $s growing.$s fast encoder 51199 1
+    sleep 0.3
+    kill "${pids[stopped.$s]}" && ended stopped.$s
+    expect 51200 $s growing.$s fast encoder 51200 1 # measured after the last full second
+    cp stopped.$s/* stopped && status 0 '' "$edit" stopped slow new name=1
+done
+for disk in full.*.{60,1}; do # room on the full disks
+    await grep -qE 'No space left|too large' $disk.err
+    mount -o remount,size=9m $disk 2>/dev/null || prlimit --pid "${pids[$disk]}" --fsize=unlimited:
+done
+
+recorded() { # FOLDER FILES SECONDS: no gap within a file, and each dated by what the encoder had counted
+    local file number=0 seconds=0 first start mean origin rows
+    for file in "$1"/*; do
+        ln -sf ../"$file" served/file && status 0 '' "$rms" "$file" fast acceleration
+        read -r start mean <out && rows=$(wc -l <out) first=$(ask $s file fast encoder 0 1)
+        ((number++ > 0)) || { origin=$(nanoseconds "$start") && expect 0 $s file fast encoder 0 1; }
+        same <(ask $s file fast encoder 0 $((25600 * rows))) <(seq "$first" $((first + 25600 * rows - 1))) "$file"
+        expect 'error:*' $s file fast encoder $((25600 * rows)) 1
+        (($(nanoseconds "$start") == origin + first * 78125 / 2)) || fail "$file: starts at $start"
+        # The sum of two sines, of amplitudes 1 and 1/4.
+        awk -v mean="$mean" 'BEGIN { d = mean - sqrt(0.53125); exit !(d * d < 1e-24) }' || fail "$file: RMS $mean"
+        status 0 "^$start " "$rms" "$file" slow temperature
+        seconds=$((seconds + rows))
+    done
+    [[ "$number files, $seconds s" == "$2 files, "$3" s" ]] || fail "$1: $number files, $seconds s"
+}
+for s in "${sides[@]}"; do
+    use "$s" && ended files.$s && recorded files.$s 3 3
+    ended full.$s.60 && recorded full.$s.60 1 5
+    ended full.$s.1 && recorded full.$s.1 2 '[34]'
+
+    # Editing adds, and keeps what is there.
+    cp "$(ls files.$s/* | head -1)" served/0.$s && cp served/0.$s served/edited
+    status 0 '' "$edit" served/edited slow temperature note=hello 1.5 -2
+    status 0 '' "$edit" served/edited events event n=1 'a\b'
+    status 0 '' "$edit" served/edited fast acceleration 'sampling rate=12800'
+    status 0 '' "$edit" served/edited new channel n=1 2.25
+    status 2 'edit: "-1" is not a number' "$edit" served/edited fast encoder n=2 -1
+    status 1 'edit: ' "$edit" served/none fast encoder n=2
+    for range in 'slow temperature 0 5' 'slow time 0 5' 'events event 0 2' 'fast encoder 0 25600'; do
+        same <(ask $s edited $range) <(ask $s 0.$s $range) "$s: $range after editing"
+    done
+    expect $'1.5\n-2' $s edited slow temperature 5 2
+    expect 'a\\\\b' $s edited events event 2 1
+    expect 2.25 $s edited new channel 0 1
+    expect 'error:*' $s edited fast encoder 25600 1
+    grep -q hello served/edited || fail "$s: the new property"
+    status 0 '' "$rms" served/edited fast acceleration
+    (($(wc -l <out) == 2)) || fail "$s: the new sampling rate: $(cat out)"
+
+    # Clients: bad ones; one that does not read and hangs up, one that says nothing; then eight at once.
+    for name in ../stopped .. .hidden "$work/stopped" '' none; do expect 'error: *' $s "$name" slow new 0 0; done
+    for range in '0 x' '-1 1' '25600 1' '0 18446744073709551615' '18446744073709551615 2' 0 '0 1 2'; do
+        expect 'error: *' $s 0.$s fast encoder $range
+    done
+    exec 6<>"/dev/tcp/127.0.0.1/${port[$s]}"
+    for _ in {1..20}; do printf '0.%s\tfast\tencoder\t0\t25600\n' $s; done >&6
+    exec 6>&- 6<>"/dev/tcp/127.0.0.1/${port[$s]}"
+    clients=()
+    for c in {0..7}; do
+        for ((first = c; first < 25000; first += 2500)); do
+            [[ $(ask $s 0.$s fast encoder $first 500) == "$(seq $first $((first + 499)))" ]] || echo $c >>clients
+        done &
+        clients+=($!)
+    done
+    wait "${clients[@]}"
+    [[ ! -s clients ]] || fail "$s: clients $(tr '\n' ' ' <clients)"
+    status 2 'rms: usage' "$rms" && status 1 'rms: ' "$rms" served/0.$s fast none
+done
+
+# The converted file gives the same answers, and so does a copy of it, for all types of values and properties.
+if [[ -x $programs/to_hdf5 ]]; then
+    "$seeds" seeds && cp seeds/everything served/all.tdms
+    for name in all 0; do
+        status 0 '' "$programs/to_hdf5" served/$name.tdms served/$name.1
+        status 0 '' "$programs/hdf5/repack" served/$name.1 served/$name.2
+    done
+    for copy in 1 2; do
+        for type in {,u}int{8,16,32,64} float double bool string timestamp; do
+            same <(ask tdms all.tdms g $type 0 48) <(ask h5 all.$copy g $type 0 48) "$copy: $type"
+        done
+        same <(ask tdms 0.tdms fast encoder 0 25600) <(ask h5 0.$copy fast encoder 0 25600) "$copy: encoder"
+        same <("$in_tdms/rms" served/0.tdms fast encoder) <("$in_h5/rms" served/0.$copy fast encoder) "$copy: rms"
+        ! command -v h5dump >/dev/null || for attribute in /int64:-9223372036854775808 /new:'"later"' \
+            /g/bool:FALSE /g/timestamp:86401000000000 /g/float/float:1.4013e-45 /g/uint8/uint8:128; do
+            status 0 "\(0\): ${attribute#*:}$" h5dump -a "${attribute%%:*}" served/all.$copy
+        done
+    done
+fi
+for s in "${sides[@]}"; do kill "${pids[server.$s]}" && ended server.$s; done # one client is still there
+((failures == 0)) && echo "all passed"

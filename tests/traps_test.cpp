@@ -6,19 +6,14 @@ namespace {
 
 constexpr const char* letters[] = {"a", "b", "c", "d", "e", "f", "g"};
 
-using append_function = int (*)(void*, std::uint64_t, const std::int32_t*);
-
-void write_letters(const scratch_file& scratch, std::size_t groups, append_function append,
-                   int (*save)(void*))
+void write_letters(const scratch_file& scratch)
 {
-    const tdms_file file(scratch, "w");
-    for (std::size_t g = 0; g != groups; ++g) {
-        for (std::int32_t i = 0; i != 7; ++i) {
-            const std::int32_t values[] = {i, 10 * i};
-            EXPECT_EQ(0, append(file.channel(letters[g], letters[i]), 2, values));
-        }
+    tdms_file file(scratch, "w");
+    for (std::int32_t i = 0; i != 7; ++i) {
+        const std::int32_t values[] = {i, 10 * i};
+        EXPECT_EQ(0, tdms_append_int32(file.channel("a", letters[i]), 2, values));
     }
-    EXPECT_EQ(0, save(file.handle));
+    file.save_and_close();
 }
 
 // How many of the channels give back what they were given, and nothing else.
@@ -37,28 +32,13 @@ std::size_t right_by_first_functions(const scratch_file& scratch)
     return right;
 }
 
-TEST(Traps, SeveralGroups)
-{
-    const scratch_file scratch;
-    write_letters(scratch, 3, set_channel_data_int32, save_file);
-    EXPECT_EQ(7u, right_by_first_functions(scratch)) << "of 21: those of the first group";
-    const tdms_file file(scratch, "r");
-    for (const char* const group : {"a", "b", "c"}) {
-        for (std::int32_t i = 0; i != 7; ++i) {
-            std::int32_t values[2];
-            EXPECT_EQ(0, tdms_read_int32(file.channel(group, letters[i]), 0, 2, values));
-            EXPECT_EQ(std::pair(i, 10 * i), std::pair(values[0], values[1]));
-        }
-    }
-}
-
 // Two values for one of seven channels: the others state counts without values. With a count of its
 // own, the channel's values are found; with that of the others, nobody can know whose they are.
 TEST(Traps, AppendingToSomeChannels)
 {
     for (const std::uint64_t added : {1ul, 2ul}) {
         const scratch_file scratch;
-        write_letters(scratch, 1, tdms_append_int32, tdms_save);
+        write_letters(scratch);
         EXPECT_EQ(7u, right_by_first_functions(scratch));
         const std::string intact = scratch.bytes();
         const std::int32_t values[] = {70, 71};
@@ -83,29 +63,6 @@ TEST(Traps, AppendingToSomeChannels)
         EXPECT_EQ(0,
                   tdms_read_int32(tdms_file(scratch, "r").channel("a", "d"), 1 + added, 1, &last));
         EXPECT_EQ(values[added - 1], last);
-    }
-}
-
-TEST(Traps, SeveralTimestampChannels)
-{
-    set_time_zone("UTC");
-    const timestamp_fields times[] = {{2024, 1, 1, 0, 0, 0, 0}, {2024, 1, 1, 0, 0, 1, 0}};
-    const scratch_file scratch;
-    const auto write = [&](auto append, auto save) {
-        tdms_file file(scratch, "w");
-        for (std::size_t i = 0; i != 2; ++i) append(file.channel("g", letters[i]), 1, times + i);
-        expect_each(0, {save(file.handle), tdms_close(&file.handle)});
-    };
-    write(set_channel_data_timestamp, save_file);
-    timestamp_fields read{};
-    EXPECT_EQ(0, get_channel_data_timestamp(open_tdms(scratch, "r").channel(0, 0), &read));
-    EXPECT_EQ(1, read.second) << "of the other channel";
-    EXPECT_EQ(std::pair(0ul, 1ul), found_and_lost(tdms_file(scratch, "r").channel("g", "a")));
-    EXPECT_EQ(std::pair(1ul, 0ul), found_and_lost(tdms_file(scratch, "r").channel("g", "b")));
-    write(tdms_append_timestamp, tdms_save);
-    for (std::size_t i = 0; i != 2; ++i) {
-        EXPECT_EQ(0, get_channel_data_timestamp(open_tdms(scratch, "r").channel(0, i), &read));
-        EXPECT_TRUE(is_same(times[i], read));
     }
 }
 
