@@ -1,0 +1,795 @@
+"""Files, groups, channels and their properties."""
+from __future__ import annotations
+
+import ctypes
+import operator
+import os
+from collections.abc import Iterator, Mapping, MutableMapping
+from types import TracebackType
+from typing import (
+    TYPE_CHECKING, Any, Callable, Dict, Generic, List, NamedTuple, NoReturn, Optional, Tuple, Type,
+    TypeVar, Union, overload,
+)  # fmt: skip
+
+import numpy
+import numpy.typing
+
+from tdms._errors import Error, Status, error_of
+from tdms._library import LIB, Value, decode, encode, without_nul
+from tdms._session import Session
+from tdms._values import BY_CODE, STRING, Array, ElementType, PropertyValue
+from tdms._values import from_property, to_property, to_values
+
+if TYPE_CHECKING:
+    import pandas  # type: ignore[import]
+
+#: How many values are in memory at a time where a channel is gone through.
+AT_ONCE = 65536
+STRINGS_AT_ONCE = 64
+#: From so many bytes on between two values of a slice, each is read by itself: a call costs about
+#: as much as copying them.
+FAR_APART = 32768
+#: The file, the group or the channel has no property of that name.
+NO_PROPERTY = (-5007, -5013, -5018)
+
+
+class _Object:
+    """What files, groups and channels have in common."""
+
+    _session: Session
+    _pointer: Any  # the handle, a c_void_p or its address
+    _label: str  # for messages
+
+    def __init__(self) -> None:
+        raise TypeError(f"a {type(self).__name__} comes from a File, by its name")
+
+    @property
+    def properties(self) -> Properties:
+        """The properties, as a dict that lives in the file. Assigning replaces them."""
+        return Properties._of(self)
+
+    # An object is one thing in the file, whatever it holds.
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, _Object):
+            return NotImplemented
+        return self._session is other._session and bool(self._pointer == other._pointer)
+
+    def __hash__(self) -> int:
+        return hash((id(self._session), self._label))
+
+    def __reduce_ex__(self, protocol: Any) -> NoReturn:
+        raise TypeError(
+            f"a {type(self).__name__} cannot be copied or pickled: open the file again by its path"
+        )
+
+
+class Properties(MutableMapping[str, Any]):
+    """The properties of a file, a group or a channel, like a dict in the order of their names.
+
+    Reading returns int, float, bool, str or numpy.datetime64 in nanoseconds, and None for a value
+    of a type that files only name. Writing takes these, and:
+
+    - int: stored as int64, beyond it as uint64;
+    - NumPy scalars, stored with their own type: ``numpy.int16(3)`` as int16;
+    - datetime: with a time zone converted to UTC, without one taken as UTC.
+
+    A new value takes the place of the old, whatever its type. What a file has stays in it, so
+    deleting is a TypeError.
+    """
+
+    _owner: _Object
+
+    def __init__(self) -> None:
+        raise TypeError("properties come from a File, a Group or a Channel")
+
+    @classmethod
+    def _of(cls, owner: _Object) -> Properties:
+        properties = cls.__new__(cls)
+        properties._owner = owner
+        return properties
+
+    def __getitem__(self, name: str) -> Any:
+        """The value of a property.
+
+        Raises:
+            KeyError: there is none of that name.
+            Error: the file is closed.
+        """
+        owner = self._owner
+        data = _lookup_bytes(name)
+        value = Value()
+
+        def get() -> Tuple[int, Any]:
+            if data is None:
+                return NO_PROPERTY[0], None
+            status = LIB.tdms_get_property(owner._pointer, data, len(data), ctypes.byref(value))
+            return status, from_property(value) if status == 0 else None
+
+        status, result = owner._session.run(get)
+        if status in NO_PROPERTY:
+            raise KeyError(f"{owner._label or owner._session.path} has no property {name!r}")
+        if status != 0:
+            raise error_of(status, 0, owner._session.path, owner._label)
+        return result
+
+    def __setitem__(self, name: str, value: PropertyValue) -> None:
+        """Creates a property, or replaces it. It is in the file from the next save on.
+
+        Raises:
+            TypeError: the name is no str, or files have no values of that type.
+            OverflowError: an int that neither int64 nor uint64 holds.
+            ValueError: a time that is not a whole number of nanoseconds from 1677 to 2262; text
+                that cannot be encoded.
+            Error: the file is closed, or open for reading only.
+        """
+        owner = self._owner
+        data = encode(name)
+        given, text = to_property(value)
+        owner._session.call(
+            _below(owner._label, f"property {name!r}"),
+            LIB.tdms_set_property, owner._pointer, data, len(data), ctypes.byref(given),
+        )  # fmt: skip
+        del text  # which had to live so long
+
+    def __delitem__(self, name: str) -> NoReturn:
+        self[name]
+        raise TypeError("a property cannot be removed: a file only grows. Assign another value")
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._names())
+
+    def __len__(self) -> int:
+        return len(self._names())
+
+    def __repr__(self) -> str:
+        try:
+            return repr(dict(self))
+        except Error as error:
+            return f"<tdms.Properties: {error}>"
+
+    def __reduce_ex__(self, protocol: Any) -> NoReturn:
+        raise TypeError("properties cannot be copied or pickled: make a dict of them")
+
+    def _names(self) -> List[str]:
+        pointer = self._owner._pointer
+
+        def list_names() -> List[str]:
+            name, length, value = ctypes.c_void_p(), ctypes.c_uint64(), Value()
+            names: List[str] = []
+            while True:
+                LIB.tdms_next_property(
+                    pointer, ctypes.byref(name), ctypes.byref(length), ctypes.byref(value)
+                )
+                if not name:
+                    return names
+                names.append(decode(name.value, length.value))
+
+        return self._owner._session.run(list_names)
+
+
+class _Level(NamedTuple):
+    """The library's functions for what is one level below an object."""
+
+    what: str
+    count: Any
+    fill: Any
+    get_name: Any
+    find: Any
+    create: Any
+    absent: int
+
+
+GROUPS = _Level(
+    "group", LIB.get_num_group, LIB.get_group, LIB.tdms_get_group_name, LIB.tdms_find_group,
+    LIB.tdms_create_group, -5011,
+)  # fmt: skip
+CHANNELS = _Level(
+    "channel", LIB.get_num_channel, LIB.get_channel, LIB.tdms_get_channel_name,
+    LIB.tdms_find_channel, LIB.tdms_create_channel, -5015,
+)  # fmt: skip
+
+Child = TypeVar("Child", "Group", "Channel")
+
+
+class _Parent(_Object, Mapping[str, Child], Generic[Child]):
+    """A mapping of what is one level below, in the byte order of their paths."""
+
+    _level: _Level
+
+    def _child(self, name: str, pointer: int) -> Child:
+        raise NotImplementedError
+
+    __eq__ = _Object.__eq__  # not what a mapping compares
+    __hash__ = _Object.__hash__
+
+    def __iter__(self) -> Iterator[str]:
+        return iter([name for name, _ in self._list()])
+
+    def __len__(self) -> int:
+        return self._session.ask(self._level.count, self._pointer)[0]
+
+    def __contains__(self, name: object) -> bool:
+        return isinstance(name, str) and self._find(name) is not None
+
+    def _get(self, name: str) -> Child:
+        pointer = self._find(name)
+        if pointer is None:
+            where = _below(self._session.path, self._label)
+            raise KeyError(f"{where} has no {self._level.what} {name!r}")
+        return self._child(name, pointer)
+
+    def _create(self, name: str) -> Child:
+        data = without_nul(encode(name), "a name")
+        if b"/" in data:
+            raise ValueError(f"a name must not contain a slash: {name!r}")
+        pointer = ctypes.c_void_p()
+        self._session.call(
+            _below(self._label, f"{self._level.what} {name!r}"),
+            self._level.create, self._pointer, data, ctypes.byref(pointer),
+        )  # fmt: skip
+        assert pointer.value is not None
+        return self._child(name, pointer.value)
+
+    def _find(self, name: str) -> Optional[int]:
+        data = _lookup_bytes(name)
+        if data is None:
+            return None
+        if b"\0" in data:  # C takes it for the end
+            return next((pointer for other, pointer in self._list() if other == name), None)
+        pointer = ctypes.c_void_p()
+        status, number = self._session.ask(
+            self._level.find, self._pointer, data, ctypes.byref(pointer)
+        )
+        if status not in (0, self._level.absent):
+            raise error_of(status, number, self._session.path, self._label)
+        return pointer.value
+
+    def _list(self) -> List[Tuple[str, int]]:
+        """Names and handles of all."""
+
+        def list_all() -> List[Tuple[str, int]]:
+            count = self._level.count(self._pointer)
+            if count <= 0:
+                return []
+            pointers = (ctypes.c_void_p * count)()
+            self._level.fill(self._pointer, pointers)
+            return [(name_of(pointer), pointer) for pointer in pointers if pointer is not None]
+
+        def name_of(pointer: int) -> str:
+            self._level.get_name(pointer, ctypes.byref(name), ctypes.byref(length))
+            return decode(name.value, length.value)
+
+        name, length = ctypes.c_void_p(), ctypes.c_uint64()
+        return self._session.run(list_all)
+
+
+class File(_Parent["Group"]):
+    """A measurement file: a mapping of groups by their names.
+
+    ``file[group]`` is a Group, ``file[group, channel]`` a Channel. What was created, appended or
+    assigned is in memory until `save`, or until `close`, which the ``with`` statement calls. Any
+    number of threads may use a file; calls wait for each other. Processes open it each for itself.
+    """
+
+    _level = GROUPS
+
+    def __init__(self, path: Union[str, bytes, os.PathLike[Any]], mode: str = "r") -> None:
+        """Opens a file.
+
+        Args:
+            path: the file's path.
+            mode: "r" reads a file; "w" creates one, or empties one that exists; "a" reads a file
+                and appends to it. "w" and "a" lock it against other writers.
+
+        Raises:
+            TypeError, ValueError: a path or mode that is none.
+            Error: the file is damaged, truncated, or being recorded: see `partial`. If the system
+                does not open it, the error is an OSError too: FileNotFoundError, PermissionError;
+                BlockingIOError if another handle writes to it.
+        """
+        if not isinstance(mode, str):
+            raise TypeError(f"mode must be a str, not {type(mode).__name__}")
+        if mode not in ("r", "w", "a"):
+            raise ValueError(f'mode must be "r", "w" or "a", not {mode!r}')
+        name = _path_bytes(path)
+        self._open(name, mode, lambda handle: LIB.tdms_open(name, str.encode(mode), handle))
+
+    @classmethod
+    def partial(cls: Type[F], path: Union[str, bytes, os.PathLike[Any]]) -> F:
+        """Opens for reading what is intact of a file that was truncated, or is being recorded.
+
+        `rest` says how many bytes follow the intact segments; `refresh` takes in what was appended.
+
+        Raises:
+            TypeError, ValueError, Error: as ``File(path)``; of damages only the first segment's.
+        """
+        name, rest = _path_bytes(path), ctypes.c_uint64()
+        file = cls.__new__(cls)
+        file._open(
+            name, "r", lambda handle: LIB.tdms_open_partial(name, handle, ctypes.byref(rest))
+        )
+        file._rest = rest.value
+        return file
+
+    def _open(self, path: bytes, mode: str, open_handle: Callable[[Any], Any]) -> None:
+        self._session = Session(os.fsdecode(path), mode != "r", open_handle)
+        self._pointer = self._session.handle
+        self._label = ""
+        self._mode = mode
+        self._rest = 0
+
+    @property
+    def path(self) -> str:
+        """The path that the file was opened by."""
+        return self._session.path
+
+    @property
+    def mode(self) -> str:
+        """The mode that the file was opened with: "r", "w" or "a"."""
+        return self._mode
+
+    @property
+    def rest(self) -> int:
+        """How many bytes followed the intact segments, when opened by `partial` or refreshed."""
+        return self._rest
+
+    @property
+    def closed(self) -> bool:
+        """Whether the file was closed."""
+        return self._session.closed
+
+    @property
+    def groups(self) -> List[Group]:
+        """All groups, in the order of iteration."""
+        return [self._child(name, pointer) for name, pointer in self._list()]
+
+    @overload
+    def __getitem__(self, name: str) -> Group:
+        ...
+
+    @overload
+    def __getitem__(self, name: Tuple[str, str]) -> Channel:
+        ...
+
+    def __getitem__(self, name: Union[str, Tuple[str, str]]) -> Union[Group, Channel]:
+        """The group of a name, or the channel of two names.
+
+        Raises:
+            KeyError: there is none.
+            TypeError: neither one name nor two.
+            Error: the file is closed.
+        """
+        if isinstance(name, tuple):
+            group, channel = _two_names(name)
+            return self._get(group)[channel]
+        return self._get(name)
+
+    def __contains__(self, name: object) -> bool:
+        if isinstance(name, tuple) and len(name) == 2:
+            group, channel = name
+            return group in self and channel in self[group]
+        return super().__contains__(name)
+
+    def create_group(self, name: str) -> Group:
+        """Creates an empty group.
+
+        Raises:
+            TypeError: the name is no str.
+            ValueError: it has a slash or a NUL.
+            Error: there is a group of that name; the file is closed, or open for reading only.
+        """
+        return self._create(name)
+
+    def save(self) -> None:
+        """Appends everything new to the file, which the operating system has when this returns.
+
+        Raises:
+            Error: it was not written, and stays in memory for the next call. It is an OSError with
+                the system's reason, such as a full disk.
+        """
+        self._session.call("", LIB.tdms_save, self._pointer)
+
+    def sync(self) -> None:
+        """Makes what was saved survive a loss of power. It waits for the disk.
+
+        Raises:
+            Error: that failed; it is an OSError with the system's reason.
+        """
+        self._session.call("", LIB.tdms_sync, self._pointer)
+
+    def refresh(self) -> int:
+        """Takes in what was appended to a file that is open for reading.
+
+        All objects stay valid. The result is the number of bytes that follow the intact segments,
+        which `rest` returns, too.
+
+        Raises:
+            Error: the file is shorter than it was, or another recording: open it again.
+        """
+        rest = ctypes.c_uint64()
+        self._session.call("", LIB.tdms_refresh, self._pointer, ctypes.byref(rest))
+        self._rest = rest.value
+        return self._rest
+
+    def close(self, save: bool = True) -> None:
+        """Saves what was not saved, and closes the file. A closed file stays as it is.
+
+        Args:
+            save: False discards what was not saved.
+
+        Raises:
+            Error: it was not written. The file is closed all the same.
+        """
+        self._session.close(save)
+
+    def to_pandas(self) -> Dict[str, pandas.DataFrame]:
+        """A DataFrame of each group, by the groups' names: see `Group.to_pandas`."""
+        return {group.name: group.to_pandas() for group in self.groups}
+
+    def __enter__(self: F) -> F:
+        self._session.run(lambda: None)
+        return self
+
+    def __exit__(
+        self,
+        kind: Optional[Type[BaseException]],
+        error: Optional[BaseException],
+        trace: Optional[TracebackType],
+    ) -> None:
+        self.close()
+
+    def __repr__(self) -> str:
+        from tdms._describe import describe_file
+
+        return describe_file(self)
+
+    def _child(self, name: str, pointer: int) -> Group:
+        group = Group.__new__(Group)
+        group._session = self._session
+        group._pointer = pointer
+        group._label = name
+        group._file = self
+        return group
+
+
+F = TypeVar("F", bound=File)
+
+
+class Group(_Parent["Channel"]):
+    """A group of a file: a mapping of channels by their names."""
+
+    _level = CHANNELS
+    _file: File
+
+    @property
+    def name(self) -> str:
+        """The group's name."""
+        return self._label
+
+    @property
+    def file(self) -> File:
+        """The file that the group is in."""
+        return self._file
+
+    @property
+    def channels(self) -> List[Channel]:
+        """All channels, in the order of iteration."""
+        return [self._child(name, pointer) for name, pointer in self._list()]
+
+    def __getitem__(self, name: str) -> Channel:
+        """The channel of a name.
+
+        Raises:
+            KeyError: there is none.
+            TypeError: the name is no str.
+            Error: the file is closed.
+        """
+        return self._get(name)
+
+    def create_channel(self, name: str) -> Channel:
+        """Creates a channel, whose type the first values fix.
+
+        Raises:
+            TypeError: the name is no str.
+            ValueError: it has a slash or a NUL.
+            Error: there is a channel of that name; the file is closed, or open for reading only.
+        """
+        return self._create(name)
+
+    def to_pandas(self) -> pandas.DataFrame:
+        """All channels side by side, a column each.
+
+        The index is the first channel of times, if no channel is longer than it; otherwise it is
+        the values' numbers. Columns shorter than the longest end in missing values; those of
+        integers and bool then have pandas' nullable types, so that no value changes.
+
+        Raises:
+            ImportError: pandas is not installed.
+            Error: as `Channel.read`.
+        """
+        from tdms._frames import frame_of
+
+        return frame_of(self)
+
+    def __repr__(self) -> str:
+        from tdms._describe import describe_group
+
+        return describe_group(self)
+
+    def _child(self, name: str, pointer: int) -> Channel:
+        channel = Channel.__new__(Channel)
+        channel._session = self._session
+        channel._pointer = pointer
+        channel._label = f"{self._label}/{name}"
+        channel._name = name
+        channel._group = self
+        channel._known = None
+        return channel
+
+
+class Channel(_Object):
+    """A channel: a sequence of values of one type, which the file holds.
+
+    ``channel[5]`` is a NumPy scalar, str or numpy.datetime64; ``channel[10:20]`` an array, or a
+    list of str. Nothing else is read for them. Values count from the save on that wrote them.
+    """
+
+    _name: str
+    _group: Group
+    _known: Optional[ElementType]
+
+    @property
+    def name(self) -> str:
+        """The channel's name."""
+        return self._name
+
+    @property
+    def group(self) -> Group:
+        """The group that the channel is in."""
+        return self._group
+
+    @property
+    def dtype(self) -> Optional[numpy.dtype[Any]]:
+        """The NumPy type of the values: object for strings, datetime64[ns] for times. It is None
+        until the first values fix it.
+
+        Raises:
+            Error: the file is closed, or names a type that the format does not know.
+        """
+        element = self._element()
+        return None if element is None else element.dtype
+
+    @property
+    def lost(self) -> int:
+        """How many values the file states but does not hold. They have no numbers.
+
+        Raises:
+            Error: the values cannot be located, or the file is closed.
+        """
+        return self._counts()[1]
+
+    def __len__(self) -> int:
+        return self._counts()[0]
+
+    def __getitem__(self, key: Any) -> Any:
+        """A value, or the values of a slice.
+
+        Raises:
+            IndexError, TypeError, ValueError: as a list does.
+            Error: the values cannot be read, or the file is closed.
+        """
+        length = len(self)
+        if isinstance(key, slice):
+            return self._read_every(range(length)[key])
+        index = operator.index(key)
+        if index < 0:
+            index += length
+        if not 0 <= index < length:
+            raise IndexError(f"{self._label} has {length} values, and none at {key}")
+        return self._read(index, 1)[0]
+
+    def __iter__(self) -> Iterator[Any]:
+        """All values there are now, of which a bounded number is in memory at a time."""
+        for part in self.chunks(STRINGS_AT_ONCE if self._element() is STRING else AT_ONCE):
+            yield from part
+
+    def chunks(self, size: int) -> Iterator[Any]:
+        """All values there are now, as one array after the other, or list of str.
+
+        Args:
+            size: the values in each, except that the last may have fewer.
+
+        Raises:
+            TypeError, ValueError: the size is no positive integer.
+            Error: while iterating, as `read`.
+        """
+        size = operator.index(size)
+        if size < 1:
+            raise ValueError(f"the size of a chunk must be positive, not {size}")
+        length = len(self)
+        return (self._read(first, min(size, length - first)) for first in range(0, length, size))
+
+    def read(self, first: int = 0, count: Optional[int] = None, out: Optional[Array] = None) -> Any:
+        """Reads a range of values.
+
+        Args:
+            first: the number of the first value.
+            count: how many values; None for all from the first on.
+            out: an array for the values, of `count` elements of the channel's dtype. It saves the
+                system from providing new memory for each of many reads.
+
+        Returns:
+            A one-dimensional array of the channel's dtype, which is `out` if that was given; a list
+            of str for strings.
+
+        Raises:
+            IndexError: beyond the last value.
+            TypeError, ValueError: `out` is no array as described.
+            Error: the values cannot be read, or the file is closed.
+        """
+        length = len(self)
+        first = operator.index(first)
+        count = length - first if count is None else operator.index(count)
+        if first < 0 or count < 0 or first + count > length:
+            raise IndexError(f"{self._label} has {length} values: not {count} from {first} on")
+        return self._read(first, count, out)
+
+    def append(self, values: Any) -> None:
+        """Adds values after those that the channel has, in memory until the next save.
+
+        An array, or anything that makes itself one, fixes the type of a new channel; otherwise it
+        must have the channel's type, or one that NumPy casts safely. Sequences of bool, int, float,
+        str or datetime fix bool, int64 (beyond it uint64), float64, string or time, and convert to
+        the channel's type if nothing but the rounding of floats is lost. Times without a time zone
+        are UTC. Without values a sequence fixes no type.
+
+        Args:
+            values: a one-dimensional array or a sequence.
+
+        Raises:
+            TypeError: values of types that files, or this channel, do not have.
+            ValueError: more dimensions than one; a time that is not a whole number of nanoseconds
+                from 1677 to 2262; a string with a NUL.
+            OverflowError: a number beyond the channel's type.
+            Error: the file is closed, or open for reading only; 4 GiB of strings before a save.
+                Whatever is raised, nothing was added.
+        """
+        converted = to_values(values, self._element())
+        if converted is None:
+            return
+        element, data = converted
+        argument: Any
+        if isinstance(data, list):
+            argument = (ctypes.c_char_p * len(data))(*data)
+        else:
+            argument = data.ctypes.data
+        self._session.call(self._label, element.append, self._pointer, len(data), argument)
+
+    def to_pandas(self) -> pandas.Series:
+        """The values as a Series with the channel's name.
+
+        The index is the group's first channel of times, if it has as many values and is another;
+        otherwise it is the values' numbers.
+
+        Raises:
+            ImportError: pandas is not installed.
+            Error: as `read`.
+        """
+        from tdms._frames import series_of
+
+        return series_of(self)
+
+    def __array__(
+        self, dtype: Optional[numpy.typing.DTypeLike] = None, copy: Optional[bool] = None
+    ) -> Array:
+        if copy is False:
+            raise ValueError("the values are in a file: an array of them is a copy")
+        values = self.read()
+        array: Array = numpy.array(values, object) if isinstance(values, list) else values
+        return array if dtype is None else array.astype(dtype, copy=False)
+
+    def __repr__(self) -> str:
+        from tdms._describe import describe_channel
+
+        return f"<tdms.Channel {describe_channel(self)}>"
+
+    def _element(self) -> Optional[ElementType]:
+        """The channel's type, which does not change once it has one."""
+        code, _ = self._session.ask(LIB.get_channel_datatype, self._pointer)
+        if self._known is None and code != 0:
+            self._known = BY_CODE.get(code)
+            if self._known is None:
+                raise error_of(Status.DATATYPE, 0, self._session.path, self._label)
+        return self._known
+
+    def _counts(self) -> Tuple[int, int]:
+        count, lost = ctypes.c_uint64(), ctypes.c_uint64()
+        self._session.call(
+            self._label,
+            LIB.tdms_get_num_values, self._pointer, ctypes.byref(count), ctypes.byref(lost),
+        )  # fmt: skip
+        return count.value, lost.value
+
+    def _read(self, first: int, count: int, out: Optional[Array] = None) -> Any:
+        element = self._element()
+        if element is STRING:
+            if out is not None:
+                raise TypeError("strings are not read into an array")
+            return self._read_strings(first, count)
+        dtype = element.dtype if element is not None else numpy.dtype("float64")
+        array = numpy.empty(count, dtype) if out is None else _checked(out, count, dtype)
+        if element is not None:
+            self._session.call(
+                self._label, element.read, self._pointer, first, count, array.ctypes.data
+            )
+        return array
+
+    def _read_strings(self, first: int, count: int) -> List[str]:
+        size = ctypes.c_uint64()
+        self._session.call(
+            self._label,
+            LIB.tdms_get_string_size, self._pointer, first, count, ctypes.byref(size),
+        )  # fmt: skip
+        bytes_read = numpy.empty(size.value, "uint8")
+        begins = numpy.empty(count + 1, "uint64")
+        begin = bytes_read.ctypes.data
+        self._session.call(
+            self._label, LIB.tdms_read_string,
+            self._pointer, first, count, begin, size.value, begins.ctypes.data,
+        )  # fmt: skip
+        offsets = (begins - numpy.uint64(begin)).tolist()
+        view = bytes_read.data
+        return [
+            str(view[offset : end - 1], "utf-8", "surrogateescape")
+            for offset, end in zip(offsets, offsets[1:])
+        ]
+
+    def _read_every(self, wanted: range) -> Any:
+        """The values of these numbers, without all between in memory."""
+        if wanted.step < 0:
+            return self._read_every(wanted[::-1])[::-1]
+        count, step = len(wanted), wanted.step
+        if step == 1 or count < 2:
+            return self._read(wanted.start if count else 0, count)
+        dtype = self.dtype
+        assert dtype is not None  # a channel that has values
+        strings = dtype == STRING.dtype
+        at_once = STRINGS_AT_ONCE if strings else AT_ONCE
+        per_read = max(at_once // step, 1) if step * dtype.itemsize < FAR_APART else 1
+        result: Any = [""] * count if strings else numpy.empty(count, dtype)
+        for done in range(0, count, per_read):
+            part = wanted[done : done + per_read]
+            read = self._read(part.start, part[-1] - part.start + 1)
+            result[done : done + len(part)] = read[::step]
+        return result
+
+
+def _below(owner: str, name: str) -> str:
+    return ": ".join(part for part in (owner, name) if part)
+
+
+def _lookup_bytes(name: str) -> Optional[bytes]:
+    """The bytes of a name that is looked for; None if no name has such text."""
+    try:
+        return encode(name)
+    except UnicodeEncodeError:
+        return None
+
+
+def _path_bytes(path: Union[str, bytes, os.PathLike[Any]]) -> bytes:
+    return without_nul(os.fsencode(path), "a path")
+
+
+def _two_names(names: Tuple[Any, ...]) -> Tuple[str, str]:
+    if len(names) != 2:
+        raise TypeError(f"expected the names of a group and a channel, not {names!r}")
+    return names[0], names[1]
+
+
+def _checked(out: Array, count: int, dtype: numpy.dtype[Any]) -> Array:
+    """The same array, if C can write so many values of the type to it."""
+    if not isinstance(out, numpy.ndarray) or out.dtype != dtype:
+        raise TypeError(f"out must be an array of {dtype}")
+    if out.shape != (count,) or not out.flags.carray:
+        raise ValueError(f"out must be a contiguous, writable array of {count} values")
+    return out
