@@ -92,7 +92,9 @@ class TDMS_API error : public std::runtime_error {
     static std::string message(int status, int reason)
     {
         std::string text = tdms_status_text(status);
-        if (by_system(status)) text += " " + std::generic_category().message(reason) + ".";
+        if (by_system(status)) {
+            text.append(" ").append(std::generic_category().message(reason)).append(".");
+        }
         return text;
     }
 
@@ -320,10 +322,12 @@ class object {
         const int reason = errno;
         std::string subject = file_->path;
         if (file_->handle != nullptr && group_ != nullptr) {
-            subject += ": " + detail::name_of(group_, tdms_get_group_name);
-            if (group_ != handle_) subject += "/" + detail::name_of(handle_, tdms_get_channel_name);
+            subject.append(": ").append(detail::name_of(group_, tdms_get_group_name));
+            if (group_ != handle_) {
+                subject.append("/").append(detail::name_of(handle_, tdms_get_channel_name));
+            }
         }
-        if (name.data() != nullptr) subject += ": \"" + std::string(name) + '"';
+        if (name.data() != nullptr) subject.append(": \"").append(name).append("\"");
         throw error(status, subject, reason);
     }
 

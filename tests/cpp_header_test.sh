@@ -49,7 +49,7 @@ CPP
 
 for compiler in "$@"; do
     # -isystem would hide the header's own warnings.
-    "$compiler" -std=c++20 -Wall -Wextra -Wshadow -Wconversion -Wpedantic -Werror -I "$include" \
+    "$compiler" -std=c++20 -O2 -Wall -Wextra -Wshadow -Wconversion -Wpedantic -Werror -I "$include" \
         "$scratch/one.cpp" "$scratch/two.cpp" -o "$scratch/program" "$library" \
         -Wl,-rpath,"$(dirname "$library")"
     "$scratch/program" "$scratch/file.tdms"
