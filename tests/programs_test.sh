@@ -8,7 +8,7 @@ work=$(mktemp -d) && cd "$work" || exit 1
 declare -A pids port
 leave() {
     ((${#pids[@]} == 0)) || kill "${pids[@]}" 2>/dev/null
-    umount full.* 2>/dev/null
+    umount full.60 full.1 2>/dev/null
     rm -rf "$work"
 }
 trap leave EXIT
@@ -29,23 +29,24 @@ await() { # COMMAND...: until it succeeds
     for _ in {1..100}; do "$@" && return; sleep 0.1; done
     fail "waited for: $*"
 }
+gone() { ! kill -0 "$1" 2>/dev/null; }
 begin() { # NAME COMMAND...
     "${@:2}" >"$1".out 2>"$1".err &
     pids[$1]=$!
 }
 ended() { # NAME: with status 0
+    await gone "${pids[$1]}"
     wait "${pids[$1]}" || fail "$1: status $?: $(head -c 3000 "$1".err)"
     unset "pids[$1]"
 }
 ask() { # SIDE FILE GROUP CHANNEL FIRST COUNT: the values, or the error
-    local IFS=$'\t' line
+    local IFS=$'\t' line=
     exec 5<>"/dev/tcp/127.0.0.1/${port[$1]}" && echo "${*:2}" >&5 && read -r -t 9 line <&5
     if [[ $line == "ok "* ]]; then head -n "${line#ok }" <&5; else echo "$line"; fi
     exec 5>&-
 }
 answers() { [[ $(ask "${@:2}") == $1 ]]; } # PATTERN REQUEST...
 expect() { answers "$@" || fail "${*:2}: not $1: $(ask "${@:2}" | head -c 300)"; }
-nanoseconds() { date -d "$1" +%s%N; }
 
 mkdir served && in_tdms=$programs in_h5=$programs/hdf5
 sides=(tdms) && [[ -x $in_h5/acquire ]] && sides+=(h5)
@@ -54,18 +55,18 @@ use() { # SIDE
     acquire=$folder/acquire rms=$folder/rms edit=$folder/edit server=$folder/server
 }
 
-# All recordings at once: files of a second; until SIGTERM; over a disk (or a limit) that is full after two
-# seconds, with memory for all that waits and for one second of it.
+# All recordings at once: files of a second; until SIGTERM; over a disk (or, if we may not mount one, a limit)
+# that is full after two seconds, with memory for all that waits and for one second of it.
 for s in "${sides[@]}"; do
-    use "$s" && mkdir files.$s stopped.$s full.$s.60 full.$s.1
+    use "$s" && mkdir files.$s stopped.$s
     begin files.$s "$acquire" files.$s 1 3
     begin stopped.$s "$acquire" stopped.$s 60
-    for memory in 60 1; do
-        disk=full.$s.$memory limit=unlimited
-        mount -t tmpfs -o size=700k tmpfs $disk 2>/dev/null || limit=700
-        begin $disk bash -c "trap '' XFSZ; ulimit -Sf $limit; exec \"\$0\" \"\$@\"" "$acquire" $disk 60 5 $memory
-    done
     begin server.$s "$server" served
+done
+for memory in 60 1; do
+    use tdms && mkdir full.$memory && limit=unlimited
+    mount -t tmpfs -o size=700k tmpfs full.$memory 2>/dev/null || limit=700
+    begin full.$memory bash -c "trap '' XFSZ; ulimit -Sf $limit; exec $(printf '%q ' "$acquire") full.$memory 60 5 $memory"
 done
 
 for s in "${sides[@]}"; do # a recording while it grows, until it is stopped
@@ -77,9 +78,9 @@ for s in "${sides[@]}"; do # a recording while it grows, until it is stopped
     sleep 0.3
     kill "${pids[stopped.$s]}" && ended stopped.$s
     expect 51200 $s growing.$s fast encoder 51200 1 # measured after the last full second
-    cp stopped.$s/* stopped && status 0 '' "$edit" stopped slow new name=1
+    cp stopped.$s/* outside.$s && status 0 '' "$edit" outside.$s slow new name=1
 done
-for disk in full.*.{60,1}; do # room on the full disks
+for disk in full.{60,1}; do # room again
     await grep -qE 'No space left|too large' $disk.err
     mount -o remount,size=9m $disk 2>/dev/null || prlimit --pid "${pids[$disk]}" --fsize=unlimited:
 done
@@ -89,10 +90,11 @@ recorded() { # FOLDER FILES SECONDS: no gap within a file, and each dated by wha
     for file in "$1"/*; do
         ln -sf ../"$file" served/file && status 0 '' "$rms" "$file" fast acceleration
         read -r start mean <out && rows=$(wc -l <out) first=$(ask $s file fast encoder 0 1)
-        ((number++ > 0)) || { origin=$(nanoseconds "$start") && expect 0 $s file fast encoder 0 1; }
-        same <(ask $s file fast encoder 0 $((25600 * rows))) <(seq "$first" $((first + 25600 * rows - 1))) "$file"
+        ((number++ > 0)) || { origin=$(date -d "$start" +%s%N) && expect 0 $s file fast encoder 0 1; }
+        same <(ask $s file fast encoder 0 $((25600 * rows)) | awk '{ printf "%d\n", $1 }') \
+            <(seq "$first" $((first + 25600 * rows - 1))) "$file"
         expect 'error:*' $s file fast encoder $((25600 * rows)) 1
-        (($(nanoseconds "$start") == origin + first * 78125 / 2)) || fail "$file: starts at $start"
+        (($(date -d "$start" +%s%N) == origin + first * 78125 / 2)) || fail "$file: starts at $start"
         # The sum of two sines, of amplitudes 1 and 1/4.
         awk -v mean="$mean" 'BEGIN { d = mean - sqrt(0.53125); exit !(d * d < 1e-24) }' || fail "$file: RMS $mean"
         status 0 "^$start " "$rms" "$file" slow temperature
@@ -102,15 +104,12 @@ recorded() { # FOLDER FILES SECONDS: no gap within a file, and each dated by wha
 }
 for s in "${sides[@]}"; do
     use "$s" && ended files.$s && recorded files.$s 3 3
-    ended full.$s.60 && recorded full.$s.60 1 5
-    ended full.$s.1 && recorded full.$s.1 2 '[34]'
-
     # Editing adds, and keeps what is there.
     cp "$(ls files.$s/* | head -1)" served/0.$s && cp served/0.$s served/edited
-    status 0 '' "$edit" served/edited slow temperature note=hello 1.5 -2
-    status 0 '' "$edit" served/edited events event n=1 'a\b'
+    for arguments in 'slow temperature note=hello 1.5 -2' 'events event n=1 a\b' 'new channel n=1 2.25'; do
+        status 0 '' "$edit" served/edited $arguments
+    done
     status 0 '' "$edit" served/edited fast acceleration 'sampling rate=12800'
-    status 0 '' "$edit" served/edited new channel n=1 2.25
     status 2 'edit: "-1" is not a number' "$edit" served/edited fast encoder n=2 -1
     status 1 'edit: ' "$edit" served/none fast encoder n=2
     for range in 'slow temperature 0 5' 'slow time 0 5' 'events event 0 2' 'fast encoder 0 25600'; do
@@ -125,13 +124,12 @@ for s in "${sides[@]}"; do
     (($(wc -l <out) == 2)) || fail "$s: the new sampling rate: $(cat out)"
 
     # Clients: bad ones; one that does not read and hangs up, one that says nothing; then eight at once.
-    for name in ../stopped .. .hidden "$work/stopped" '' none; do expect 'error: *' $s "$name" slow new 0 0; done
+    for name in ../outside.$s "$work/outside.$s" .. .hidden '' none; do expect 'error: *' $s "$name" slow new 0 0; done
     for range in '0 x' '-1 1' '25600 1' '0 18446744073709551615' '18446744073709551615 2' 0 '0 1 2'; do
         expect 'error: *' $s 0.$s fast encoder $range
     done
-    exec 6<>"/dev/tcp/127.0.0.1/${port[$s]}"
-    for _ in {1..20}; do printf '0.%s\tfast\tencoder\t0\t25600\n' $s; done >&6
-    exec 6>&- 6<>"/dev/tcp/127.0.0.1/${port[$s]}"
+    printf "0.$s\tfast\tencoder\t0\t25600\n%.0s" {1..20} >"/dev/tcp/127.0.0.1/${port[$s]}"
+    exec {silent}<>"/dev/tcp/127.0.0.1/${port[$s]}"
     clients=()
     for c in {0..7}; do
         for ((first = c; first < 25000; first += 2500)); do
@@ -143,6 +141,8 @@ for s in "${sides[@]}"; do
     [[ ! -s clients ]] || fail "$s: clients $(tr '\n' ' ' <clients)"
     status 2 'rms: usage' "$rms" && status 1 'rms: ' "$rms" served/0.$s fast none
 done
+ended full.60 && s=tdms && use tdms && recorded full.60 1 5
+ended full.1 && recorded full.1 2 '[34]'
 
 # The converted file gives the same answers, and so does a copy of it, for all types of values and properties.
 if [[ -x $programs/to_hdf5 ]]; then
@@ -163,5 +163,5 @@ if [[ -x $programs/to_hdf5 ]]; then
         done
     done
 fi
-for s in "${sides[@]}"; do kill "${pids[server.$s]}" && ended server.$s; done # one client is still there
+for s in "${sides[@]}"; do kill "${pids[server.$s]}"; ended server.$s; done # a client is still there
 ((failures == 0)) && echo "all passed"

@@ -3,9 +3,9 @@
 //     acquire FOLDER [SECONDS_PER_FILE [SECONDS [SECONDS_IN_MEMORY]]]
 //         defaults: 60 seconds per file, 0 seconds (until SIGTERM), 600 seconds in memory
 //
-// A file has three groups: fast signals, slow signals and events. It is named by the time of its first
-// sample. New values are saved every second; a finished file is synced and closed. SIGTERM and SIGINT
-// end the program after a last save.
+// A file has three groups: fast signals, slow signals and events. It is named by the time of its
+// first sample. New values are saved every second; a finished file is synced and closed. SIGTERM
+// and SIGINT end the program after a last save.
 //
 // While the disk is full, values wait in memory, and every second tries to save all of them. When
 // SECONDS_IN_MEMORY wait, new values are dropped until a save succeeds; the next file then starts
@@ -24,16 +24,18 @@
 
 namespace {
 
-// Refuses a name that is taken: "w" would empty the file.
-std::string new_name(const std::string& folder, moment start)
+// Rejects a name that is taken: "w" would empty that file.
+std::string new_path(const std::string& folder, moment start)
 {
-    const std::string path = folder + '/' + to_text(start) + ".tdms";
+    std::string name = to_text(start) + ".tdms";
+    std::erase(name, ':');
+    std::string path = folder + '/' + name;
     if (std::filesystem::exists(path)) throw std::runtime_error(path + ": exists already");
     return path;
 }
 
 struct recording {
-    recording(const std::string& folder, moment start) : file(new_name(folder, start), "w")
+    recording(const std::string& folder, moment start) : file(new_path(folder, start), "w")
     {
         file.property("title", "Machine under load");
         fast.property("start", start);
@@ -62,7 +64,7 @@ struct recording {
     tdms::channel temperature = slow.add_channel("temperature");
     tdms::channel event_time = events.add_channel("time");
     tdms::channel event = events.add_channel("event");
-    int seconds = 0;
+    unsigned seconds = 0;
 };
 
 bool is_full(const tdms::error& e)
@@ -73,7 +75,7 @@ bool is_full(const tdms::error& e)
 
 class acquisition {
   public:
-    acquisition(std::string folder, int seconds_per_file, int seconds_in_memory)
+    acquisition(std::string folder, unsigned seconds_per_file, unsigned seconds_in_memory)
         : folder_(std::move(folder)),
           seconds_per_file_(seconds_per_file),
           seconds_in_memory_(seconds_in_memory),
@@ -81,28 +83,29 @@ class acquisition {
     {
     }
 
-    void run(int seconds)
+    void run(unsigned seconds)
     {
-        bool stopping = false;
-        for (int second = 1; !stopping; ++second) {
-            stopping = !measure_second() || second == seconds;
+        for (unsigned second = 1; !stopping_; ++second) {
+            measure_second();
+            if (second == seconds) stopping_ = true;
             save();
         }
-        if (waiting_ != 0) throw std::runtime_error("the last values could not be saved");
+        if (waiting_ != 0) {
+            throw std::runtime_error(std::to_string(waiting_) + " s of values are lost");
+        }
         current_.file.sync();
         current_.file.close();
     }
 
   private:
-    // Returns false if a signal has ended it early.
-    bool measure_second()
+    void measure_second()
     {
-        for (int i = 0; i != device::blocks_per_second; ++i) {
-            if (stop_.wait_until(machine_.due())) return false;
+        for (int i = 0; i != device::blocks_per_second && !stopping_; ++i) {
+            stopping_ = stop_.wait_until(machine_.due());
+            if (stopping_) return;
             const block b = machine_.next();
             if (!dropping_) current_.append(b);
         }
-        return true;
     }
 
     void save()
@@ -111,18 +114,19 @@ class acquisition {
             current_.file.save();
             if (waiting_ != 0) std::cerr << "acquire: all values that waited are saved\n";
             waiting_ = 0;
-            if (++current_.seconds >= seconds_per_file_ || dropping_) begin_next_file();
+            ++current_.seconds;
+            if (!stopping_ && (dropping_ || current_.seconds >= seconds_per_file_)) next_file();
         } catch (const tdms::error& e) {
             if (!is_full(e)) throw;
-            if (++waiting_ == 1) std::cerr << "acquire: " << e.what() << " Values wait in memory.\n";
-            if (waiting_ == seconds_in_memory_) {
-                std::cerr << "acquire: no more memory for waiting values: new ones are dropped\n";
-                dropping_ = true;
-            }
+            if (waiting_++ == 0)
+                std::cerr << "acquire: " << e.what() << " Values wait in memory.\n";
+            if (waiting_ < seconds_in_memory_ || dropping_) return;
+            std::cerr << "acquire: too many values wait: new ones are dropped\n";
+            dropping_ = true;
         }
     }
 
-    void begin_next_file()
+    void next_file()
     {
         current_.file.sync();
         recording next(folder_, machine_.time());
@@ -132,13 +136,14 @@ class acquisition {
     }
 
     std::string folder_;
-    int seconds_per_file_;
-    int seconds_in_memory_;
+    unsigned seconds_per_file_;
+    unsigned seconds_in_memory_;
     stop_signal stop_;
     device machine_;
     recording current_;
-    int waiting_ = 0;  // seconds that are in memory only
-    bool dropping_ = false;
+    unsigned waiting_ = 0;   // seconds of values that are in memory only
+    bool dropping_ = false;  // until the next file
+    bool stopping_ = false;
 };
 
 }  // namespace
@@ -150,9 +155,9 @@ int main(int argc, char** argv)
             throw std::invalid_argument(
                 "usage: acquire FOLDER [SECONDS_PER_FILE [SECONDS [SECONDS_IN_MEMORY]]]");
         }
-        acquisition a(argv[1], argc > 2 ? to_number<int>(argv[2]) : 60,
-                      argc > 4 ? to_number<int>(argv[4]) : 600);
-        a.run(argc > 3 ? to_number<int>(argv[3]) : 0);
+        acquisition a(argv[1], argc > 2 ? to_number<unsigned>(argv[2]) : 60,
+                      argc > 4 ? to_number<unsigned>(argv[4]) : 600);
+        a.run(argc > 3 ? to_number<unsigned>(argv[3]) : 0);
         return 0;
     } catch (const std::invalid_argument& e) {
         std::cerr << "acquire: " << e.what() << '\n';

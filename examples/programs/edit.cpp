@@ -2,16 +2,20 @@
 //
 //     edit FILE GROUP CHANNEL NAME=TEXT [VALUE...]
 //
-// The property is a double if TEXT is a number, otherwise a string; one of that name is replaced. Values
-// are appended in the channel's type, times as nanoseconds since 1970-01-01T00:00:00Z. A group or a
-// channel that is not there is added, the channel with doubles. All is added, or nothing.
+// The property is a double if TEXT is a number, otherwise a string; one of that name is replaced.
+// Values are appended in the channel's type, times as nanoseconds since 1970-01-01T00:00:00Z. A
+// group or a channel that is not there is added, the channel with doubles. All is added, or
+// nothing.
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <iostream>
+#include <map>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <tdms.hpp>
+#include <type_traits>
 #include <vector>
 
 #include "support/text.hpp"
@@ -42,37 +46,22 @@ void append(tdms::channel& c, words values)
     c.append(converted);
 }
 
-void append_any(tdms::channel& c, words values)
-{
-    switch (c.type()) {
-        case TDMS_TYPE_INT8:
-            return append<std::int8_t>(c, values);
-        case TDMS_TYPE_INT16:
-            return append<std::int16_t>(c, values);
-        case TDMS_TYPE_INT32:
-            return append<std::int32_t>(c, values);
-        case TDMS_TYPE_INT64:
-            return append<std::int64_t>(c, values);
-        case TDMS_TYPE_UINT8:
-            return append<std::uint8_t>(c, values);
-        case TDMS_TYPE_UINT16:
-            return append<std::uint16_t>(c, values);
-        case TDMS_TYPE_UINT32:
-            return append<std::uint32_t>(c, values);
-        case TDMS_TYPE_UINT64:
-            return append<std::uint64_t>(c, values);
-        case TDMS_TYPE_FLOAT:
-            return append<float>(c, values);
-        case TDMS_TYPE_STRING:
-            return append<std::string>(c, values);
-        case TDMS_TYPE_BOOL:
-            return append<bool>(c, values);
-        case TDMS_TYPE_TIMESTAMP:
-            return append<tdms::time>(c, values);
-        default:
-            return append<double>(c, values);
-    }
-}
+const std::map<int, void (*)(tdms::channel&, words)> append_as = {
+    {TDMS_TYPE_VOID, append<double>},
+    {TDMS_TYPE_INT8, append<std::int8_t>},
+    {TDMS_TYPE_INT16, append<std::int16_t>},
+    {TDMS_TYPE_INT32, append<std::int32_t>},
+    {TDMS_TYPE_INT64, append<std::int64_t>},
+    {TDMS_TYPE_UINT8, append<std::uint8_t>},
+    {TDMS_TYPE_UINT16, append<std::uint16_t>},
+    {TDMS_TYPE_UINT32, append<std::uint32_t>},
+    {TDMS_TYPE_UINT64, append<std::uint64_t>},
+    {TDMS_TYPE_FLOAT, append<float>},
+    {TDMS_TYPE_DOUBLE, append<double>},
+    {TDMS_TYPE_STRING, append<std::string>},
+    {TDMS_TYPE_BOOL, append<bool>},
+    {TDMS_TYPE_TIMESTAMP, append<tdms::time>},
+};
 
 tdms::property_value to_property(const std::string& text)
 {
@@ -92,7 +81,7 @@ void edit(const char* path, const char* group, const char* channel, const std::s
     tdms::group g = f.contains(group) ? f[group] : f.add_group(group);
     tdms::channel c = g.contains(channel) ? g[channel] : g.add_channel(channel);
     c.property(assignment.substr(0, equals), to_property(assignment.substr(equals + 1)));
-    append_any(c, values);
+    append_as.at(c.type())(c, values);
     f.save();
     f.sync();
     f.close();

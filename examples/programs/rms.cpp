@@ -5,14 +5,15 @@
 // Prints a line per second: when it begins, and the RMS of its values; the last second may be
 // incomplete. When a value was measured is taken from the channel "time" of the group. Without one,
 // it follows from the properties "start" and "sampling rate" of the channel, its group or the file,
-// or from RATE in Hz. Takes the same memory for every length, and reads a file while it is recorded.
+// or from RATE in Hz. Takes the same memory for every length, and reads a file while it is
+// recorded.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <exception>
+#include <initializer_list>
 #include <iostream>
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -26,12 +27,17 @@ namespace {
 constexpr std::uint64_t at_once = 65536;
 
 template <class T>
-T inherited(const tdms::file& f, const tdms::group& g, const tdms::channel& c, const char* name,
-            const T& otherwise)
+T inherited(std::initializer_list<tdms::object> objects, const char* name, T otherwise)
 {
-    if (c.properties().contains(name)) return c.property<T>(name);
-    if (g.properties().contains(name)) return g.property<T>(name);
-    return f.properties().contains(name) ? f.property<T>(name) : otherwise;
+    for (const tdms::object& o : objects) {
+        if (o.properties().contains(name)) return o.property<T>(name);
+    }
+    return otherwise;
+}
+
+std::chrono::nanoseconds after(std::uint64_t samples, double rate)
+{
+    return std::chrono::nanoseconds(std::llround(static_cast<double>(samples) * 1e9 / rate));
 }
 
 class mean_of_seconds {
@@ -63,9 +69,10 @@ void print_rms(const char* path, const char* group, const char* name, double giv
     const tdms::group g = f[group];
     const tdms::channel c = g[name];
     const bool timed = g.contains("time") && g["time"].type() == TDMS_TYPE_TIMESTAMP;
-    const double rate = given_rate > 0 ? given_rate : inherited(f, g, c, "sampling rate", 0.0);
-    const moment start = inherited(f, g, c, "start", moment());
-    if (!timed && !(rate > 0)) throw std::runtime_error(f.path() + ": no time and no sampling rate");
+    const double rate = given_rate > 0 ? given_rate : inherited({c, g, f}, "sampling rate", 0.0);
+    const moment start = inherited({c, g, f}, "start", moment());
+    if (!timed && !(rate > 0))
+        throw std::runtime_error(f.path() + ": no time and no sampling rate");
 
     std::vector<double> values(at_once);
     std::vector<moment> times(at_once);
@@ -76,8 +83,7 @@ void print_rms(const char* path, const char* group, const char* name, double giv
         c.read(first, std::span(values).first(count));
         if (timed) g["time"].read(first, std::span(times).first(count));
         for (std::size_t i = 0; i != count; ++i) {
-            const auto passed = std::llround(static_cast<double>(first + i) * 1e9 / rate);
-            mean.add(timed ? times[i] : start + std::chrono::nanoseconds(passed), values[i]);
+            mean.add(timed ? times[i] : start + after(first + i, rate), values[i]);
         }
     }
     mean.print();

@@ -9,15 +9,15 @@
 #include <string>
 #include <vector>
 
-using moment = std::chrono::sys_time<std::chrono::nanoseconds>;
+#include "text.hpp"
 
 /// What the machine delivers every tenth of a second.
 struct block {
     moment start;
-    std::vector<double> acceleration;   // m/s^2
-    std::vector<std::uint32_t> encoder; // counts samples
+    std::vector<double> acceleration;    // m/s^2
+    std::vector<std::uint32_t> encoder;  // ticks, one per sample
     std::vector<moment> slow_times;
-    std::vector<float> temperature; // degC
+    std::vector<float> temperature;  // degC
     std::vector<moment> event_times;
     std::vector<std::string> events;
 };
@@ -29,10 +29,7 @@ class device {
     static constexpr int blocks_per_second = 10;
 
     /// When the next block is complete.
-    std::chrono::steady_clock::time_point due() const
-    {
-        return begin_ + (blocks_ + 1) * period;
-    }
+    std::chrono::steady_clock::time_point due() const { return begin_ + (blocks_ + 1) * period; }
 
     /// When the next block starts.
     moment time() const { return start_ + blocks_ * period; }
@@ -43,7 +40,7 @@ class device {
         for (int i = 0; i != rate / blocks_per_second; ++i, ++samples_) {
             const double turn = 2 * std::numbers::pi * static_cast<double>(samples_) / rate;
             result.acceleration.push_back(std::sin(50 * turn) + 0.25 * std::sin(1230 * turn));
-            result.encoder.push_back(samples_);
+            result.encoder.push_back(static_cast<std::uint32_t>(samples_));
         }
         if (blocks_ % 2 == 0) {
             result.slow_times.push_back(result.start);
@@ -63,7 +60,7 @@ class device {
     const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
     const moment start_ = std::chrono::system_clock::now();
     std::int64_t blocks_ = 0;
-    std::uint32_t samples_ = 0;
+    std::int64_t samples_ = 0;
 };
 
 #endif

@@ -25,12 +25,12 @@ class stop_signal {
         while (sigwaitinfo(&signals_, nullptr) < 0) continue;
     }
 
-    /// Waits until a moment or a signal. @return true for a signal
-    bool wait_until(std::chrono::steady_clock::time_point moment) const
+    /// Waits until `due`. @return true if a signal came first
+    bool wait_until(std::chrono::steady_clock::time_point due) const
     {
         using std::chrono::nanoseconds;
         for (;;) {
-            const nanoseconds left = moment - std::chrono::steady_clock::now();
+            const nanoseconds left = due - std::chrono::steady_clock::now();
             const auto wanted = std::max(left, nanoseconds(0)).count();
             const timespec timeout = {wanted / 1'000'000'000, wanted % 1'000'000'000};
             if (sigtimedwait(&signals_, nullptr, &timeout) >= 0) return true;

@@ -30,8 +30,23 @@ std::string to_text(T number)
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
+/// A string as one line: with \n for the end of a line, and \\ for a backslash.
+inline std::string to_text(const std::string& string)
+{
+    std::string text;
+    for (const char c : string) {
+        if (c == '\n') {
+            text += "\\n";
+        } else {
+            text.append(c == '\\' ? 2 : 1, c);
+        }
+    }
+    return text;
+}
+
 using moment = std::chrono::sys_time<std::chrono::nanoseconds>;
 
+/// Such as 2024-10-27T01:30:00.100000000Z.
 inline std::string to_text(moment time)
 {
     const auto second = std::chrono::floor<std::chrono::seconds>(time);

@@ -1,0 +1,136 @@
+// rms: the program of ../rms.cpp for HDF5 files.
+//
+//     rms FILE GROUP CHANNEL [RATE]
+//
+// Times are nanoseconds since 1970-01-01T00:00:00Z, in the dataset "time" and the attribute
+// "start". Files that are recorded in the single-writer mode (SWMR) can be read meanwhile.
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <initializer_list>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "../support/hdf5.hpp"
+#include "../support/text.hpp"
+
+namespace {
+
+constexpr hsize_t at_once = 65536;
+
+// Files of the older format have no single-writer mode.
+h5::id open_file(const char* path)
+{
+    const hid_t file = H5Fopen(path, H5F_ACC_RDONLY | H5F_ACC_SWMR_READ, H5P_DEFAULT);
+    return {file >= 0 ? file : H5Fopen(path, H5F_ACC_RDONLY, H5P_DEFAULT), path};
+}
+
+template <class T>
+T inherited(std::initializer_list<hid_t> objects, const char* name, hid_t type, T otherwise)
+{
+    for (const hid_t object : objects) {
+        if (h5::check(H5Aexists(object, name), name) == 0) continue;
+        const h5::id attribute(H5Aopen(object, name, H5P_DEFAULT), name);
+        h5::check(H5Aread(attribute, type, &otherwise), name);
+        break;
+    }
+    return otherwise;
+}
+
+void read(hid_t dataset, hid_t type, hsize_t first, hsize_t count, void* values)
+{
+    const h5::id source(H5Dget_space(dataset), "dataspace");
+    h5::check(H5Sselect_hyperslab(source, H5S_SELECT_SET, &first, nullptr, &count, nullptr),
+              "range");
+    const h5::id target(H5Screate_simple(1, &count, nullptr), "dataspace");
+    h5::check(H5Dread(dataset, type, target, source, H5P_DEFAULT, values), "values");
+}
+
+std::chrono::nanoseconds after(std::uint64_t samples, double rate)
+{
+    return std::chrono::nanoseconds(std::llround(static_cast<double>(samples) * 1e9 / rate));
+}
+
+class mean_of_seconds {
+  public:
+    void add(moment time, double value)
+    {
+        if (count_ != 0 && time - begin_ >= std::chrono::seconds(1)) print();
+        if (count_ == 0) begin_ = time;
+        sum_ += value * value;
+        ++count_;
+    }
+
+    void print()
+    {
+        if (count_ == 0) return;
+        std::cout << to_text(begin_) << ' ' << to_text(std::sqrt(sum_ / count_)) << '\n';
+        sum_ = count_ = 0;
+    }
+
+  private:
+    moment begin_;
+    double sum_ = 0;
+    double count_ = 0;
+};
+
+void print_rms(const char* path, const char* group, const char* name, double given_rate)
+{
+    const h5::id f = open_file(path);
+    const h5::id g(H5Gopen2(f, group, H5P_DEFAULT), std::string(path) + ": " + group);
+    const h5::id c(H5Dopen2(g, name, H5P_DEFAULT), std::string(path) + ": " + group + '/' + name);
+    std::optional<h5::id> time;
+    if (h5::check(H5Lexists(g, "time", H5P_DEFAULT), path) > 0) {
+        time.emplace(H5Dopen2(g, "time", H5P_DEFAULT), "time");
+    }
+    const double rate =
+        given_rate > 0 ? given_rate : inherited({c, g, f}, "sampling rate", H5T_NATIVE_DOUBLE, 0.0);
+    const moment start(
+        std::chrono::nanoseconds(inherited({c, g, f}, "start", H5T_NATIVE_INT64, std::int64_t(0))));
+    if (!time && !(rate > 0))
+        throw std::runtime_error(std::string(path) + ": no time and no sampling rate");
+
+    std::vector<double> values(at_once);
+    std::vector<std::int64_t> times(at_once);
+    mean_of_seconds mean;
+    const h5::id space(H5Dget_space(c), name);
+    const auto size = static_cast<hsize_t>(h5::check(H5Sget_simple_extent_npoints(space), name));
+    for (hsize_t first = 0; first < size; first += at_once) {
+        const hsize_t count = std::min(at_once, size - first);
+        read(c, H5T_NATIVE_DOUBLE, first, count, values.data());
+        if (time) read(*time, H5T_NATIVE_INT64, first, count, times.data());
+        for (std::size_t i = 0; i != count; ++i) {
+            mean.add(
+                time ? moment(std::chrono::nanoseconds(times[i])) : start + after(first + i, rate),
+                values[i]);
+        }
+    }
+    mean.print();
+    if (!std::cout.flush()) throw std::runtime_error("standard output cannot be written");
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        h5::be_silent();
+        if (argc < 4 || argc > 5) {
+            throw std::invalid_argument("usage: rms FILE GROUP CHANNEL [RATE]");
+        }
+        print_rms(argv[1], argv[2], argv[3], argc > 4 ? to_number<double>(argv[4]) : 0);
+        return 0;
+    } catch (const std::invalid_argument& e) {
+        std::cerr << "rms: " << e.what() << '\n';
+        return 2;
+    } catch (const std::exception& e) {
+        std::cerr << "rms: " << e.what() << '\n';
+        return 1;
+    }
+}
