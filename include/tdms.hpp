@@ -204,6 +204,24 @@ inline property_value from_c(const tdms_value& from)
             return {};
     }
 }
+
+template <class Use>
+bool with_type(int type, Use& use)
+{
+    switch (type) {
+#define TDMS_HPP_CASE(suffix, cpp_type, code, member) \
+    case TDMS_TYPE_##code:                            \
+        use.template operator()<cpp_type>();          \
+        return true;
+        TDMS_HPP_ELEMENTS(TDMS_HPP_CASE)
+#undef TDMS_HPP_CASE
+        case TDMS_TYPE_STRING:
+            use.template operator()<std::string>();
+            return true;
+        default:
+            return false;
+    }
+}
 #undef TDMS_HPP_ELEMENTS
 
 template <class T>
@@ -266,6 +284,17 @@ inline constexpr children channels = {get_num_channel,       get_channel,
                                       tdms_get_channel_name, TDMS_CHANNEL_HANDLE};
 
 }  // namespace detail
+
+/// Calls a function template with the C++ type of a ::tdms_type:
+///
+///     tdms::with_type(c.type(), [&]<class T>() { print(c.read<T>()); });
+///
+/// @return false, without a call, for a type that has no values, such as #TDMS_TYPE_VOID
+template <class Use>
+bool with_type(int type, Use use)
+{
+    return detail::with_type(type, use);
+}
 
 /// What files, groups and channels have in common.
 class object {

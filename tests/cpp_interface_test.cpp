@@ -69,9 +69,11 @@ TYPED_TEST(EveryElement, IsAppendedAndReadBack)
     }
     const tdms::channel c = tdms::file(scratch.path())["g"]["c"];
     std::vector<T> expected = values;
-    expected.insert(expected.end(), values.begin(), values.end());
-    expected.insert(expected.end(), {values.front(), values.back(), values.back()});
+    std::copy(values.begin(), values.end(), std::back_inserter(expected));
+    for (const T& value : {values.front(), values.back(), values.back()}) expected.push_back(value);
     EXPECT_EQ(expected, c.read<T>());
+    const auto read_all = [&]<class U>() { EXPECT_EQ(expected.size(), c.read<U>().size()); };
+    EXPECT_TRUE(tdms::with_type(c.type(), read_all));
     EXPECT_EQ(expected.size(), c.size());
     EXPECT_EQ(0U, c.lost());
     const auto from = expected.begin() + 2;

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
-#include <map>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -46,23 +45,6 @@ void append(tdms::channel& c, words values)
     c.append(converted);
 }
 
-const std::map<int, void (*)(tdms::channel&, words)> append_as = {
-    {TDMS_TYPE_VOID, append<double>},
-    {TDMS_TYPE_INT8, append<std::int8_t>},
-    {TDMS_TYPE_INT16, append<std::int16_t>},
-    {TDMS_TYPE_INT32, append<std::int32_t>},
-    {TDMS_TYPE_INT64, append<std::int64_t>},
-    {TDMS_TYPE_UINT8, append<std::uint8_t>},
-    {TDMS_TYPE_UINT16, append<std::uint16_t>},
-    {TDMS_TYPE_UINT32, append<std::uint32_t>},
-    {TDMS_TYPE_UINT64, append<std::uint64_t>},
-    {TDMS_TYPE_FLOAT, append<float>},
-    {TDMS_TYPE_DOUBLE, append<double>},
-    {TDMS_TYPE_STRING, append<std::string>},
-    {TDMS_TYPE_BOOL, append<bool>},
-    {TDMS_TYPE_TIMESTAMP, append<tdms::time>},
-};
-
 tdms::property_value to_property(const std::string& text)
 {
     try {
@@ -81,7 +63,9 @@ void edit(const char* path, const char* group, const char* channel, const std::s
     tdms::group g = f.contains(group) ? f[group] : f.add_group(group);
     tdms::channel c = g.contains(channel) ? g[channel] : g.add_channel(channel);
     c.property(assignment.substr(0, equals), to_property(assignment.substr(equals + 1)));
-    append_as.at(c.type())(c, values);
+    // A channel gets its type with its first values.
+    const int type = c.type() == TDMS_TYPE_VOID ? TDMS_TYPE_DOUBLE : c.type();
+    tdms::with_type(type, [&]<class T>() { append<T>(c, values); });
     f.save();
     f.sync();
     f.close();

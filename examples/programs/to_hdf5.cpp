@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <span>
 #include <stdexcept>
@@ -124,22 +123,12 @@ void convert_as(hid_t group, const tdms::channel& from)
     }
 }
 
-const std::map<int, void (*)(hid_t, const tdms::channel&)> convert = {
-    {TDMS_TYPE_VOID, convert_as<double>},
-    {TDMS_TYPE_INT8, convert_as<std::int8_t>},
-    {TDMS_TYPE_INT16, convert_as<std::int16_t>},
-    {TDMS_TYPE_INT32, convert_as<std::int32_t>},
-    {TDMS_TYPE_INT64, convert_as<std::int64_t>},
-    {TDMS_TYPE_UINT8, convert_as<std::uint8_t>},
-    {TDMS_TYPE_UINT16, convert_as<std::uint16_t>},
-    {TDMS_TYPE_UINT32, convert_as<std::uint32_t>},
-    {TDMS_TYPE_UINT64, convert_as<std::uint64_t>},
-    {TDMS_TYPE_FLOAT, convert_as<float>},
-    {TDMS_TYPE_DOUBLE, convert_as<double>},
-    {TDMS_TYPE_STRING, convert_as<std::string>},
-    {TDMS_TYPE_BOOL, convert_as<bool>},
-    {TDMS_TYPE_TIMESTAMP, convert_as<tdms::time>},
-};
+// Without values a channel may have no type: then it becomes an empty dataset of doubles.
+void convert(hid_t group, const tdms::channel& from)
+{
+    if (!tdms::with_type(from.type(), [&]<class T>() { convert_as<T>(group, from); }))
+        convert_as<double>(group, from);
+}
 
 void convert_file(const char* from, const char* to)
 {
@@ -153,7 +142,7 @@ void convert_file(const char* from, const char* to)
             H5Gcreate2(file, link_name(g.name()).c_str(), H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT),
             g.name());
         write_attributes(group, g);
-        for (const tdms::channel& c : g.channels()) convert.at(c.type())(group, c);
+        for (const tdms::channel& c : g.channels()) convert(group, c);
     }
     file.close(to);
 }
