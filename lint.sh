@@ -4,7 +4,7 @@
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test lint tool python || exit 1
+cmake/install-packages.sh build test lint tool python cluster || exit 1
 
 jobs=$(nproc)
 status=0
@@ -34,7 +34,7 @@ format() {
 }
 
 tidy() {
-    find src tools -name '*.cpp' | xargs -P "$jobs" -n 4 clang-tidy --quiet -p build/release
+    find src tools examples/programs -name '*.cpp' | xargs -P "$jobs" -n 4 clang-tidy --quiet -p build/release
 }
 
 cpp_check() {
@@ -49,7 +49,9 @@ analyzer() {
 
 # Debian's interpreter, which has Debian's packages.
 types() {
-    /usr/bin/python3 -m mypy --strict --no-incremental python/tdms
+    /usr/bin/python3 -m mypy --strict --no-incremental python/tdms &&
+        MYPYPATH=python /usr/bin/python3 -m mypy --strict --allow-untyped-calls --no-incremental \
+            examples/cluster/recording_*.py
 }
 
 check "compiler warnings" warnings

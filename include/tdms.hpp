@@ -170,7 +170,7 @@ struct element;
     {                                                                                          \
         tdms_value result{};                                                                   \
         result.type = TDMS_TYPE_##code;                                                        \
-        result.value.member = to_raw(value);                                                   \
+        result.value.member = static_cast<decltype(result.value.member)>(to_raw(value));       \
         return result;                                                                         \
     }
 TDMS_HPP_ELEMENTS(TDMS_HPP_ELEMENT)
@@ -438,7 +438,7 @@ class property_map {
 
       private:
         friend property_map;
-        explicit iterator(object owner) : owner_(std::move(owner)) { read_after(nullptr, 0); }
+        explicit iterator(const object& owner) : owner_(owner) { read_after(nullptr, 0); }
 
         void read_after(const char* name, std::uint64_t length)
         {
@@ -453,7 +453,7 @@ class property_map {
         bool at_end_ = false;
     };
 
-    explicit property_map(object owner) : owner_(std::move(owner)) {}
+    explicit property_map(const object& owner) : owner_(owner) {}
 
     iterator begin() const { return iterator(owner_); }
     std::default_sentinel_t end() const { return {}; }

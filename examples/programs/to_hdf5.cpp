@@ -26,7 +26,7 @@
 namespace {
 
 constexpr std::uint64_t at_once = 65536;
-const std::string units = "ns since 1970-01-01T00:00:00Z";
+constexpr const char* units = "ns since 1970-01-01T00:00:00Z";
 
 std::string link_name(std::string name)
 {
@@ -84,7 +84,7 @@ void write_attributes(hid_t to, const tdms::object& from)
             using T = std::decay_t<decltype(v)>;
             if constexpr (!std::is_same_v<T, std::monostate>) write_attribute(to, name, v);
             if constexpr (std::is_same_v<T, tdms::time>)
-                write_attribute(to, name + " units", units);
+                write_attribute(to, name + " units", std::string(units));
         };
         std::visit(write, value);
     }
@@ -104,7 +104,8 @@ void convert_as(hid_t group, const tdms::channel& from)
     const h5::id dataset(
         H5Dcreate2(group, name.c_str(), type, space, H5P_DEFAULT, creation, H5P_DEFAULT), name);
     write_attributes(dataset, from);
-    if constexpr (std::is_same_v<T, tdms::time>) write_attribute(dataset, "units", units);
+    if constexpr (std::is_same_v<T, tdms::time>)
+        write_attribute(dataset, "units", std::string(units));
 
     const auto values = std::make_unique<T[]>(chunk);
     for (hsize_t first = 0; first < size; first += chunk) {

@@ -31,8 +31,8 @@ inline range_request to_request(const std::string& line)
     if (fields.size() != 5 || line.find('\0') != std::string::npos) {
         throw std::invalid_argument("a request is FILE, GROUP, CHANNEL, FIRST, COUNT, with tabs");
     }
-    const range_request r{fields[0], fields[1], fields[2], to_number<std::uint64_t>(fields[3]),
-                          to_number<std::uint64_t>(fields[4])};
+    range_request r{fields[0], fields[1], fields[2], to_number<std::uint64_t>(fields[3]),
+                    to_number<std::uint64_t>(fields[4])};
     if (r.file.empty() || r.file.front() == '.' || r.file.find('/') != std::string::npos) {
         throw std::invalid_argument("not the name of a recording");
     }

@@ -3,11 +3,11 @@
 #define EXAMPLES_STOP_SIGNAL_HPP
 
 #include <pthread.h>
-#include <signal.h>
-#include <time.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
+#include <ctime>
 
 /// Make one before any thread: threads inherit which signals are blocked.
 class stop_signal {
