@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Static analysis: compiler warnings, clang-format, clang-tidy, cppcheck, for what is written in C
-# gcc's analyzer, and for Python mypy. Tells what failed; the status is 0 if nothing did.
+# gcc's analyzer, and for Python mypy. Reports what failed; the status is 0 if nothing did.
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test lint tool python cluster || exit 1
+cmake/install-packages.sh build test lint tool python cluster hdf5 || exit 1
 
 jobs=$(nproc)
 status=0

@@ -2,11 +2,11 @@
 # Builds and tests everything: the plain build with the packages for Python, the same tests under the
 # address and undefined behaviour sanitizers, the sessions under the thread sanitizer, a minute of
 # fuzzing, static analysis.
-# The last line tells how many tests passed and failed; the status is 0 if none failed.
+# The last line reports how many tests passed and failed; the status is 0 if none failed.
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test tool fuzz python cluster || exit 1
+cmake/install-packages.sh build test tool fuzz python cluster hdf5 || exit 1
 
 jobs=$(nproc)
 passed=0

@@ -11,6 +11,7 @@ for group in "$@"; do
         cluster) packages+=(python3-distributed) ;;
         lint) packages+=(clang-format clang-tidy cppcheck mypy) ;;
         tool) packages+=(libcli11-dev nlohmann-json3-dev gnuplot-nox) ;;
+        hdf5) packages+=(libhdf5-dev hdf5-tools) ;;
         bench) packages+=(libbenchmark-dev libhdf5-dev) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;
         coverage) packages+=(llvm) ;;

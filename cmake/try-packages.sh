@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# try-packages.sh: builds the Debian packages, installs them in an empty Debian 12 root, and runs the
-# examples that they carry there. Needs root, and about a gigabyte below TMPDIR.
+# try-packages.sh: builds the Debian packages, installs them one after the other in an empty Debian 12
+# root, from this machine's mirror, and runs the examples that they carry there. Needs root, and about a
+# gigabyte below TMPDIR.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -14,20 +15,23 @@ cmake --build "$work/build" --parallel "$(nproc)" >/dev/null
 (cd "$work/build" && cpack >/dev/null)
 
 mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Suite: bookworm' | head -n 1)
-debootstrap --variant=minbase bookworm "$root" "${mirror:-http://deb.debian.org/debian}" >/dev/null
+debootstrap --variant=minbase bookworm "$root" "$mirror" >/dev/null
 mkdir "$root/packages"
 cp "$work"/build/*.deb "$root/packages"
 cp /etc/resolv.conf "$root/etc"
 mount -t proc proc "$root/proc"
 
-# Each package is installed alone with what it depends on, and its example runs.
+# Every package brings what it depends on, and its example runs.
 in_root() {
     env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive \
         chroot "$root" sh -euc "$1"
 }
 install() { # PACKAGE...
     for package in "$@"; do
-        in_root "apt-get install -y -qq --no-install-recommends $package >/dev/null 2>&1"
+        in_root "apt-get install -y -qq --no-install-recommends $package >/tmp/log 2>&1" || {
+            cat "$root/tmp/log"
+            return 1
+        }
     done
 }
 install "/packages/libtdms1_*.deb" "/packages/libtdms-dev_*.deb" gcc libc6-dev pkg-config

@@ -767,8 +767,8 @@ TDMS_API int tdms_create_channel_property_nanoseconds(void* channel, const char*
 /** @} */
 
 /**
- * The value of a property, with its type. Types that ::tdms_type does not have, which some files
- * name, have no values: they come as #TDMS_TYPE_VOID.
+ * The value of a property, with its type. A property of a type that ::tdms_type does not have,
+ * which some files name, and one whose stored bytes are too few, have no value: #TDMS_TYPE_VOID.
  */
 typedef struct tdms_value {
     int32_t type; /**< ::tdms_type */
@@ -793,12 +793,12 @@ typedef struct tdms_value {
  * @{ */
 
 /**
- * Goes through the properties of an object, in the byte order of their names:
+ * Iterates over the properties of an object, in the byte order of their names:
  *
  *     for (name = NULL; tdms_next_property(object, &name, &length, &value) == 0 && name != NULL;)
  *
- * @param[in,out] name the property before, null for the first: then the next property's name, the
- *                library's own, with a NUL after it; null after the last
+ * @param[in,out] name the previous property's name, null for the first: then the next one's, which
+ *                is the library's own, with a NUL after it; null after the last
  * @param[in,out] length the bytes of that name
  * @param[out] value the next property's value; untouched after the last. Names and strings stay
  *                valid as those of tdms_get_file_property_string() and its like do
@@ -816,11 +816,12 @@ TDMS_API int tdms_next_property(void* object, const char** name, uint64_t* lengt
 TDMS_API int tdms_get_property(void* object, const char* name, uint64_t length, tdms_value* value);
 
 /**
- * Creates a property, or replaces it. What the file has already stays in it, and the new value,
- * whatever its type, is read from the next save on: files only grow.
+ * Creates a property, or replaces it. Values in the file stay there; after the next save, readers
+ * find the new one, whatever its type.
  * @param value copied by the call. Numbers of type float are rounded to it
  * @return 0; #TDMS_ARGUMENT, also if the value does not fit its type, for a type that has no values
- *         and for texts of 4 GiB; #TDMS_FILE_HANDLE; #TDMS_MEMORY. On failure nothing has changed
+ *         and for names and strings of 4 GiB; #TDMS_FILE_HANDLE; #TDMS_MEMORY. On failure nothing
+ *         has changed
  */
 TDMS_API int tdms_set_property(void* object, const char* name, uint64_t length,
                                const tdms_value* value);

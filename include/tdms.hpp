@@ -14,11 +14,12 @@
  * as long as any of them exists, or until tdms::file::close(); every later use of one throws
  * #TDMS_FILE_HANDLE. Closing does not save.
  *
- * Failures: every failed call throws tdms::error and leaves things as they were, as the function of
- * tdms.h behind it does; its comment lists the statuses. What is allocated for the caller, such as
- * a vector of values, can throw std::bad_alloc or std::length_error.
+ * Failures: a failed call throws tdms::error and changes nothing; the comments here name the
+ * statuses that matter most, all are documented at the function of tdms.h that is called. Memory
+ * for what is returned to the caller, such as a vector of values, can throw std::bad_alloc or
+ * std::length_error.
  *
- * Texts: names and strings are bytes, usually UTF-8. The names of groups and channels and the
+ * Strings: names and strings are bytes, usually UTF-8. The names of groups and channels and the
  * strings of channels end at a NUL in tdms.h: new ones with a NUL inside are #TDMS_ARGUMENT.
  *
  * Threads: one file, with everything in it and all copies, is for one thread at a time; different
@@ -26,6 +27,10 @@
  */
 #ifndef TDMS_HPP
 #define TDMS_HPP
+
+#if __cplusplus < 202002L
+#error "tdms.hpp needs C++20, which most compilers turn on by -std=c++20"
+#endif
 
 #include <tdms.h>
 
@@ -54,8 +59,8 @@ namespace tdms {
 /// A moment in nanoseconds since 1970-01-01T00:00:00 UTC; from the year 1677 to 2262.
 using time = std::chrono::sys_time<std::chrono::nanoseconds>;
 
-/// The value of a property. std::monostate stands for a type that has no values, which some files
-/// name; no such property can be created.
+/// The value of a property. std::monostate is a type without values, which some files name; no such
+/// property can be created.
 using property_value = std::variant<std::monostate, std::int8_t, std::int16_t, std::int32_t,
                                     std::int64_t, std::uint8_t, std::uint16_t, std::uint32_t,
                                     std::uint64_t, float, double, bool, std::string, time>;
@@ -92,7 +97,9 @@ class TDMS_API error : public std::runtime_error {
     static std::string message(int status, int reason)
     {
         std::string text = tdms_status_text(status);
-        if (by_system(status)) {
+        if (status == TDMS_FILE_PATH && reason == EWOULDBLOCK) {
+            text.append(" Another program is writing to it.");
+        } else if (by_system(status)) {
             text.append(" ").append(std::generic_category().message(reason)).append(".");
         }
         return text;
@@ -128,13 +135,17 @@ static_assert(sizeof(time) == sizeof(std::int64_t) && std::is_standard_layout_v<
 template <class T>
 using raw_type = std::conditional_t<std::is_same_v<T, time>, std::int64_t, T>;
 
-template <class T>
-auto to_raw(T value)
+template <class Raw, class T>
+Raw to_raw(T value)
 {
     if constexpr (std::is_same_v<T, time>) {
-        return static_cast<std::int64_t>(value.time_since_epoch().count());
-    } else {
+        return static_cast<Raw>(value.time_since_epoch().count());
+    } else if constexpr (std::is_same_v<T, bool>) {
         return value;
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return static_cast<Raw>(value);
+    } else {
+        return Raw{value};
     }
 }
 
@@ -170,7 +181,7 @@ struct element;
     {                                                                                          \
         tdms_value result{};                                                                   \
         result.type = TDMS_TYPE_##code;                                                        \
-        result.value.member = static_cast<decltype(result.value.member)>(to_raw(value));       \
+        result.value.member = to_raw<decltype(result.value.member)>(value);                    \
         return result;                                                                         \
     }
 TDMS_HPP_ELEMENTS(TDMS_HPP_ELEMENT)
@@ -206,7 +217,7 @@ inline property_value from_c(const tdms_value& from)
 }
 
 template <class Use>
-bool with_type(int type, Use& use)
+[[nodiscard]] bool with_type(int type, Use& use)
 {
     switch (type) {
 #define TDMS_HPP_CASE(suffix, cpp_type, code, member) \
@@ -229,6 +240,9 @@ concept fixed_size = requires
 {
     element<T>::read;
 };
+
+template <class T>
+concept integer = std::integral<T> && !std::same_as<T, bool>;
 
 template <class T>
 concept element_type = fixed_size<T> || std::same_as<T, std::string>;
@@ -289,9 +303,9 @@ inline constexpr children channels = {get_num_channel,       get_channel,
 ///
 ///     tdms::with_type(c.type(), [&]<class T>() { print(c.read<T>()); });
 ///
-/// @return false, without a call, for a type that has no values, such as #TDMS_TYPE_VOID
+/// @return false, without a call, for a type without values, such as #TDMS_TYPE_VOID
 template <class Use>
-bool with_type(int type, Use use)
+[[nodiscard]] bool with_type(int type, Use use)
 {
     return detail::with_type(type, use);
 }
@@ -306,8 +320,9 @@ class object {
     /// All properties.
     property_map properties() const;
 
-    /// Reads a property of exactly the type T, one of property_value; as a double, also one of any
-    /// other type of number and bool. Throws #TDMS_DATATYPE for another type, and
+    /// Reads a property as T, one of the types of property_value. The property has that type, with
+    /// two exceptions: as a double, any type of number and bool can be read, and as an integer,
+    /// every other type of integer, if T holds the value. Otherwise throws #TDMS_DATATYPE, and
     /// #TDMS_FILE_PROPERTY_NAME, #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if there
     /// is none of that name.
     template <class T>
@@ -321,8 +336,14 @@ class object {
     template <std::convertible_to<std::string_view> Text>
     void property(std::string_view name, const Text& text)
     {
+        if constexpr (std::is_pointer_v<Text>) {
+            if (text == nullptr) fail(TDMS_ARGUMENT, name);
+        }
         set_property(name, detail::to_c(std::string_view(text)));
     }
+
+    // A null pointer is no string.
+    void property(std::string_view name, std::nullptr_t) = delete;
 
     /// The same object of the same open file.
     friend bool operator==(const object& a, const object& b) = default;
@@ -392,9 +413,10 @@ class object {
 
     void* create(const detail::children& of, std::string_view name) const
     {
+        void* const parent = handle();
         if (detail::has_nul(name)) fail(TDMS_ARGUMENT, name);
         void* created = nullptr;
-        check(of.create(handle(), std::string(name).c_str(), &created), name);
+        check(of.create(parent, std::string(name).c_str(), &created), name);
         return created;
     }
 
@@ -456,8 +478,9 @@ class property_map {
     explicit property_map(const object& owner) : owner_(owner) {}
 
     iterator begin() const { return iterator(owner_); }
-    std::default_sentinel_t end() const { return {}; }
+    static std::default_sentinel_t end() { return {}; }
 
+    /// The number of properties, counted anew by each call.
     std::size_t size() const
     {
         std::size_t count = 0;
@@ -466,6 +489,7 @@ class property_map {
     }
     bool empty() const { return begin() == end(); }
 
+    /// Whether there is a property of that name.
     bool contains(std::string_view name) const
     {
         tdms_value value{};
@@ -480,7 +504,6 @@ class property_map {
         owner_.check(get(name, value), name);
         return detail::from_c(value);
     }
-    property_value operator[](std::string_view name) const { return at(name); }
 
     /// Creates a property, or replaces it.
     void insert_or_assign(std::string_view name, const property_value& value)
@@ -506,47 +529,62 @@ template <class T>
 T object::property(std::string_view name) const
 {
     const property_value value = properties().at(name);
-    if (const T* const same = std::get_if<T>(&value)) return *same;
-    if constexpr (std::is_same_v<T, double>) {
-        const auto as_double = [&](const auto& v) -> double {
-            if constexpr (std::is_arithmetic_v<std::decay_t<decltype(v)>>) {
-                return static_cast<double>(v);
-            } else {
-                fail(TDMS_DATATYPE, name);
-            }
-        };
-        return std::visit(as_double, value);
-    }
-    fail(TDMS_DATATYPE, name);
+    const auto convert = [&](const auto& v) -> T {
+        using Stored = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<Stored, T>) {
+            return v;
+        } else if constexpr (std::is_same_v<T, double> && std::is_arithmetic_v<Stored>) {
+            return static_cast<T>(v);
+        } else if constexpr (detail::integer<T> && detail::integer<Stored>) {
+            if (std::in_range<T>(v)) return static_cast<T>(v);
+        }
+        fail(TDMS_DATATYPE, name);
+    };
+    return std::visit(convert, value);
 }
 
 /// A sequence of values of one type.
 class channel : public object {
   public:
+    /// A copy of the channel's name.
     std::string name() const { return detail::name_of(handle(), tdms_get_channel_name); }
 
     /// The type of the values, a ::tdms_type; #TDMS_TYPE_VOID as long as it has none.
     int type() const { return get_channel_datatype(handle()); }
 
-    /// How many values the file has. Appended ones count once they are saved.
+    /// How many values can be read. Appended ones count once they are saved. Throws
+    /// #TDMS_CHANNEL_DATA_READ if the values cannot be located.
     std::uint64_t size() const { return count().first; }
 
-    /// How many values are stated by the file and not in it.
+    /// How many values the file states but does not hold. Throws as size() does.
     std::uint64_t lost() const { return count().second; }
 
-    /// Reads the values number `first` and following; of strings, all of them are new. Throws
-    /// #TDMS_RANGE beyond the last value, and #TDMS_CHANNEL_DATATYPE if the channel has another
-    /// type than T; every type of number and bool can be read as double.
+    /// Reads values.size() values from index `first` on, and replaces `values`. Throws #TDMS_RANGE
+    /// beyond the last value, #TDMS_CHANNEL_DATATYPE if the channel has another type than T, except
+    /// that every type of number and bool can be read as double, and #TDMS_CHANNEL_DATA_READ if the
+    /// device fails or the file was truncated; then `values` may hold a part.
     template <detail::element_type T>
     void read(std::uint64_t first, std::span<T> values) const
     {
         if constexpr (std::is_same_v<T, std::string>) {
+            // The whole range at first: a piece of it must not be replaced in vain.
+            std::uint64_t size = 0;
+            check(tdms_get_string_size(handle(), first, values.size(), &size));
             read_strings(first, values);
         } else {
             check(detail::element<T>::read(handle(), first, values.size(), values.data()));
         }
     }
 
+    template <std::ranges::contiguous_range Values>
+    requires detail::element_type<std::ranges::range_value_t<Values>>
+    void read(std::uint64_t first, Values&& values) const
+    {
+        using T = std::ranges::range_value_t<Values>;
+        read<T>(first, std::span<T>(std::ranges::data(values), std::ranges::size(values)));
+    }
+
+    /// The same for `count` values in a new vector.
     template <detail::element_type T>
     std::vector<T> read(std::uint64_t first, std::uint64_t count) const
     {
@@ -569,8 +607,10 @@ class channel : public object {
         return read<T>(0, size());
     }
 
-    /// Appends values; they are in memory until file::save(). The first call fixes the channel's
-    /// type; a channel of another type is #TDMS_CHANNEL_DATATYPE.
+    /// Appends values, which are copied, and in memory until file::save(): of any contiguous range,
+    /// a list in braces, or a std::vector<bool>. The first call fixes the channel's type. Throws
+    /// #TDMS_CHANNEL_DATATYPE if that is another one, #TDMS_ARGUMENT for a string with a NUL and
+    /// for 4 GiB of strings, and #TDMS_FILE_HANDLE for a file that is open for reading only.
     template <detail::element_type T>
     void append(std::span<const std::type_identity_t<T>> values)
     {
@@ -581,7 +621,7 @@ class channel : public object {
         }
     }
     template <detail::element_type T>
-    void append(std::initializer_list<std::type_identity_t<T>> values)
+    void append(std::initializer_list<T> values)
     {
         append<T>(std::span<const T>(values.begin(), values.size()));
     }
@@ -640,19 +680,21 @@ class channel : public object {
 
     void append_strings(std::span<const std::string> values)
     {
+        void* const target = handle();
         std::vector<const char*> texts;
         texts.reserve(values.size());
         for (const std::string& value : values) {
-            if (detail::has_nul(value)) fail(TDMS_ARGUMENT, value);
+            if (detail::has_nul(value)) fail(TDMS_ARGUMENT);
             texts.push_back(value.c_str());
         }
-        check(tdms_append_string(handle(), texts.size(), texts.data()));
+        check(tdms_append_string(target, texts.size(), texts.data()));
     }
 };
 
 /// A named group of channels.
 class group : public object {
   public:
+    /// A copy of the group's name.
     std::string name() const { return detail::name_of(handle(), tdms_get_group_name); }
 
     /// All channels, in the byte order of their paths.
@@ -663,10 +705,12 @@ class group : public object {
         return all;
     }
 
+    /// Whether the group has a channel of that name.
     bool contains(std::string_view name) const { return find(detail::channels, name) != nullptr; }
 
     /// The channel of that name; throws #TDMS_CHANNEL_HANDLE if there is none.
     channel operator[](std::string_view name) const { return at(get(detail::channels, name)); }
+    channel operator[](std::nullptr_t) const = delete;
 
     /// Adds a channel; throws #TDMS_CHANNEL_REPEATED if there is one of that name.
     channel add_channel(std::string_view name) { return at(create(detail::channels, name)); }
@@ -675,11 +719,12 @@ class group : public object {
     friend class file;
     using object::object;
 
-    channel at(void* found) const { return channel(file_, group_, found); }
+    channel at(void* found) const { return {file_, group_, found}; }
 };
 
-/// An open file. It closes when no copy of it, and no object in it, is left; values that have not
-/// been saved are lost then.
+/// An open file. It closes when no copy of it, and no object in it, is left: values that have not
+/// been saved are lost then, and only close() reports that the system failed to write what was
+/// saved.
 class file : public object {
   public:
     /// Opens a file: "r" reads one, "w" creates or empties one, "a" reads one and appends to it;
@@ -697,6 +742,7 @@ class file : public object {
             path, [&](auto& f) { return tdms_open_partial(path.c_str(), &f.handle, &f.rest); }));
     }
 
+    /// As it was given.
     const std::string& path() const { return file_->path; }
 
     /// The bytes after the intact segments, when the file was opened by partial() or refreshed
@@ -711,10 +757,12 @@ class file : public object {
         return all;
     }
 
+    /// Whether the file has a group of that name.
     bool contains(std::string_view name) const { return find(detail::groups, name) != nullptr; }
 
     /// The group of that name; throws #TDMS_GROUP_HANDLE if there is none.
     group operator[](std::string_view name) const { return at(get(detail::groups, name)); }
+    group operator[](std::nullptr_t) const = delete;
 
     /// Adds a group; throws #TDMS_GROUP_REPEATED if there is one of that name.
     group add_group(std::string_view name) { return at(create(detail::groups, name)); }
@@ -729,6 +777,7 @@ class file : public object {
     /// stay valid.
     void refresh() { check(tdms_refresh(handle(), &file_->rest)); }
 
+    /// Whether neither this nor a copy was closed.
     bool is_open() const { return file_->handle != nullptr; }
 
     /// Closes the file for all copies, without saving; a closed one stays closed. Throws
@@ -742,7 +791,7 @@ class file : public object {
     }
 
   private:
-    explicit file(std::shared_ptr<detail::open_file> opened)
+    explicit file(const std::shared_ptr<detail::open_file>& opened)
         : object(opened, nullptr, opened->handle)
     {
     }
@@ -756,7 +805,7 @@ class file : public object {
         return result;
     }
 
-    group at(void* found) const { return group(file_, found, found); }
+    group at(void* found) const { return {file_, found, found}; }
 };
 
 }  // namespace tdms

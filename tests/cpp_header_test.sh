@@ -43,6 +43,10 @@ void write(const char* path)
     group g = f.add_group("g");
     channel c = g.add_channel("c");
     c.append(std::vector<double>{1, 2});
+    c.property("unit", "V");
+    c.property("rate", 100);
+    if (c.property<std::string>("unit") != "V" || c.property<double>("rate") != 100) return;
+    for (const auto& [name, value] : c.properties()) f.property(name, value);
     f.save();
 }
 CPP

@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cmath>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <map>
-#include <numeric>
-#include <sstream>
 #include <tdms.hpp>
 
 #include "support.h"
@@ -80,6 +79,7 @@ TYPED_TEST(EveryElement, IsAppendedAndReadBack)
     EXPECT_EQ((std::vector<T>(from, from + 3)), c.read<T>(2, 3));
     std::array<T, 3> part;
     c.read<T>(2, part);
+    c.read(2, part);
     EXPECT_TRUE(std::equal(part.begin(), part.end(), from));
     EXPECT_EQ(std::vector<T>{}, c.read<T>(expected.size(), 0));
     if constexpr (std::is_arithmetic_v<T>) {
@@ -144,7 +144,7 @@ TEST(CppProperties, OfEveryTypeOnEveryLevelAreReplacedAndReadBack)
         EXPECT_EQ(both, all_of(properties));
         EXPECT_EQ(both.size(), properties.size());
         EXPECT_TRUE(properties.contains("b") && !properties.contains("B"));
-        EXPECT_EQ(property_value(moment(-1)), properties["j"]);
+        EXPECT_EQ(property_value(moment(-1)), properties.at("j"));
         EXPECT_EQ(-1e300, object.template property<double>("i"));
         EXPECT_EQ(4294967295.0, object.template property<double>("d"));
         EXPECT_EQ(1.0, object.template property<double>("")) << "a bool";
@@ -165,8 +165,18 @@ TEST(CppProperties, TakeTheTypeThatTheValueHas)
     EXPECT_EQ("text", f.property<std::string>("view"));
     EXPECT_EQ(5, f.property<std::int32_t>("int"));
     EXPECT_EQ(5, f.property<std::int64_t>("long long"));
+    EXPECT_EQ(5U, f.property<unsigned>("long long")) << "an integer as any that holds it";
     EXPECT_TRUE(f.property<bool>("bool"));
     EXPECT_LT(moment(0), f.property<tdms::time>("now"));
+}
+
+// Other programs' files name types that have no values.
+TEST(CppProperties, OfTypesWithoutValuesAreThere)
+{
+    const scratch_file scratch(segment({object("/'g'", none, u32(1) + text("p") + u32(0x0C))}));
+    const tdms::file f(scratch.path());
+    EXPECT_EQ(property_value(), f["g"].properties().at("p"));
+    EXPECT_FALSE(tdms::with_type(0x0C, []<class T>() { ADD_FAILURE(); }));
 }
 
 struct failing {
@@ -214,13 +224,17 @@ TEST(CppErrors, NameTheObjectAndTheReason)
             {"second writer", TDMS_FILE_PATH, [&] { tdms::file(scratch.path(), "a"); },
              scratch.path(), EWOULDBLOCK},
         });
+        texts.append({std::string("kept")});
+        c.property("unit", "V");
+        c.property("n", 777);
         f.save();
-        EXPECT_EQ(0U, texts.size()) << "nothing of the strings was taken";
+        EXPECT_EQ(1U, texts.size()) << "nothing of the rejected strings was taken";
     }
     const tdms::file f(scratch.path());
     const tdms::group g = f["g"];
     tdms::channel c = g["c"];
     std::array<std::int16_t, 2> two;
+    std::vector<std::string> strings(2000, "untouched");
     tdms::file copy = f;
     expect_failures({
         {"no file", TDMS_FILE_PATH, [] { tdms::file("/no/such"); }, "/no/such: ", ENOENT},
@@ -232,8 +246,12 @@ TEST(CppErrors, NameTheObjectAndTheReason)
         {"no channel", TDMS_CHANNEL_HANDLE, [&] { g["d"]; }, ": g: \"d\""},
         {"no property", TDMS_FILE_PROPERTY_NAME, [&] { f.property<double>("p"); }, "\"p\""},
         {"no property", TDMS_GROUP_PROPERTY_NAME, [&] { g.properties().at("p"); }, "g: \"p\""},
-        {"no property", TDMS_CHANNEL_PROPERTY_NAME, [&] { c.properties()[""]; }, "g/c: \"\""},
+        {"no property", TDMS_CHANNEL_PROPERTY_NAME, [&] { c.properties().at(""); }, "g/c: \"\""},
+        {"type", TDMS_DATATYPE, [&] { c.property<double>("unit"); }, "g/c: \"unit\""},
+        {"type", TDMS_DATATYPE, [&] { c.property<std::int8_t>("n"); }, "g/c: \"n\""},
+        {"type", TDMS_DATATYPE, [&] { c.property<bool>("n"); }, "g/c: \"n\""},
         {"beyond", TDMS_RANGE, [&] { c.read<std::int16_t>(2, two); }, ": g/c: "},
+        {"beyond", TDMS_RANGE, [&] { g["texts"].read<std::string>(0, strings); }, ": g/texts: "},
         {"beyond", TDMS_RANGE, [&] { c.read<std::int16_t>(1, UINT64_MAX); }, ": g/c: "},
         {"beyond", TDMS_RANGE, [&] { c.read<bool>(4, 0); }, ": g/c: "},
         {"type", TDMS_CHANNEL_DATATYPE, [&] { c.read<std::int32_t>(); }, ": g/c: "},
@@ -244,20 +262,22 @@ TEST(CppErrors, NameTheObjectAndTheReason)
         {"read only", TDMS_FILE_HANDLE, [&] { copy.save(); }, scratch.path()},
         {"read only", TDMS_FILE_HANDLE, [&] { copy.sync(); }, scratch.path()},
     });
+    EXPECT_EQ("untouched", strings.front());
 
     std::ofstream(scratch.path()) << "a file without any segment in it";
     expect_failures({
         {"other file", TDMS_FILE_TAG, [&] { tdms::file(scratch.path()); }, scratch.path()},
         {"emptied file", TDMS_FILE_READ, [&] { copy.refresh(); }, scratch.path()},
         {"truncated", TDMS_CHANNEL_DATA_READ, [&] { c.read<std::int16_t>(0, two); }, ": g/c: "},
-        {"full disk", TDMS_WRITE,
-         [] {
-             tdms::file full("/dev/full", "w");
-             full.add_group("g");
-             full.save();
-         },
-         "/dev/full: ", ENOSPC},
     });
+
+    tdms::file full("/dev/full", "w");
+    full.add_group("g");
+    expect_failures({
+        {"full disk", TDMS_WRITE, [&] { full.save(); }, "/dev/full: ", ENOSPC},
+        {"cutting it back", TDMS_WRITE, [&] { full.close(); }, "/dev/full: ", EINVAL},
+    });
+    EXPECT_FALSE(full.is_open());
 }
 
 TEST(CppLifetime, ObjectsKeepTheirFileOpenUntilItIsClosed)
@@ -283,7 +303,8 @@ TEST(CppLifetime, ObjectsKeepTheirFileOpenUntilItIsClosed)
         {"name", TDMS_FILE_HANDLE, [&] { d.name(); }, path},
         {"size", TDMS_FILE_HANDLE, [&] { d.size(); }, path},
         {"read", TDMS_FILE_HANDLE, [&] { d.read<double>(0, one); }, path},
-        {"append", TDMS_FILE_HANDLE, [&] { d.append<double>({1}); }, path},
+        {"append", TDMS_FILE_HANDLE, [&] { d.append({1.0}); }, path},
+        {"no strings", TDMS_FILE_HANDLE, [&] { d.read<std::string>(0, {}); }, path},
         {"properties", TDMS_FILE_HANDLE, [&] { properties.begin(); }, path},
         {"property", TDMS_FILE_HANDLE, [&] { g.property("p", 1); }, path},
         {"channels", TDMS_FILE_HANDLE, [&] { g.channels(); }, path},
@@ -295,7 +316,7 @@ TEST(CppLifetime, ObjectsKeepTheirFileOpenUntilItIsClosed)
     std::filesystem::remove(f.path());
 }
 
-TEST(CppFollowing, PartialFilesTellTheRestAndGrow)
+TEST(CppFollowing, PartialFilesReportTheRestAndGrow)
 {
     const scratch_file scratch;
     tdms::file recorded(scratch.path(), "w");

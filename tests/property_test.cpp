@@ -103,20 +103,26 @@ TEST_P(Properties, SetRejectsWhatDoesNotFitItsType)
             v.string.length = length;
         };
     };
-    expect_each(
-        TDMS_ARGUMENT,
-        {set(TDMS_TYPE_INT8, integer(128)), set(TDMS_TYPE_INT8, integer(-129)),
-         set(TDMS_TYPE_INT32, integer(1LL << 31)), set(TDMS_TYPE_UINT8, natural(256)),
-         set(TDMS_TYPE_UINT32, natural(1ULL << 32)),
-         set(TDMS_TYPE_FLOAT, [](auto& v) { v.number = 3.5e38; }),
-         set(TDMS_TYPE_STRING, text(nullptr, 1)), set(TDMS_TYPE_STRING, text("", (1ULL << 32) - 4)),
-         set(TDMS_TYPE_VOID, integer(0)), set(0x0B, integer(0)), set(-1, integer(0)),
-         tdms_set_property(owner_, nullptr, 0, &value),
-         tdms_set_property(owner_, "", 1ULL << 32, &value),
-         tdms_set_property(owner_, "a", 1, nullptr), tdms_set_property(nullptr, "a", 1, &value),
-         tdms_get_property(owner_, nullptr, 0, &value),
-         tdms_get_property(owner_, "kept", 4, nullptr),
-         tdms_next_property(owner_, nullptr, nullptr, &value)});
+    expect_each(TDMS_ARGUMENT, {set(TDMS_TYPE_BOOL, integer(2)),
+                                tdms_get_property(owner_, "", ~0ull, &value),
+                                set(TDMS_TYPE_INT8, integer(128)),
+                                set(TDMS_TYPE_INT8, integer(-129)),
+                                set(TDMS_TYPE_INT32, integer(1LL << 31)),
+                                set(TDMS_TYPE_UINT8, natural(256)),
+                                set(TDMS_TYPE_UINT32, natural(1ULL << 32)),
+                                set(TDMS_TYPE_FLOAT, [](auto& v) { v.number = 3.5e38; }),
+                                set(TDMS_TYPE_STRING, text(nullptr, 1)),
+                                set(TDMS_TYPE_STRING, text("", (1ULL << 32) - 4)),
+                                set(TDMS_TYPE_VOID, integer(0)),
+                                set(0x0B, integer(0)),
+                                set(-1, integer(0)),
+                                tdms_set_property(owner_, nullptr, 0, &value),
+                                tdms_set_property(owner_, "", 1ULL << 32, &value),
+                                tdms_set_property(owner_, "a", 1, nullptr),
+                                tdms_set_property(nullptr, "a", 1, &value),
+                                tdms_get_property(owner_, nullptr, 0, &value),
+                                tdms_get_property(owner_, "kept", 4, nullptr),
+                                tdms_next_property(owner_, nullptr, nullptr, &value)});
     EXPECT_EQ(1, level_.count(owner_));
     EXPECT_EQ(0, tdms_get_property(owner_, "kept and more", 4, &value));
     EXPECT_EQ(TDMS_TYPE_INT16, value.type);

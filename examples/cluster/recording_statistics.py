@@ -42,6 +42,9 @@ COLUMNS = (
 #: thousand recordings is known to the scheduler only while it is worked on.
 TASKS_PER_WORKER = 4
 
+#: For the pages of a scheduler of our own: a fixed port may be taken.
+ANY_PORT = "127.0.0.1:0"
+
 ChannelNumbers = List[Tuple[Channel, Numbers]]
 
 
@@ -308,7 +311,7 @@ def connect(options: argparse.Namespace) -> Client:
         # A suspect runs again alone, so little is lost if a task is blamed early.
         dask.config.set({"distributed.scheduler.allowed-failures": 1})
         workers = options.workers or len(os.sched_getaffinity(0))
-        client = Client(n_workers=workers, threads_per_worker=1, dashboard_address=None)
+        client = Client(n_workers=workers, threads_per_worker=1, dashboard_address=ANY_PORT)
     if not client.nthreads():
         print("waiting for the first worker", file=sys.stderr)
         client.wait_for_workers(1)

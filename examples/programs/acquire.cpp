@@ -114,8 +114,6 @@ class acquisition {
             current_.file.save();
             if (waiting_ != 0) std::cerr << "acquire: all values that waited are saved\n";
             waiting_ = 0;
-            ++current_.seconds;
-            if (!stopping_ && (dropping_ || current_.seconds >= seconds_per_file_)) next_file();
         } catch (const tdms::error& e) {
             if (!is_full(e)) throw;
             if (waiting_++ == 0)
@@ -123,16 +121,25 @@ class acquisition {
             if (waiting_ < seconds_in_memory_ || dropping_) return;
             std::cerr << "acquire: too many values wait: new ones are dropped\n";
             dropping_ = true;
+            return;
         }
+        ++current_.seconds;
+        if (!stopping_ && (dropping_ || current_.seconds >= seconds_per_file_)) next_file();
     }
 
+    // While there is no room for another file, this one goes on.
     void next_file()
     {
-        current_.file.sync();
-        recording next(folder_, machine_.time());
-        current_.file.close();
-        current_ = next;
-        dropping_ = false;
+        try {
+            current_.file.sync();
+            recording next(folder_, machine_.time());
+            current_.file.close();
+            current_ = next;
+            dropping_ = false;
+        } catch (const tdms::error& e) {
+            if (!is_full(e)) throw;
+            if (current_.seconds == seconds_per_file_) std::cerr << "acquire: " << e.what() << '\n';
+        }
     }
 
     std::string folder_;

@@ -4,8 +4,8 @@
 //
 // The property is a double if TEXT is a number, otherwise a string; one of that name is replaced.
 // Values are appended in the channel's type, times as nanoseconds since 1970-01-01T00:00:00Z. A
-// group or a channel that is not there is added, the channel with doubles. All is added, or
-// nothing.
+// group or a channel that is not there is added, the channel with doubles. A save that fails
+// adds nothing; after one that succeeded, a failure to sync is reported, and all is in the file.
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -65,7 +65,8 @@ void edit(const char* path, const char* group, const char* channel, const std::s
     c.property(assignment.substr(0, equals), to_property(assignment.substr(equals + 1)));
     // A channel gets its type with its first values.
     const int type = c.type() == TDMS_TYPE_VOID ? TDMS_TYPE_DOUBLE : c.type();
-    tdms::with_type(type, [&]<class T>() { append<T>(c, values); });
+    const bool known = tdms::with_type(type, [&]<class T>() { append<T>(c, values); });
+    if (!known) throw std::runtime_error(f.path() + ": the channel's type has no values");
     f.save();
     f.sync();
     f.close();

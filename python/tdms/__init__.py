@@ -1,7 +1,7 @@
 """Reads and writes measurement files in the TDMS format.
 
-A file is a mapping of groups, a group a mapping of channels, a channel a sequence of values. Each
-of them has typed properties, which are like a dict::
+A file is a mapping of groups, a group a mapping of channels, and a channel is used like a sequence
+of values. Each of them has typed properties, which are like a dict::
 
     with tdms.File("run.tdms", "w") as file:
         voltage = file.create_group("bench").create_channel("voltage")
@@ -16,5 +16,7 @@ The package calls the library ``libtdms.so.1``, or the one whose path is in the 
 """
 from tdms._errors import Error, Status
 from tdms._tree import Channel, File, Group, Properties
+
+__version__ = "1.1.0"
 
 __all__ = ["Channel", "Error", "File", "Group", "Properties", "Status"]

@@ -1,4 +1,4 @@
-"""Texts for people: what repr() shows of files, groups and channels, at most a screen."""
+"""What repr() shows of files, groups and channels: at most a screen."""
 from __future__ import annotations
 
 from typing import List

@@ -18,10 +18,15 @@ class Status(enum.IntEnum):
     FILE_VERSION = -5004  #: a segment has an unknown version
     FILE_HANDLE = -5005  #: the file is closed, or open for reading only
     FILE_READ = -5006  #: the file ends within a segment, or cannot be read
+    FILE_PROPERTY_NAME = -5007  #: the file has no property of that name
     INDEX = -5010  #: a raw data index has an unsupported form
+    GROUP_HANDLE = -5011  #: the file has no such group
     GROUP_REPEATED = -5012  #: the file has a group of that name already
+    GROUP_PROPERTY_NAME = -5013  #: the group has no property of that name
+    CHANNEL_HANDLE = -5015  #: the group has no such channel
     CHANNEL_READ = -5016  #: a segment's metadata is damaged or contradictory
     CHANNEL_REPEATED = -5017  #: the group has a channel of that name already
+    CHANNEL_PROPERTY_NAME = -5018  #: the channel has no property of that name
     CHANNEL_DATATYPE = -5020  #: the channel holds values of another type
     CHANNEL_DATA_READ = -5021  #: the channel's values cannot be read
     ARGUMENT = -5101  #: an argument is not allowed
@@ -34,13 +39,15 @@ class Status(enum.IntEnum):
 class Error(Exception):
     """A call of the library failed.
 
-    Where the system said no, the error is also the OSError that goes with the reason, such as
+    Where the system gave a reason, the error is also the OSError that goes with it, such as
     FileNotFoundError, PermissionError, or BlockingIOError for a file that is being written, with
     `errno` and `filename`. Where memory ran out, it is also a MemoryError.
 
     Attributes:
         status: the status that the library returned, one of `Status` if it has a name there.
     """
+
+    __module__ = "tdms"  # where programs find it, and what tracebacks show
 
     status: int
 
@@ -52,12 +59,16 @@ class Error(Exception):
     def __str__(self) -> str:
         return self.message
 
+    def __repr__(self) -> str:
+        status = getattr(self.status, "name", self.status)
+        return f"<tdms.{type(self).__name__}, status {status}: {self.message}>"
+
 
 def make_error(message: str, status: int, number: int = 0, path: Optional[str] = None) -> Error:
-    """The error of a status; of the matching OSError too, if `number` is an errno."""
+    """The error of a status, which is also the OSError of `number`, an errno, unless that is 0."""
     if status == Status.MEMORY:
         kind: Type[Exception] = MemoryError
-    elif status in (Status.FILE_PATH, Status.WRITE) and number != 0:
+    elif number != 0:
         kind = type(OSError(number, ""))
     else:
         return Error(message, status)
@@ -68,7 +79,10 @@ def make_error(message: str, status: int, number: int = 0, path: Optional[str] =
 
 @functools.lru_cache(maxsize=None)
 def _both(kind: Type[Exception]) -> Any:
-    """The class of errors that are an Error and another kind of exception."""
+    """The class of errors that are an Error and another kind of exception.
+
+    A traceback shows it as ``tdms.Error (FileNotFoundError)``.
+    """
 
     def initialize(self: Any, message: str, status: int, number: int, path: Optional[str]) -> None:
         self.message = message
@@ -83,8 +97,8 @@ def _both(kind: Type[Exception]) -> Any:
     def reduce(self: Any) -> Tuple[Any, ...]:
         return make_error, self._made_of
 
-    members = {"__init__": initialize, "__reduce__": reduce, "__module__": "tdms"}
-    return type(kind.__name__, (Error, kind), members)
+    members = {"__init__": initialize, "__reduce__": reduce, "__module__": Error.__module__}
+    return type(f"Error ({kind.__name__})", (Error, kind), members)
 
 
 def error_of(status: int, number: int, path: str, subject: str = "") -> Error:
@@ -95,6 +109,8 @@ def error_of(status: int, number: int, path: str, subject: str = "") -> Error:
         pass
     message = ": ".join(part for part in (path, subject) if part)
     message += f": {LIB.tdms_status_text(status).decode()}"
-    if status in (Status.FILE_PATH, Status.WRITE) and number != 0:
+    if status not in (Status.FILE_PATH, Status.WRITE):
+        number = 0  # of some earlier call
+    if number != 0:
         message += f" {os.strerror(number)}."
     return make_error(message, status, number, path)

@@ -107,27 +107,27 @@ LIB = _load()
 _declare(LIB)
 
 
-def encode(text: str) -> bytes:
-    """The bytes of a text in a file. Those that are not UTF-8 are lone surrogates in the str.
+def encode(string: str) -> bytes:
+    """The bytes of a string in a file. Those that are not UTF-8 are lone surrogates in the str.
 
     Raises:
         TypeError: it is not a str.
         ValueError: it has other lone surrogates.
     """
-    if not isinstance(text, str):
-        raise TypeError(f"expected a str, not {type(text).__name__}")
+    if not isinstance(string, str):
+        raise TypeError(f"expected a str, not {type(string).__name__}")
     # Of str itself: what a subclass makes of it may be anything.
-    return str.encode(text, "utf-8", "surrogateescape")
+    return str.encode(string, "utf-8", "surrogateescape")
 
 
 def decode(address: int | None, length: int) -> str:
-    """The text of so many bytes at an address."""
+    """The string of so many bytes at an address."""
     data = ctypes.string_at(address, length) if address else b""
     return data.decode("utf-8", "surrogateescape")
 
 
 def without_nul(data: bytes, what: str) -> bytes:
-    """The same bytes, if they can go to C as a text that ends with a NUL.
+    """The same bytes, if they can go to C as a string that ends with a NUL.
 
     Raises:
         ValueError: there is a NUL among them.

@@ -30,7 +30,9 @@ STRINGS_AT_ONCE = 64
 #: as much as copying them.
 FAR_APART = 32768
 #: The file, the group or the channel has no property of that name.
-NO_PROPERTY = (-5007, -5013, -5018)
+NO_PROPERTY = (
+    Status.FILE_PROPERTY_NAME, Status.GROUP_PROPERTY_NAME, Status.CHANNEL_PROPERTY_NAME,
+)  # fmt: skip
 
 
 class _Object:
@@ -47,6 +49,16 @@ class _Object:
     def properties(self) -> Properties:
         """The properties, as a dict that lives in the file. Assigning replaces them."""
         return Properties._of(self)
+
+    def _checked(self, result: int) -> int:
+        """What a function of the library returned, which is a status if it is negative.
+
+        Raises:
+            Error: that status.
+        """
+        if result < 0:
+            raise error_of(result, 0, self._session.path, self._label)
+        return result
 
     # An object is one thing in the file, whatever it holds.
     def __eq__(self, other: object) -> bool:
@@ -96,7 +108,7 @@ class Properties(MutableMapping[str, Any]):
             Error: the file is closed.
         """
         owner = self._owner
-        data = _lookup_bytes(name)
+        data = _lookup_bytes(name) if isinstance(name, str) else None
         value = Value()
 
         def get() -> Tuple[int, Any]:
@@ -108,8 +120,7 @@ class Properties(MutableMapping[str, Any]):
         status, result = owner._session.run(get)
         if status in NO_PROPERTY:
             raise KeyError(f"{owner._label or owner._session.path} has no property {name!r}")
-        if status != 0:
-            raise error_of(status, 0, owner._session.path, owner._label)
+        owner._checked(status)
         return result
 
     def __setitem__(self, name: str, value: PropertyValue) -> None:
@@ -118,18 +129,18 @@ class Properties(MutableMapping[str, Any]):
         Raises:
             TypeError: the name is no str, or files have no values of that type.
             OverflowError: an int that neither int64 nor uint64 holds.
-            ValueError: a time that is not a whole number of nanoseconds from 1677 to 2262; text
-                that cannot be encoded.
+            ValueError: a time that is not a whole number of nanoseconds from 1677 to 2262; a
+                string that cannot be encoded.
             Error: the file is closed, or open for reading only.
         """
         owner = self._owner
         data = encode(name)
-        given, text = to_property(value)
+        given, bytes_owner = to_property(value)
         owner._session.call(
             _below(owner._label, f"property {name!r}"),
             LIB.tdms_set_property, owner._pointer, data, len(data), ctypes.byref(given),
         )  # fmt: skip
-        del text  # which had to live so long
+        del bytes_owner  # not before the call
 
     def __delitem__(self, name: str) -> NoReturn:
         self[name]
@@ -151,20 +162,21 @@ class Properties(MutableMapping[str, Any]):
         raise TypeError("properties cannot be copied or pickled: make a dict of them")
 
     def _names(self) -> List[str]:
-        pointer = self._owner._pointer
+        owner = self._owner
 
         def list_names() -> List[str]:
             name, length, value = ctypes.c_void_p(), ctypes.c_uint64(), Value()
             names: List[str] = []
             while True:
-                LIB.tdms_next_property(
-                    pointer, ctypes.byref(name), ctypes.byref(length), ctypes.byref(value)
+                status = LIB.tdms_next_property(
+                    owner._pointer, ctypes.byref(name), ctypes.byref(length), ctypes.byref(value)
                 )
+                owner._checked(status)
                 if not name:
                     return names
                 names.append(decode(name.value, length.value))
 
-        return self._owner._session.run(list_names)
+        return owner._session.run(list_names)
 
 
 class _Level(NamedTuple):
@@ -181,11 +193,11 @@ class _Level(NamedTuple):
 
 GROUPS = _Level(
     "group", LIB.get_num_group, LIB.get_group, LIB.tdms_get_group_name, LIB.tdms_find_group,
-    LIB.tdms_create_group, -5011,
+    LIB.tdms_create_group, Status.GROUP_HANDLE,
 )  # fmt: skip
 CHANNELS = _Level(
     "channel", LIB.get_num_channel, LIB.get_channel, LIB.tdms_get_channel_name,
-    LIB.tdms_find_channel, LIB.tdms_create_channel, -5015,
+    LIB.tdms_find_channel, LIB.tdms_create_channel, Status.CHANNEL_HANDLE,
 )  # fmt: skip
 
 Child = TypeVar("Child", "Group", "Channel")
@@ -206,7 +218,7 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
         return iter([name for name, _ in self._list()])
 
     def __len__(self) -> int:
-        return self._session.ask(self._level.count, self._pointer)[0]
+        return self._checked(self._session.ask(self._level.count, self._pointer)[0])
 
     def __contains__(self, name: object) -> bool:
         return isinstance(name, str) and self._find(name) is not None
@@ -237,26 +249,23 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
         if b"\0" in data:  # C takes it for the end
             return next((pointer for other, pointer in self._list() if other == name), None)
         pointer = ctypes.c_void_p()
-        status, number = self._session.ask(
-            self._level.find, self._pointer, data, ctypes.byref(pointer)
-        )
-        if status not in (0, self._level.absent):
-            raise error_of(status, number, self._session.path, self._label)
+        status, _ = self._session.ask(self._level.find, self._pointer, data, ctypes.byref(pointer))
+        if status == self._level.absent:
+            return None
+        self._checked(status)
         return pointer.value
 
     def _list(self) -> List[Tuple[str, int]]:
         """Names and handles of all."""
 
         def list_all() -> List[Tuple[str, int]]:
-            count = self._level.count(self._pointer)
-            if count <= 0:
-                return []
-            pointers = (ctypes.c_void_p * count)()
-            self._level.fill(self._pointer, pointers)
+            pointers = (ctypes.c_void_p * self._checked(self._level.count(self._pointer)))()
+            self._checked(self._level.fill(self._pointer, pointers))
             return [(name_of(pointer), pointer) for pointer in pointers if pointer is not None]
 
         def name_of(pointer: int) -> str:
-            self._level.get_name(pointer, ctypes.byref(name), ctypes.byref(length))
+            status = self._level.get_name(pointer, ctypes.byref(name), ctypes.byref(length))
+            self._checked(status)
             return decode(name.value, length.value)
 
         name, length = ctypes.c_void_p(), ctypes.c_uint64()
@@ -298,7 +307,7 @@ class File(_Parent["Group"]):
     def partial(cls: Type[F], path: Union[str, bytes, os.PathLike[Any]]) -> F:
         """Opens for reading what is intact of a file that was truncated, or is being recorded.
 
-        `rest` says how many bytes follow the intact segments; `refresh` takes in what was appended.
+        `rest` is how many bytes follow the intact segments; `refresh` takes in what was appended.
 
         Raises:
             TypeError, ValueError, Error: as ``File(path)``; of damages only the first segment's.
@@ -528,7 +537,7 @@ class Group(_Parent["Channel"]):
 
 
 class Channel(_Object):
-    """A channel: a sequence of values of one type, which the file holds.
+    """A channel: the values of one type that a file holds, in use like a sequence.
 
     ``channel[5]`` is a NumPy scalar, str or numpy.datetime64; ``channel[10:20]`` an array, or a
     list of str. Nothing else is read for them. Values count from the save on that wrote them.
@@ -640,8 +649,9 @@ class Channel(_Object):
         An array, or anything that makes itself one, fixes the type of a new channel; otherwise it
         must have the channel's type, or one that NumPy casts safely. Sequences of bool, int, float,
         str or datetime fix bool, int64 (beyond it uint64), float64, string or time, and convert to
-        the channel's type if nothing but the rounding of floats is lost. Times without a time zone
-        are UTC. Without values a sequence fixes no type.
+        the channel's type. Floats are rounded to it, and nothing else: an integer that a channel of
+        floats cannot hold exactly is rejected, in an array too. Times without a time zone are UTC.
+        Without values a sequence fixes no type.
 
         Args:
             values: a one-dimensional array or a sequence.
@@ -649,7 +659,8 @@ class Channel(_Object):
         Raises:
             TypeError: values of types that files, or this channel, do not have.
             ValueError: more dimensions than one; a time that is not a whole number of nanoseconds
-                from 1677 to 2262; a string with a NUL.
+                from 1677 to 2262; a string with a NUL; an integer that the channel's floats have
+                no exact value for, such as 2**53 + 1.
             OverflowError: a number beyond the channel's type.
             Error: the file is closed, or open for reading only; 4 GiB of strings before a save.
                 Whatever is raised, nothing was added.
@@ -699,7 +710,8 @@ class Channel(_Object):
         if self._known is None and code != 0:
             self._known = BY_CODE.get(code)
             if self._known is None:
-                raise error_of(Status.DATATYPE, 0, self._session.path, self._label)
+                # -1 is no status: files have a type of that code.
+                self._checked(Status.DATATYPE if code >= -1 else code)
         return self._known
 
     def _counts(self) -> Tuple[int, int]:
@@ -717,7 +729,7 @@ class Channel(_Object):
                 raise TypeError("strings are not read into an array")
             return self._read_strings(first, count)
         dtype = element.dtype if element is not None else numpy.dtype("float64")
-        array = numpy.empty(count, dtype) if out is None else _checked(out, count, dtype)
+        array = numpy.empty(count, dtype) if out is None else _usable(out, count, dtype)
         if element is not None:
             self._session.call(
                 self._label, element.read, self._pointer, first, count, array.ctypes.data
@@ -769,7 +781,7 @@ def _below(owner: str, name: str) -> str:
 
 
 def _lookup_bytes(name: str) -> Optional[bytes]:
-    """The bytes of a name that is looked for; None if no name has such text."""
+    """The bytes of a name that is looked for; None if no name has them."""
     try:
         return encode(name)
     except UnicodeEncodeError:
@@ -786,7 +798,7 @@ def _two_names(names: Tuple[Any, ...]) -> Tuple[str, str]:
     return names[0], names[1]
 
 
-def _checked(out: Array, count: int, dtype: numpy.dtype[Any]) -> Array:
+def _usable(out: Array, count: int, dtype: numpy.dtype[Any]) -> Array:
     """The same array, if C can write so many values of the type to it."""
     if not isinstance(out, numpy.ndarray) or out.dtype != dtype:
         raise TypeError(f"out must be an array of {dtype}")

@@ -133,7 +133,7 @@ def _holds(element: ElementType, low: int, high: int) -> bool:
 
 
 def to_property(value: PropertyValue) -> Tuple[Value, object]:
-    """A property's value for C, and what must live as long as it.
+    """A property's value for C, and the object that owns its bytes.
 
     Raises:
         TypeError: properties have no values of this type.
@@ -236,7 +236,11 @@ def _from_array(
             raise TypeError(f"a channel of {wanted.name} does not take an array of {element.name}")
     if element is BOOL:
         values = values.view("uint8") != 0  # a byte of a view may be anything
-    return wanted, numpy.require(values, wanted.dtype, ["C", "A"])
+    converted = numpy.require(values, wanted.dtype, ["C", "A"])
+    # NumPy calls this cast safe, but a float64 has 53 bits.
+    if element in (INT64, UINT64) and wanted is DOUBLE:
+        _check_exact(values, converted)
+    return wanted, converted
 
 
 def _from_list(
@@ -289,7 +293,25 @@ def _floats(values: List[Any], element: ElementType) -> Array:
     lost = numpy.isinf(result) & ~numpy.isinf(wide)
     if lost.any():
         raise OverflowError(f"{wide[lost][0]} is not in the range of {element.dtype}")
+    for value, number in zip(values, result.tolist()):
+        # Python compares an int and a float exactly, NumPy does not.
+        if isinstance(value, (int, numpy.integer)) and int(value) != number:
+            raise _inexact(int(value), element.dtype)
     return result
+
+
+def _check_exact(integers: Array, floats: Array) -> None:
+    """Raises a ValueError if one of these int64 or uint64 was changed by the cast to float64."""
+    # The largest integers round up to 2^63 or 2^64, beyond their type: those cannot be cast back.
+    limit = float(numpy.iinfo(integers.dtype).max)
+    back = numpy.where(floats < limit, floats, 0)
+    changed = back.astype(integers.dtype) != integers
+    if changed.any():
+        raise _inexact(int(integers[changed][0]), floats.dtype)
+
+
+def _inexact(integer: int, dtype: numpy.dtype[Any]) -> ValueError:
+    return ValueError(f"{integer} is no {dtype}: it would be rounded")
 
 
 def _bools(values: List[Any], element: ElementType) -> Array:

@@ -1,5 +1,6 @@
 import contextlib
 import random
+import struct
 
 import numpy
 import pytest
@@ -10,60 +11,58 @@ import tdms
 FILES = 2000
 
 
-@pytest.fixture
-def seeds(path):
-    """Files of segments of every type, of repeated ones, and of strings only."""
-    made = []
-    for types, saves in ((EVERY_TYPE, 1), (EVERY_TYPE, 3), ({"string": ["a", "", "bc"]}, 4)):
-        with tdms.File(path, "w") as file:
-            group = file.create_group("g")
-            for save in range(saves):
-                for name, values in types.items():
-                    channel = group.get(name) or group.create_channel(name)
-                    channel.append([value[:9] for value in values] if name == "string" else values)
-                    channel.properties["p"] = name if save == 0 else values[2]
-                file.save()
-        made.append(path.read_bytes())
-    return made
-
-
-def damage(seeds, dice):
-    """A file with a few bytes changed or cut off, or with the end of another."""
-    data = bytearray(dice.choice(seeds))
-    for _ in range(dice.randint(1, 4)):
-        at, kind = dice.randrange(len(data)), dice.randrange(5)
-        if kind < 2:
-            data[at] ^= 1 << dice.randrange(8)
-        elif kind == 2:
-            size = dice.choice((1, 4, 8))
-            data[at : at + size] = dice.choice((b"\0", b"\xff", b"\x01\0\0\0")) * size
-        elif kind == 3:
-            other = dice.choice(seeds)
-            data[at:] = other[dice.randrange(len(other)) :]
-        else:
-            del data[at + 1 :]
-    return bytes(data)
-
-
 def read_everything(file):
-    repr(file), dict(file.properties)
-    for group in file.groups:
-        repr(group), dict(group.properties)
-        for channel in group.channels:
-            dict(channel.properties)
-            for use in (lambda: channel[:], lambda: channel[-1], lambda: channel[::-5],
-                        lambda: list(channel.chunks(2)), lambda: numpy.asarray(channel)):
-                with contextlib.suppress(tdms.Error, IndexError):
-                    use()
+    for thing in (file, *file.groups):
+        repr(thing), dict(thing.properties)
+    for channel in (channel for group in file.groups for channel in group.channels):
+        dict(channel.properties)
+        for use in (lambda: channel[:], lambda: channel[-1], lambda: channel[::-5],
+                    lambda: list(channel.chunks(2)), lambda: numpy.asarray(channel)):
+            with contextlib.suppress(tdms.Error, IndexError):
+                use()
 
 
-def test_damaged_files_raise_errors_only(seeds, path):
-    dice = random.Random(1)
-    opened = 0
+def test_damaged_files_raise_errors_only(path):
+    with tdms.File(path, "w") as file:
+        group = file.create_group("g")
+        for save in range(3):
+            for name, values in EVERY_TYPE.items():
+                channel = group.get(name) or group.create_channel(name)
+                channel.append([value[:9] for value in values] if name == "string" else values)
+                channel.properties["p"] = name if save == 0 else values[2]
+            file.save()
+    good, dice, opened = path.read_bytes(), random.Random(1), 0
     for _ in range(FILES):
-        path.write_bytes(damage(seeds, dice))
+        data = bytearray(good)
+        for _ in range(dice.randint(1, 3)):
+            at, size = dice.randrange(len(data)), dice.choice((1, 4, 8))
+            flipped = bytes([data[at] ^ 1 << dice.randrange(8)])
+            number = dice.choice((0, 1, 256**size - 1)).to_bytes(size, "little")
+            data[at : at + size] = dice.choice((flipped + data[at + 1 : at + size], number, number))
+        if dice.randrange(4) == 0:
+            at = dice.randrange(len(data))
+            data[at:] = dice.choice((b"", good[dice.randrange(len(good)) :]))
+        path.write_bytes(data)
         for open_file in (tdms.File, tdms.File.partial):
             with contextlib.suppress(tdms.Error), open_file(path) as file:
                 opened += 1
                 read_everything(file)
     assert opened > FILES / 4
+
+
+@pytest.mark.parametrize("code", [0x0B, 0x19, 0x8000C, 0xFFFFFFFF])
+def test_types_without_values(path, code):
+    """Files name types of which they have no values, for properties and for channels."""
+    with tdms.File(path, "w") as file:
+        file.properties["p"] = ""
+        file.create_group("g").create_channel("c").append(numpy.array([1], "int8"))
+    data = path.read_bytes().replace(b"p" + struct.pack("<II", 0x20, 0), b"p" + struct.pack("<I", code))
+    data = data.replace(struct.pack("<III", 20, 1, 1), struct.pack("<III", 20, code, 1))
+    segment, metadata = struct.unpack_from("<QQ", data, 12)
+    path.write_bytes(data[:12] + struct.pack("<QQ", segment - 4, metadata - 4) + data[28:])
+    with tdms.File(path) as file:
+        assert file.properties == {"p": None}
+        for use in (lambda: file["g", "c"].dtype, lambda: file["g", "c"].read(0, 0)):
+            with pytest.raises(tdms.Error) as caught:
+                use()
+            assert caught.value.status is tdms.Status.DATATYPE

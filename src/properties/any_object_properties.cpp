@@ -1,6 +1,7 @@
 // The tdms_ functions for properties of any type, of a file, a group or a channel alike.
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -12,9 +13,9 @@
 namespace tdms_impl {
 namespace {
 
-// Lengths of names, and of texts with their own length before them, are 32-bit numbers.
+// Lengths of names, and of strings with their own length before them, are 32-bit numbers.
 constexpr std::uint64_t most_name = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint64_t most_text = most_name - 4;
+constexpr std::uint64_t most_string = most_name - 4;
 
 // The member of tdms_value that has the values of T.
 template <class T, class Value>
@@ -36,6 +37,11 @@ auto& member(Value& v)
 template <class T>
 bool fits(const tdms_value& v)
 {
+    if constexpr (std::is_same_v<T, bool>) {
+        unsigned char byte = 0;  // another one is no bool, and must not be read as one
+        std::memcpy(&byte, &v.value, 1);
+        return byte <= 1;
+    }
     const auto value = member<T>(v);
     if constexpr (std::is_same_v<T, float>) {
         return !std::isfinite(value) || std::abs(value) <= std::numeric_limits<float>::max();
@@ -60,10 +66,10 @@ bool encode(const tdms_value& v, byte_string& bytes)
     return true;
 }
 
-bool encode_text(const tdms_value& v, byte_string& bytes)
+bool encode_string(const tdms_value& v, byte_string& bytes)
 {
     const auto [text, length] = v.value.string;
-    if ((text == nullptr && length != 0) || length > most_text) return false;
+    if ((text == nullptr && length != 0) || length > most_string) return false;
     bytes.resize(4);
     store(bytes.data(), static_cast<std::uint32_t>(length), true);
     bytes.append(reinterpret_cast<const unsigned char*>(text), length);
@@ -82,7 +88,7 @@ bool decode(const byte_string& bytes, tdms_value& v)
     return true;
 }
 
-bool decode_text(const byte_string& bytes, tdms_value& v)
+bool decode_string(const byte_string& bytes, tdms_value& v)
 {
     if (bytes.size() < 4) return false;
     v.value.string.text = reinterpret_cast<const char*>(bytes.data()) + 4;
@@ -100,7 +106,7 @@ bool encode_value(const tdms_value& v, byte_string& bytes)
         TDMS_FIXED_SIZE_ELEMENTS(TDMS_ENCODE)
 #undef TDMS_ENCODE
         case TDMS_TYPE_STRING:
-            return encode_text(v, bytes);
+            return encode_string(v, bytes);
         default:
             return false;
     }
@@ -115,7 +121,7 @@ bool decode_bytes(std::uint32_t type, const byte_string& bytes, tdms_value& v)
         TDMS_FIXED_SIZE_ELEMENTS(TDMS_DECODE)
 #undef TDMS_DECODE
         case TDMS_TYPE_STRING:
-            return decode_text(bytes, v);
+            return decode_string(bytes, v);
         default:
             return false;
     }
@@ -173,6 +179,7 @@ int tdms_next_property(void* object, const char** name, uint64_t* length, tdms_v
 {
     return tdms_impl::guarded_any(object, [=](auto& owner) -> int {
         if (name == nullptr || length == nullptr || value == nullptr) return TDMS_ARGUMENT;
+        if (*name != nullptr && *length > tdms_impl::most_name) return TDMS_ARGUMENT;
         return tdms_impl::next_property(owner.properties, name, length, value);
     });
 }
@@ -180,7 +187,9 @@ int tdms_next_property(void* object, const char** name, uint64_t* length, tdms_v
 int tdms_get_property(void* object, const char* name, uint64_t length, tdms_value* value)
 {
     return tdms_impl::guarded_any(object, [=](auto& owner) -> int {
-        if (name == nullptr || value == nullptr) return TDMS_ARGUMENT;
+        if (name == nullptr || value == nullptr || length > tdms_impl::most_name) {
+            return TDMS_ARGUMENT;
+        }
         return tdms_impl::with_property(owner, {name, length},
                                         [=](const tdms_impl::property& found) -> int {
                                             *value = tdms_impl::value_of(found);

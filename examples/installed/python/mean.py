@@ -14,6 +14,8 @@ def main() -> None:
     path, group, channel = sys.argv[1:]
     with tdms.File(path) as file:
         values = file[group, channel]
+        if values.dtype is not None and values.dtype.kind not in "biuf":
+            sys.exit(f"mean.py: {channel} has values of the type {values.dtype}")
         total = sum(float(part.sum()) for part in values.chunks(65536))
         print(total / len(values) if len(values) else "no values")
 
