@@ -5,6 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 cmake/install-packages.sh build
+echo "building, about a minute"
 cmake -S . -B build/demo -DTDMS_BUILD_TESTS=OFF -DTDMS_BUILD_TOOLS=OFF >/dev/null
 cmake --build build/demo --parallel "$(nproc)" >/dev/null
 build/demo/examples/record build/demo/record.tdms 3 50

@@ -59,14 +59,23 @@ The package tdms reads and writes measurement files in the TDMS format:
 channels as NumPy arrays, properties as dicts, and data frames where pandas is
 installed.")
 
-# Examples that build and run with what the package holds.
-set(examples ${PROJECT_SOURCE_DIR}/examples/installed)
-install(DIRECTORY ${examples}/c ${examples}/cpp
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libtdms-dev/examples
-  COMPONENT development EXCLUDE_FROM_ALL)
-install(FILES ${examples}/python/mean.py
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/python3-tdms/examples
-  COMPONENT python EXCLUDE_FROM_ALL)
+# Guides, and examples that build and run with what the package holds.
+function(tdms_install_documents component package)
+  set(folder ${CMAKE_INSTALL_DATADIR}/doc/${package})
+  foreach(page ${TDMS_${component}_PAGES})
+    install(FILES docs/${page}.md DESTINATION ${folder} COMPONENT ${component} EXCLUDE_FROM_ALL)
+  endforeach()
+  foreach(example ${TDMS_${component}_EXAMPLES})
+    install(DIRECTORY examples/${example} DESTINATION ${folder}/examples
+      COMPONENT ${component} EXCLUDE_FROM_ALL PATTERN __pycache__ EXCLUDE PATTERN *_test.py EXCLUDE)
+  endforeach()
+endfunction()
+set(TDMS_development_PAGES guide languages)
+set(TDMS_development_EXAMPLES installed/c installed/cpp programs)
+set(TDMS_python_PAGES languages cluster)
+set(TDMS_python_EXAMPLES installed/python/ cluster)
+tdms_install_documents(development libtdms-dev)
+tdms_install_documents(python python3-tdms)
 
 # Every package carries its copyright and its changes.
 file(READ LICENSE license)
