@@ -11,7 +11,7 @@ build=$root/build/bench
 
 # Only the tables go to the standard output, so that they can be redirected into a file.
 {
-    "$root/cmake/install-packages.sh" bench
+    "$root/cmake/install-packages.sh" bench python
     cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTDMS_BUILD_BENCH=ON \
         -DTDMS_BUILD_TESTS=OFF -DTDMS_BUILD_EXAMPLES=OFF
     cmake --build "$build" --target tdms_bench --parallel
@@ -19,6 +19,11 @@ build=$root/build/bench
 
 # The program removes its own files; the folder around them goes also when it is ended or crashes.
 scratch=$(mktemp -d /dev/shm/tdms-bench-XXXXXX)
-TDMS_BENCH_DIR=$scratch "$build/bench/tdms_bench" "$@" &
 trap 'kill $! 2>/dev/null || true; wait; rm -rf "$scratch"' EXIT
+TDMS_BENCH_DIR=$scratch "$build/bench/tdms_bench" "$@" &
+wait $!
+case $* in *--benchmark_*) exit ;; esac
+# A last row of the table of ratios, by Debian's interpreter, which has Debian's packages.
+PYTHONPATH=$root/python PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 "$root/bench/python_interface.py" \
+    "$build/libtdms.so" "$scratch" &
 wait $!

@@ -295,7 +295,7 @@ def find_recordings(root: str, report: Any) -> Iterator[str]:
     """The names of all recordings, below the folder."""
     for folder, _, files in os.walk(root, onerror=lambda error: report(str(error))):
         for file in files:
-            if file.endswith(".tdms"):
+            if file.lower().endswith(".tdms"):
                 yield os.path.relpath(os.path.join(folder, file), root)
 
 
@@ -354,7 +354,9 @@ def main(arguments: Optional[List[str]] = None) -> int:
     size = recording_ranges.task_size(options.range, options.spectrum)
     with ExitStack() as stack:
         output = Output(options.results, stack)
-        if names:
+        if not names:
+            report.problem(f"{root}: no recording, whose name ends in .tdms")
+        else:
             client = stack.enter_context(connect(options))
             report.start(len(names))
             Run(client, root, names, size, options.spectrum, output, report).execute()

@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import enum
+import errno
 import functools
 import os
 from typing import Any, Optional, Tuple, Type
@@ -111,6 +112,8 @@ def error_of(status: int, number: int, path: str, subject: str = "") -> Error:
     message += f": {LIB.tdms_status_text(status).decode()}"
     if status not in (Status.FILE_PATH, Status.WRITE):
         number = 0  # of some earlier call
-    if number != 0:
+    if status == Status.FILE_PATH and number == errno.EWOULDBLOCK:
+        message += " Another program is writing to it."
+    elif number != 0:
         message += f" {os.strerror(number)}."
     return make_error(message, status, number, path)

@@ -29,13 +29,13 @@ class Session:
         self._process = os.getpid()
         self._lock = threading.RLock()
         self._busy = False
+        # Before opening: an interrupt may come as soon as there is a handle.
+        self._finalizer = weakref.finalize(
+            self, _abandon, self.handle, self._lock, self._process, path, writable
+        )
         status = open_handle(ctypes.byref(self.handle))
         if status != 0:
             raise error_of(status, ctypes.get_errno(), path)
-        unsaved = path if writable else None
-        self._finalizer = weakref.finalize(
-            self, _abandon, self.handle, self._lock, self._process, unsaved
-        )
 
     @property
     def closed(self) -> bool:
@@ -111,15 +111,20 @@ class Session:
 
 
 def _abandon(
-    handle: ctypes.c_void_p, lock: threading.RLock, process: int, unsaved: Optional[str]
+    handle: ctypes.c_void_p, lock: threading.RLock, process: int, path: str, writable: bool
 ) -> None:
-    """Closes what nobody has closed, without saving. At exit, running calls end first."""
+    """Saves and closes what nobody has closed. At exit, running calls end first."""
     if os.getpid() != process:
         return
     with lock:
-        if handle:
-            LIB.tdms_close(ctypes.byref(handle))
-    if unsaved is not None:
-        warnings.warn(
-            f"{unsaved} was not closed: what was not saved is lost", ResourceWarning, stacklevel=2
-        )
+        if not handle:
+            return
+        status = LIB.tdms_save(handle) if writable else 0
+        number = ctypes.get_errno()
+        closed = LIB.tdms_close(ctypes.byref(handle))
+        if status == 0:
+            status, number = closed, ctypes.get_errno()
+    if status != 0:
+        warnings.warn(f"values are lost: {error_of(status, number, path)}", RuntimeWarning)
+    elif writable:
+        warnings.warn(f"{path} was not closed", ResourceWarning, stacklevel=2)

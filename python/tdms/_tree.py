@@ -38,6 +38,8 @@ NO_PROPERTY = (
 class _Object:
     """What files, groups and channels have in common."""
 
+    __slots__ = ("_session", "_pointer", "_label", "__weakref__")
+
     _session: Session
     _pointer: Any  # the handle, a c_void_p or its address
     _label: str  # for messages
@@ -88,6 +90,8 @@ class Properties(MutableMapping[str, Any]):
     A new value takes the place of the old, whatever its type. What a file has stays in it, so
     deleting is a TypeError.
     """
+
+    __slots__ = ("_owner",)
 
     _owner: _Object
 
@@ -206,6 +210,8 @@ Child = TypeVar("Child", "Group", "Channel")
 class _Parent(_Object, Mapping[str, Child], Generic[Child]):
     """A mapping of what is one level below, in the byte order of their paths."""
 
+    __slots__ = ()
+
     _level: _Level
 
     def _child(self, name: str, pointer: int) -> Child:
@@ -279,6 +285,8 @@ class File(_Parent["Group"]):
     assigned is in memory until `save`, or until `close`, which the ``with`` statement calls. Any
     number of threads may use a file; calls wait for each other. Processes open it each for itself.
     """
+
+    __slots__ = ("_mode", "_rest")
 
     _level = GROUPS
 
@@ -467,6 +475,8 @@ F = TypeVar("F", bound=File)
 class Group(_Parent["Channel"]):
     """A group of a file: a mapping of channels by their names."""
 
+    __slots__ = ("_file",)
+
     _level = CHANNELS
     _file: File
 
@@ -537,11 +547,13 @@ class Group(_Parent["Channel"]):
 
 
 class Channel(_Object):
-    """A channel: the values of one type that a file holds, in use like a sequence.
+    """A channel: the values of one type that a file holds, used like a sequence.
 
     ``channel[5]`` is a NumPy scalar, str or numpy.datetime64; ``channel[10:20]`` an array, or a
     list of str. Nothing else is read for them. Values count from the save on that wrote them.
     """
+
+    __slots__ = ("_name", "_group", "_known")
 
     _name: str
     _group: Group
@@ -663,7 +675,8 @@ class Channel(_Object):
                 no exact value for, such as 2**53 + 1.
             OverflowError: a number beyond the channel's type.
             Error: the file is closed, or open for reading only; 4 GiB of strings before a save.
-                Whatever is raised, nothing was added.
+                After any of these, nothing was added. An interrupt, such as KeyboardInterrupt, may
+                also come when all was added.
         """
         converted = to_values(values, self._element())
         if converted is None:
@@ -734,7 +747,7 @@ class Channel(_Object):
             self._session.call(
                 self._label, element.read, self._pointer, first, count, array.ctypes.data
             )
-        return array
+        return array if out is None else out
 
     def _read_strings(self, first: int, count: int) -> List[str]:
         size = ctypes.c_uint64()
@@ -799,9 +812,15 @@ def _two_names(names: Tuple[Any, ...]) -> Tuple[str, str]:
 
 
 def _usable(out: Array, count: int, dtype: numpy.dtype[Any]) -> Array:
-    """The same array, if C can write so many values of the type to it."""
-    if not isinstance(out, numpy.ndarray) or out.dtype != dtype:
+    """The same memory, if C can write so many values of the type to it.
+
+    A subclass may say anything about itself; the plain array that shares its memory does not.
+    """
+    if not isinstance(out, numpy.ndarray):
         raise TypeError(f"out must be an array of {dtype}")
-    if out.shape != (count,) or not out.flags.carray:
+    plain = numpy.asarray(out)
+    if plain.dtype != dtype:
+        raise TypeError(f"out must be an array of {dtype}")
+    if plain.shape != (count,) or not plain.flags.carray:
         raise ValueError(f"out must be a contiguous, writable array of {count} values")
-    return out
+    return plain

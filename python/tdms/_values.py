@@ -29,6 +29,11 @@ class ElementType(NamedTuple):
     name: str  # in the names of functions
 
     @property
+    def label(self) -> str:
+        """The type as messages name it."""
+        return "strings" if self.name == "string" else str(self.dtype)
+
+    @property
     def read(self) -> Any:
         return getattr(LIB, f"tdms_read_{self.name}")
 
@@ -124,7 +129,8 @@ def _element_of_int(low: int, high: int) -> ElementType:
     for element in (INT64, UINT64):
         if _holds(element, low, high):
             return element
-    raise OverflowError(f"no type of integers has both {low} and {high}")
+    both = f"both {low} and {high}" if low != high else str(low)
+    raise OverflowError(f"no type of integers holds {both}")
 
 
 def _holds(element: ElementType, low: int, high: int) -> bool:
@@ -233,7 +239,7 @@ def _from_array(
     if wanted is not element:
         numbers = element in NUMBERS and wanted in NUMBERS
         if not numbers or not numpy.can_cast(element.dtype, wanted.dtype, "safe"):
-            raise TypeError(f"a channel of {wanted.name} does not take an array of {element.name}")
+            raise TypeError(f"a channel of {wanted.label} does not take an array of {element.label}")
     if element is BOOL:
         values = values.view("uint8") != 0  # a byte of a view may be anything
     converted = numpy.require(values, wanted.dtype, ["C", "A"])
@@ -258,7 +264,7 @@ def _from_list(
         known = _element_of_list(values, classes, kinds)
     if not kinds <= set(ACCEPTED[known.dtype.kind]):
         names = ", ".join(sorted(cls.__name__ for cls in classes))
-        raise TypeError(f"a channel of {known.name} does not take values of the types {names}")
+        raise TypeError(f"a channel of {known.label} does not take values of the types {names}")
     convert: Any = CONVERSIONS[known.dtype.kind]
     return known, convert(values, known)
 

@@ -26,15 +26,11 @@ def test_frames(path):
         pandas.testing.assert_series_equal(even["a"].to_pandas(), expected["a"])
         frame = frames["uneven"]
         assert list(frame.index) == list(range(5)) and frame["long"].dtype == "uint8"
-        for name, values in (("big", [2**62 + 1]), ("on", [True, False]), ("t", list(times)),
-                             ("none", [])):
+        for name, values in (("big", [2**62 + 1]), ("on", [True, False]), ("none", [])):
             assert list(frame[name].dropna()) == values and len(frame[name]) == 5
-        assert list(uneven["t"].to_pandas().index) == [0, 1, 2]
 
         # And back, with a time zone and nanoseconds.
         moments = pandas.Series(times + numpy.timedelta64(1, "ns")).dt.tz_localize("Asia/Kolkata")
-        for name, series in (("text", frames["even"]["text"]), ("t", moments)):
-            even.create_channel(f"{name} again").append(series)
+        even.create_channel("moments").append(moments)
         file.save()
-        assert even["text again"][:] == ["x", "", "z"]
-        assert even["t again"][0] == numpy.datetime64("2024-05-16T18:30:00.000000001")
+        assert even["moments"][0] == numpy.datetime64("2024-05-16T18:30:00.000000001")
