@@ -355,7 +355,7 @@ def main(arguments: Optional[List[str]] = None) -> int:
     with ExitStack() as stack:
         output = Output(options.results, stack)
         if not names:
-            report.problem(f"{root}: no recording, whose name ends in .tdms")
+            report.problem(f"{root}: no file whose name ends in .tdms")
         else:
             client = stack.enter_context(connect(options))
             report.start(len(names))
