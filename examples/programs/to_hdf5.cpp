@@ -127,8 +127,8 @@ void convert_as(hid_t group, const tdms::channel& from)
 // Without values a channel may have no type: then it becomes an empty dataset of doubles.
 void convert(hid_t group, const tdms::channel& from)
 {
-    if (!tdms::with_type(from.type(), [&]<class T>() { convert_as<T>(group, from); }))
-        convert_as<double>(group, from);
+    const bool typed = tdms::with_type(from.type(), [&]<class T>() { convert_as<T>(group, from); });
+    if (!typed) convert_as<double>(group, from);
 }
 
 void convert_file(const char* from, const char* to)

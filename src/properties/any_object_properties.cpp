@@ -83,7 +83,7 @@ bool decode(const byte_string& bytes, tdms_value& v)
     if constexpr (std::is_same_v<T, timestamp_fields>) {
         decode_nanoseconds(bytes.data(), 1, &v.value.nanoseconds);
     } else {
-        member<T>(v) = load_element<T>(bytes.data());
+        member<T>(v) = {load_element<T>(bytes.data())};
     }
     return true;
 }

@@ -36,6 +36,7 @@ void transfer(const h5::id& stored, const h5::id& space, Read read, Write write)
             texts.emplace_back(&bytes[i * size], strnlen(&bytes[i * size], size));
         }
         std::vector<const char*> pointers;
+        pointers.reserve(count);
         for (const std::string& text : texts) pointers.push_back(text.c_str());
         write(pointers.data());
         return;
