@@ -88,16 +88,8 @@ class Session:
         if self.closed or os.getpid() != self._process:
             return
 
-        def save_and_close() -> Optional[Error]:
-            status = LIB.tdms_save(self.handle) if save and self.writable else 0
-            number = ctypes.get_errno()
-            closed = LIB.tdms_close(ctypes.byref(self.handle))
-            if status == 0:
-                status, number = closed, ctypes.get_errno()
-            return error_of(status, number, self.path) if status != 0 else None
-
         try:
-            error = self.run(save_and_close)
+            error = self.run(lambda: _close(self.handle, self.path, save and self.writable))
         except Error:
             if self.closed:  # by another thread meanwhile
                 return
@@ -110,6 +102,16 @@ class Session:
         return Error(f"{self.path}: {reason}", Status.FILE_HANDLE)
 
 
+def _close(handle: ctypes.c_void_p, path: str, save: bool) -> Optional[Error]:
+    """Closes a file, saved or not. The result is what failed first."""
+    status = LIB.tdms_save(handle) if save else 0
+    number = ctypes.get_errno()
+    closed = LIB.tdms_close(ctypes.byref(handle))
+    if status == 0:
+        status, number = closed, ctypes.get_errno()
+    return error_of(status, number, path) if status != 0 else None
+
+
 def _abandon(
     handle: ctypes.c_void_p, lock: threading.RLock, process: int, path: str, writable: bool
 ) -> None:
@@ -119,12 +121,8 @@ def _abandon(
     with lock:
         if not handle:
             return
-        status = LIB.tdms_save(handle) if writable else 0
-        number = ctypes.get_errno()
-        closed = LIB.tdms_close(ctypes.byref(handle))
-        if status == 0:
-            status, number = closed, ctypes.get_errno()
-    if status != 0:
-        warnings.warn(f"values are lost: {error_of(status, number, path)}", RuntimeWarning)
+        error = _close(handle, path, save=writable)
+    if error is not None:
+        warnings.warn(f"values are lost: {error}", RuntimeWarning)
     elif writable:
         warnings.warn(f"{path} was not closed", ResourceWarning, stacklevel=2)

@@ -66,13 +66,11 @@ bool encode(const tdms_value& v, byte_string& bytes)
     return true;
 }
 
-bool encode_string(const tdms_value& v, byte_string& bytes)
+bool encode_checked_string(const tdms_value& v, byte_string& bytes)
 {
     const auto [text, length] = v.value.string;
     if ((text == nullptr && length != 0) || length > most_string) return false;
-    bytes.resize(4);
-    store(bytes.data(), static_cast<std::uint32_t>(length), true);
-    bytes.append(reinterpret_cast<const unsigned char*>(text), length);
+    bytes = encode_string({text, length});
     return true;
 }
 
@@ -106,7 +104,7 @@ bool encode_value(const tdms_value& v, byte_string& bytes)
         TDMS_FIXED_SIZE_ELEMENTS(TDMS_ENCODE)
 #undef TDMS_ENCODE
         case TDMS_TYPE_STRING:
-            return encode_string(v, bytes);
+            return encode_checked_string(v, bytes);
         default:
             return false;
     }

@@ -1,13 +1,24 @@
 #pragma once
 
+#include <algorithm>
 #include <utility>
 
+#include "codec/byte_order.h"
 #include "core/handles.h"
 #include "core/text.h"
 
 namespace tdms_impl {
 
 using byte_string = std::basic_string<unsigned char>;
+
+/// A string as a file stores it: its length, then its bytes.
+inline byte_string encode_string(std::string_view value)
+{
+    byte_string bytes(4 + value.size(), 0);
+    store(bytes.data(), static_cast<std::uint32_t>(value.size()), true);
+    std::copy(value.begin(), value.end(), bytes.begin() + 4);
+    return bytes;
+}
 
 /// Adds a property to an object. The first of two properties of one name stays as it is, unless
 /// tdms_save() has written it: after a save a name can be created again, and replaces it.

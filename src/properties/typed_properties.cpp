@@ -7,14 +7,6 @@
 namespace tdms_impl {
 namespace {
 
-byte_string encode_text(std::string_view value)
-{
-    byte_string bytes(4 + value.size(), 0);
-    store(bytes.data(), static_cast<std::uint32_t>(value.size()), true);
-    std::copy(value.begin(), value.end(), bytes.begin() + 4);
-    return bytes;
-}
-
 // The text of a stored string, never more than is stored; of bytes too few for a length, none.
 std::string_view stored_text(const byte_string& bytes)
 {
@@ -39,7 +31,7 @@ int create_string(void* handle, const char* name, const char* value)
 {
     auto* const owner = static_cast<Object*>(handle);
     if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
-    return create_property(owner, text(name), TDMS_TYPE_STRING, encode_text(text(value)));
+    return create_property(owner, text(name), TDMS_TYPE_STRING, encode_string(text(value)));
 }
 
 // The stored bytes of a property; with any status but 0 they are empty.
