@@ -10,7 +10,7 @@ for group in "$@"; do
         python) packages+=(python3-numpy python3-pandas python3-pytest) ;;
         cluster) packages+=(python3-distributed) ;;
         lint) packages+=(clang-format clang-tidy cppcheck mypy) ;;
-        tool) packages+=(libcli11-dev nlohmann-json3-dev gnuplot-nox) ;;
+        tool) packages+=(libcli11-dev gnuplot-nox) ;;
         hdf5) packages+=(libhdf5-dev hdf5-tools) ;;
         bench) packages+=(libbenchmark-dev libhdf5-dev) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;

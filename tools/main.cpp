@@ -4,135 +4,212 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <ctime>
+#include <sstream>
 
-#include "commands.h"
+#include "commands/commands.h"
+#include "console/output.h"
+#include "console/report.h"
+#include "console/value_text.h"
 
 namespace tool {
 namespace {
 
-// The parser takes an argument in brackets for a list of arguments, and "++" for the end of a
-// command's. A name may be such all the same: while the line is parsed, a byte goes before it,
-// and before what begins with that byte.
-constexpr char name_mark = '\1';
+constexpr const char* about_file = "The measurement file";
+constexpr const char* about_files = "The measurement files";
+constexpr const char* about_channels = "GROUP/CHANNEL, or GROUP for all in it; default: all";
 
-std::vector<std::string> marked_arguments(int count, char** arguments)
-{
-    std::vector<std::string> marked;
-    for (int i = count - 1; i > 0; --i) {  // the parser takes them from the back
-        marked.emplace_back(arguments[i]);
-        const std::string& name = marked.back();
-        if (name == "++" || name.starts_with('[') || name.starts_with(name_mark)) {
-            marked.back().insert(0, 1, name_mark);
+// The subcommands, and what becomes of their run.
+class command_line {
+  public:
+    command_line() : app_("Shows, converts, draws, checks and salvages TDMS files", "tdms")
+    {
+        app_.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
+        app_.require_subcommand(1);
+        app_.get_formatter()->column_width(32);
+        app_.footer("FILE may be - for standard input. More: man tdms");
+        add_info();
+        add_dump();
+        add_plot();
+        add_check();
+        add_salvage();
+        add_convert();
+        add_diff();
+    }
+
+    /// @return the exit status
+    int run(int argc, char** argv)
+    {
+        try {
+            app_.parse(argc, argv);
+        } catch (const CLI::ParseError& e) {
+            return end_early(e);
+        } catch (const usage_error& e) {
+            return complain(e.what());
         }
+        return all_well_ ? 0 : 1;
     }
-    return marked;
-}
 
-// A command about one file, whose failures are reported with the file's name.
-template <class Options>
-bool run_one(bool (*command)(const Options&), const Options& options)
-{
-    return for_each_file({options.file}, [&](const std::string&) { return command(options); });
-}
-
-template <class T>
-CLI::Option* add(CLI::App& command, const char* name, T& variable, const char* what)
-{
-    return command.add_option(name, variable, what)->transform([](const std::string& argument) {
-        return argument.starts_with(name_mark) ? argument.substr(1) : argument;
-    });
-}
-
-// The parser takes a negative number for one that is very large. @return the complaint, or none
-std::string not_negative(const std::string& number)
-{
-    return number.starts_with('-') ? "it must not be negative" : "";
-}
-
-// Help and version are asked for; all else that ends the parsing is bad usage.
-int end_early(const CLI::App& app, const CLI::ParseError& e)
-{
-    std::ostringstream asked_for;
-    std::ostringstream complaint;
-    if (app.exit(e, asked_for, complaint) == 0) {
-        output out;
-        out.put(asked_for.str());
-        out.flush();
-        return 0;
+  private:
+    void add_info()
+    {
+        CLI::App& command =
+            *app_.add_subcommand("info", "Show the tree: types, counts, properties");
+        command.add_option("FILE", info_.files, about_files)->required();
+        CLI::Option* const json =
+            command.add_flag("--json", info_.json, "As JSON, an array of files");
+        command.add_flag("--names", info_.names, "Only GROUP/CHANNEL, one per line")
+            ->excludes(json);
+        command.add_flag("--stats", info_.statistics,
+                         "Read all values: minimum, maximum, mean, deviation, NaN; times, rate");
+        add_strict(command, info_.strict);
+        add_local(command);
+        command.callback([this] { all_well_ = info(info_); });
     }
-    const std::vector<std::string> unknown = app.remaining();
-    const std::string what = unknown.empty() ? e.what() : "unknown command: " + unknown.front();
-    report("", what + "\nTry 'tdms --help'.");
-    return 2;
-}
 
-int parse_and_run(int argc, char** argv)
-{
-    CLI::App app("Shows, converts, draws, checks and salvages TDMS measurement files", "tdms");
-    app.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
-    app.require_subcommand(1);
-    app.get_formatter()->column_width(30);
-    app.footer("FILE may be - for standard input. More: man tdms");
-    const char* const about_files = "The measurement files";
-    const char* const about_file = "The measurement file";
-    const char* const about_channels = "GROUP/CHANNEL, or GROUP for all in it";
-    bool all_well = true;
-
-    info_options infos;
-    CLI::App& info_command =
-        *app.add_subcommand("info", "Show the tree: types, counts, properties");
-    add(info_command, "FILE", infos.files, about_files)->required();
-    CLI::Option* json = info_command.add_flag("--json", infos.json, "As JSON, an array of files");
-    info_command.add_flag("--names", infos.names, "Only GROUP/CHANNEL, one per line")
-        ->excludes(json);
-    info_command.callback([&] { all_well = info(infos); });
-
-    dump_options dumps;
-    CLI::App& dump_command = *app.add_subcommand("dump", "Print values as CSV");
-    add(dump_command, "FILE", dumps.file, about_file)->required();
-    add(dump_command, "CHANNEL", dumps.channels, about_channels);
-    dump_command.add_option("--from", dumps.from, "The first row, counted from 0")
-        ->check(not_negative);
-    dump_command.add_option("--count", dumps.count, "How many rows at most")->check(not_negative);
-    dump_command.add_flag("--crlf", dumps.crlf, "End lines with CR LF");
-    dump_command.callback([&] { all_well = run_one(dump, dumps); });
-
-    plot_options plots;
-    CLI::App& plot_command = *app.add_subcommand("plot", "Draw channels");
-    add(plot_command, "FILE", plots.file, about_file)->required();
-    add(plot_command, "CHANNEL", plots.channels, about_channels)->required();
-    add(plot_command, "-o,--output", plots.target, "A picture, .svg or .png; else the terminal");
-    plot_command.callback([&] { all_well = run_one(plot, plots); });
-
-    std::vector<std::string> checked;
-    CLI::App& check_command = *app.add_subcommand("check", "Report whether each segment is intact");
-    add(check_command, "FILE", checked, about_files)->required();
-    check_command.callback([&] { all_well = check(checked); });
-
-    salvage_options salvaged;
-    CLI::App& salvage_command =
-        *app.add_subcommand("salvage", "Copy a truncated file's intact segments");
-    add(salvage_command, "FILE", salvaged.file, about_file)->required();
-    add(salvage_command, "-o,--output", salvaged.target, "The file to write")->required();
-    salvage_command.callback([&] { all_well = run_one(salvage, salvaged); });
-
-    try {
-        app.parse(marked_arguments(argc, argv));
-        return all_well ? 0 : 1;
-    } catch (const CLI::ParseError& e) {
-        return end_early(app, e);
+    void add_dump()
+    {
+        CLI::App& command = *app_.add_subcommand("dump", "Print values as CSV");
+        command.add_option("FILE", dump_.file, about_file)->required();
+        command.add_option("CHANNEL", dump_.channels, about_channels);
+        command.add_option("--from", dump_.from, "The first row, counted from 0")
+            ->check(CLI::NonNegativeNumber);
+        command.add_option("--count", dump_.count, "How many rows at most")
+            ->check(CLI::NonNegativeNumber);
+        command.add_option("--since", dump_.since, "Rows from this time on: 2026-05-04T10:00:00Z");
+        command.add_option("--until", dump_.until, "Rows before this time");
+        command.add_flag("--time-first", dump_.time_first,
+                         "Each group's times before its channels");
+        command.add_flag("--units", dump_.units, "A second line with the units");
+        command.add_option("--separator", dump_.separator, "Between columns; \\t for a tab");
+        command.add_flag("--decimal-comma", dump_.decimal_comma,
+                         "Numbers like 0,5; then the separator is ;");
+        command.add_flag("--crlf", dump_.crlf, "End lines with CR LF");
+        CLI::Option* const target =
+            command.add_option("-o,--output", dump_.target, "A file; else standard output");
+        command.add_flag("--follow", dump_.follow, "Go on with what a recorder adds")
+            ->excludes(target);
+        add_strict(command, dump_.strict);
+        add_local(command);
+        command.callback([this] { run_one(dump, dump_, dump_.file); });
     }
-}
+
+    void add_plot()
+    {
+        CLI::App& command = *app_.add_subcommand("plot", "Draw channels");
+        command.add_option("FILE", plot_.file, about_file)->required();
+        command.add_option("CHANNEL", plot_.channels, about_channels);
+        CLI::Option* const target = command.add_option(
+            "-o,--output", plot_.target, "A picture, .svg or .png; else the terminal");
+        command.add_option("--size", plot_.size, "Of the picture in pixels, such as 1200x800")
+            ->needs(target);
+        command.add_flag("--follow", plot_.follow, "Go on with what a recorder adds")
+            ->excludes(target);
+        add_strict(command, plot_.strict);
+        add_local(command);
+        command.callback([this] { run_one(plot, plot_, plot_.file); });
+    }
+
+    void add_check()
+    {
+        CLI::App& command =
+            *app_.add_subcommand("check", "Report whether files are intact, and where not");
+        command.add_option("FILE", check_.files, about_files)->required();
+        command.add_flag("-q,--quiet", check_.quiet, "Only what is wrong, on standard error");
+        command.callback([this] { all_well_ = check(check_); });
+    }
+
+    void add_salvage()
+    {
+        CLI::App& command =
+            *app_.add_subcommand("salvage", "Copy the intact segments of a damaged file");
+        command.add_option("FILE", salvage_.file, about_file)->required();
+        command.add_option("-o,--output", salvage_.target, "The file to write, or -")->required();
+        command.callback([this] { run_one(salvage, salvage_, salvage_.file); });
+    }
+
+    void add_convert()
+    {
+        CLI::App& command = *app_.add_subcommand("convert", "To HDF5 or CSV; from CSV to TDMS");
+        command.add_option("FILE", convert_.source, "A measurement file, or .csv")->required();
+        command.add_option("-o,--output", convert_.target, "A .h5, .hdf5, .csv or .tdms file")
+            ->required();
+        add_strict(command, convert_.strict);
+        add_local(command);
+        command.callback([this] { run_one(convert, convert_, convert_.source); });
+    }
+
+    void add_diff()
+    {
+        CLI::App& command = *app_.add_subcommand("diff", "Report what differs between two files");
+        command.add_option("FILE", diff_.first, about_file)->required();
+        command.add_option("OTHER", diff_.second, "Another one")->required();
+        command.add_option("--tolerance", diff_.tolerance, "Numbers may differ by so much")
+            ->check(CLI::NonNegativeNumber);
+        command
+            .add_option("--relative", diff_.relative_tolerance, "Or by this share of the larger")
+            ->check(CLI::NonNegativeNumber);
+        command.add_flag("-q,--quiet", diff_.quiet, "Only the exit status");
+        add_local(command);
+        command.callback([this] { all_well_ = diff(diff_); });
+    }
+
+    static void add_strict(CLI::App& command, bool& strict)
+    {
+        command.add_flag("--strict", strict, "Exit with 1 if the file is not complete");
+    }
+
+    static void add_local(CLI::App& command)
+    {
+        command.add_flag_callback("--local", show_local_times, "Local times instead of UTC");
+    }
+
+    // A command about one file, whose failures are reported with the file's name.
+    template <class Options>
+    void run_one(bool (*command)(const Options&), const Options& options, const std::string& file)
+    {
+        all_well_ = for_each_file({file}, [&](const std::string&) { return command(options); });
+    }
+
+    // Help and version are asked for; all else that ends the parsing is bad usage.
+    int end_early(const CLI::ParseError& e)
+    {
+        std::ostringstream asked_for;
+        std::ostringstream complaint;
+        if (app_.exit(e, asked_for, complaint) == 0) {
+            output out;
+            out.put(asked_for.str());
+            out.flush();
+            return 0;
+        }
+        const std::vector<std::string> unknown = app_.remaining();
+        return complain(unknown.empty() ? e.what() : "unknown command: " + unknown.front());
+    }
+
+    int complain(const std::string& what) const
+    {
+        const auto commands = app_.get_subcommands();
+        const std::string of = commands.empty() ? "" : ' ' + commands.front()->get_name();
+        report("", what + "\nTry 'tdms" + of + " --help'.");
+        return 2;
+    }
+
+    CLI::App app_;
+    info_options info_;
+    dump_options dump_;
+    plot_options plot_;
+    check_options check_;
+    salvage_options salvage_;
+    convert_options convert_;
+    diff_options diff_;
+    bool all_well_ = true;
+};
 
 int run(int argc, char** argv)
 {
     try {
-        return parse_and_run(argc, argv);
+        return command_line().run(argc, argv);
     } catch (const closed_pipe&) {
         return any_reported() ? 1 : 0;
-    } catch (const usage_error& e) {
-        report("", e.what());
-        return 2;
     } catch (const std::bad_alloc&) {
         constexpr std::string_view message = "tdms: out of memory\n";  // takes none
         static_cast<void>(write_all(STDERR_FILENO, message.data(), message.size()));

@@ -1,0 +1,141 @@
+#!/bin/bash
+# Runs the tool's info and dump over intact, truncated and unusual files.
+source "$(dirname "$0")/support.sh"
+"$seeds" files || fail seeds
+cp files/odd/* .
+cat >wanted.csv <<'END'
+"g""/a,b","g""/s/1","g""/s/2"
+0.1,"x,y",A
+5e-324,"","B
+C"
+1.7976931348623157e+308,"say ""hi""",D'
+-0, ,
+1.0000000000000002,,
+-inf,,
+9007199254740994,,
+END
+status 0 'g' "$tdms" dump values
+same out wanted.csv 'quotes, doubles, two string channels'
+status 0 'g' "$tdms" dump --crlf --from 4 --count 2 values 'g"/s/2' 'g"/a,b'
+same out <(printf '"g""/s/2","g""/a,b"\r\n,1.0000000000000002\r\n,-inf\r\n') 'columns and rows'
+for file in groups foreign; do
+    status 0 '' "$tdms" dump $file p/c q
+    same out <(printf 'p/c,q/c\n7,8\n') "two groups of $file"
+done
+# What was saved without being staged is not in the file; the others keep their columns.
+status 0 '^"g/c": 2 values lost: stated by the file and not in it$' "$tdms" check lost
+status 0 ' c  *int32  *2$' "$tdms" info lost
+status 1 'lost: "g/c": 2 values lost' "$tdms" dump lost
+same out <(printf 'g/a,g/c,g/s\n1,2,say\000\n4,3,\n5,,\n') 'lost values, a zero byte'
+
+# Times at the ends of what 64 bits count, and around the hour that a clock repeats in autumn.
+timestamp() { # SECONDS NANOSECONDS
+    le 8 $(($2 * 18446744073 + ($2 * 709551616 + 500000000) / 1000000000)) $(($1 + 2082844800))
+}
+cat >times.txt <<'END'
+-1 999999999 1969-12-31T23:59:59.999999999+00:00 1970-01-01T00:59:59.999999999+01:00
+-9223372037 145224192 1677-09-21T00:12:43.145224192+00:00 1677-09-21T01:12:43.145224192+01:00
+9223372036 854775807 2262-04-11T23:47:16.854775807+00:00 2262-04-12T01:47:16.854775807+02:00
+2224800000 0 2040-07-02T00:00:00.000000+00:00 2040-07-02T02:00:00.000000+02:00
+1729989000 1000 2024-10-27T00:30:00.000001+00:00 2024-10-27T02:30:00.000001+02:00
+1729992600 100000000 2024-10-27T01:30:00.100000+00:00 2024-10-27T02:30:00.100000+01:00
+END
+{
+    printf TDSm && le 4 14 4713 && le 8 $((69 + 6 * 16)) 69
+    le 4 1 8 && printf "/'g'/'t'" && le 4 20 0x44 1 && le 8 6
+    le 4 1 5 && printf start && le 4 0x44 && timestamp -1 0
+    while read -r seconds nanoseconds _; do timestamp "$seconds" "$nanoseconds"; done <times.txt
+} >times.tdms
+column=3
+for zone in UTC CET-1CEST,M3.5.0,M10.5.0/3; do
+    status 0 '' env TZ=$zone "$tdms" dump times.tdms
+    same out <(echo g/t && cut -d ' ' -f $column times.txt) "the times in $zone"
+    column=4
+done
+status 0 'start = 1969-12-31T20:29:59.000000-03:30' env TZ=XXX3:30 "$tdms" info times.tdms
+status 0 '"value": "1969-12-31T23:59:59.000000\+00:00"' "$tdms" info --json times.tdms
+
+# A recording, complete, and truncated at several places of its second segment.
+"$record" record.tdms 2 2000 || fail record
+status 1 'Another program is writing' flock record.tdms "$record" record.tdms
+# A build for coverage writes a profile at its end, which is no file of ours.
+status 1 'small.tdms: .*File too large' env LLVM_PROFILE_FILE=/dev/null bash -c \
+    'ulimit -f 2; "$0" small.tdms 1 500' "$record"
+status 0 '^ +cpu idle +double +4000 .*unit = "%"' "$tdms" info record.tdms
+status 0 '"values": 4000' "$tdms" info --json record.tdms
+"$tdms" dump record.tdms system/load --count 1 | tail -1 >first
+"$summary" record.tdms | grep -q "first $(cat first)," || fail 'the first value that summary prints'
+status 0 '2 intact segments' "$tdms" check record.tdms
+read -r _ offset metadata raw _ < <(grep -E '^ +2 ' out)
+ln -s kept.tdms saved.tdms
+for more in 1 28 $((28 + metadata)) $((27 + metadata + raw)); do
+    head -c $((offset + more)) record.tdms | tee before >truncated.tdms
+    status 1 "truncated.tdms: segment 2 at offset $offset is truncated: .*-5006" "$tdms" check truncated.tdms
+    status 1 'truncated.tdms: The file ends within a segment.*-5006.*"tdms check".*"tdms salvage"' "$tdms" info truncated.tdms
+    status 0 "kept: 1 segment, $offset bytes" "$tdms" salvage truncated.tdms -o saved.tdms
+    same truncated.tdms before 'the truncated file stays as it is'
+    same kept.tdms <(head -c "$offset" record.tdms) 'the intact segment'
+    status 0 'cpu idle +double +2000 ' "$tdms" info saved.tdms
+done
+cp record.tdms bad.tdms && printf X | dd of=bad.tdms bs=1 seek="$offset" conv=notrunc status=none
+status 1 "segment 2 at offset $offset is damaged: .*-5002" "$tdms" check record.tdms bad.tdms
+
+# Nothing is written that is not complete, and never over the file itself.
+ln -s truncated.tdms link.tdms && ln -s record.tdms record.svg && mkdir empty
+each_status <<'END'
+2|the output is the input file|salvage truncated.tdms -o link.tdms
+2|the output is the input file|salvage link.tdms -o ./truncated.tdms
+2|the output is the input file|plot record.svg system -o record.svg
+1|No such file|salvage truncated.tdms -o empty/none/saved.tdms
+1|nothing to keep|salvage wanted.csv -o empty/saved.tdms
+1|out.tdms: The file cannot be opened \(-5001\): No such file|info out.tdms
+1|record.tdms: 1 group|info missing.tdms record.tdms
+1|/dev/null: .* not a regular file|info /dev/null
+1|: it is a directory|info .
+2|no channel or group "nix"|dump record.tdms nix
+2|must end in \.svg or \.png|plot record.tdms system -o picture.jpg
+1|cannot be drawn|plot record.tdms system/events -o empty/picture.svg
+2|--from|dump record.tdms --from x
+2|--count|dump record.tdms --count -1
+2|no channel or group "\+\+"|dump record.tdms ++
+2|unknown command: nix|nix
+2|subcommand|
+0|^tdms [0-9.]+$|--version
+END
+same truncated.tdms before 'the truncated file, after all that'
+
+# Files of every damage: each command succeeds, or prints a message and its status.
+for file in files/[1-9]* files/cut files/everything; do
+    for command in {info,'info --json',check,dump}' %' 'plot % g -o p.svg' 'salvage % -o saved'; do
+        rm -f saved
+        status '[012]' '' timeout 20 "$tdms" ${command/\%/$file}
+        ((got == 0)) || grep -q '^tdms: ' err || fail "${command/\%/$file}: no message"
+        [[ ! -e saved ]] || status 0 '' "$tdms" info saved
+    done
+done
+
+"$tdms" dump record.tdms >direct # pipes and devices
+"$tdms" dump - <record.tdms | cmp -s - direct || fail 'standard input'
+"$tdms" dump <(cat record.tdms) | cmp -s - direct || fail 'a pipe'
+("$tdms" dump record.tdms 2>err; echo $? >code) | head -1 >out
+[[ $(cat code) == 0 && ! -s err ]] || fail 'a reader that goes away'
+within() { status 1 "$2" bash -c "$1"'; "$0" "$@"' "$tdms" "${@:3}"; }
+within 'exec >/dev/full' 'space left' info record.tdms
+within 'exec >&-' 'standard output: Bad file' info record.tdms
+within 'exec <&-' 'reading: Bad file' info -
+within 'ulimit -f 2' 'File too large' salvage record.tdms -o empty/saved.tdms
+
+status 1 'gnuplot is needed' env PATH=/nonexistent "$tdms" plot record.tdms system -o empty/p.svg
+mkdir bin && printf '#!/bin/sh\nkill $PPID; exec sleep 1\n' >bin/gnuplot && chmod +x bin/gnuplot
+status 143 '' env PATH="$PWD/bin:$PATH" "$tdms" plot record.tdms system -o empty/p.svg
+if command -v gnuplot >/dev/null; then
+    within 'ulimit -f 3' 'p.svg" cannot be written' plot values 'g"/a,b' -o empty/p.svg
+fi
+[[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
+if command -v gnuplot >/dev/null; then
+    status 0 'load' "$tdms" plot record.tdms system/load
+    status 0 '' "$tdms" plot values 'g"/a,b' -o empty/picture.svg
+    [[ ! -s err && $(ls -A empty) == picture.svg ]] || fail "beside it: $(cat err) $(ls -A empty)"
+    grep -q '>a,b<' empty/picture.svg || fail 'the label in the picture'
+fi
+finish

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cstdint>
+#include <new>
+#include <string>
+#include <tdms.hpp>
+#include <vector>
+
+#include "console/report.h"
+#include "files/measurement_file.h"
+
+namespace tool {
+
+// Each command returns true if everything succeeded; failures have been reported. A failure that it
+// throws is about its one file.
+
+struct info_options {
+    std::vector<std::string> files;
+    bool json = false;
+    bool names = false;
+    bool statistics = false;
+    bool strict = false;
+};
+bool info(const info_options& wanted);
+
+struct dump_options {
+    std::string file;
+    std::vector<std::string> channels;
+    std::string target;  // empty for standard output
+    std::uint64_t from = 0;
+    std::uint64_t count = ~std::uint64_t{0};
+    std::string since;  // times; empty for none
+    std::string until;
+    bool time_first = false;
+    bool units = false;
+    std::string separator;  // empty for a comma, or a semicolon with decimal commas
+    bool decimal_comma = false;
+    bool crlf = false;
+    bool follow = false;
+    bool strict = false;
+};
+bool dump(const dump_options& wanted);
+
+struct plot_options {
+    std::string file;
+    std::vector<std::string> channels;
+    std::string target;  // empty for the terminal
+    std::string size;    // WIDTHxHEIGHT; empty for one that fits
+    bool follow = false;
+    bool strict = false;
+};
+bool plot(const plot_options& wanted);
+
+struct check_options {
+    std::vector<std::string> files;
+    bool quiet = false;
+};
+bool check(const check_options& wanted);
+
+struct salvage_options {
+    std::string file;
+    std::string target;  // "-" for standard output
+};
+bool salvage(const salvage_options& wanted);
+
+struct convert_options {
+    std::string source;
+    std::string target;
+    bool strict = false;
+};
+bool convert(const convert_options& wanted);
+
+struct diff_options {
+    std::string first;
+    std::string second;
+    double tolerance = 0;           // between two numbers
+    double relative_tolerance = 0;  // to the larger of two numbers
+    bool quiet = false;
+};
+bool diff(const diff_options& wanted);
+
+/// Calls `use` for every file, and reports the failures of each.
+template <class Use>
+bool for_each_file(const std::vector<std::string>& files, Use use)
+{
+    bool all_well = true;
+    const auto fail = [&](const std::string& name, const std::string& message) {
+        report(name, message);
+        all_well = false;
+    };
+    for (const std::string& name : files) {
+        try {
+            all_well = use(name) && all_well;
+        } catch (const failure& e) {
+            fail(name, e.what());
+        } catch (const tdms::error& e) {
+            fail(name, message_of(e.status(), e.system_error()));
+        } catch (const std::bad_alloc&) {
+            fail(name, "out of memory");
+        }
+    }
+    return all_well;
+}
+
+}  // namespace tool

@@ -1,0 +1,215 @@
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "commands/commands.h"
+#include "console/output.h"
+#include "console/progress.h"
+#include "console/text.h"
+#include "files/csv_columns.h"
+#include "files/group_times.h"
+#include "files/new_file.h"
+
+namespace tool {
+namespace {
+
+csv_format format_of(const dump_options& wanted)
+{
+    constexpr std::string_view in_values = "\"\r\n+-.0123456789";
+    csv_format format{wanted.decimal_comma ? ';' : ',', wanted.decimal_comma,
+                      wanted.crlf ? "\r\n" : "\n"};
+    if (wanted.separator.empty()) return format;
+    const std::string separator = wanted.separator == "\\t" ? "\t" : wanted.separator;
+    if (separator.size() != 1 || in_values.find(separator) != std::string_view::npos) {
+        throw usage_error("no separator: " + in_quotes(separator));
+    }
+    if (wanted.decimal_comma && separator == ",") {
+        throw usage_error("where numbers have a comma, the separator must be another");
+    }
+    format.separator = separator[0];
+    return format;
+}
+
+// The number of samples in the longest channel of a group that is dumped.
+std::uint64_t samples_of(const std::vector<selected_channel>& channels, const std::string& group)
+{
+    std::uint64_t count = 0;
+    for (const selected_channel& c : channels) {
+        if (c.group.name() == group && c.type != TDMS_TYPE_TIMESTAMP) {
+            count = std::max(count, c.count);
+        }
+    }
+    return count;
+}
+
+// The rows that are wanted, of the channels that are wanted.
+class dump_plan {
+  public:
+    dump_plan(const tdms::file& file, const dump_options& wanted)
+        : wanted_(wanted), channels_(select(file, wanted.channels))
+    {
+        if (!wanted.since.empty()) since_ = time_from(wanted.since);
+        if (!wanted.until.empty()) until_ = time_from(wanted.until);
+        for (const selected_channel& c : channels_) add(c);
+    }
+
+    std::vector<csv_source> sources;
+
+  private:
+    // What is the same for all channels of a group.
+    struct group_rows {
+        std::string group;
+        std::optional<selected_channel> times;
+        std::uint64_t first;
+        std::uint64_t end;
+    };
+
+    void add(const selected_channel& c)
+    {
+        const std::string group = c.group.name();
+        auto known = std::ranges::find(groups_, group, &group_rows::group);
+        if (known == groups_.end()) {
+            groups_.push_back(rows_of(c));
+            known = groups_.end() - 1;
+            if (wanted_.time_first) add(*known->times, *known);
+        }
+        const bool is_first_column =
+            wanted_.time_first && known->times->channel.name() == c.channel.name();
+        if (!is_first_column) add(c, *known);
+    }
+
+    void add(const selected_channel& c, const group_rows& rows)
+    {
+        sources.push_back({c, rows.first, std::min(rows.end, c.count)});
+    }
+
+    group_rows rows_of(const selected_channel& c) const
+    {
+        group_rows rows{c.group.name(), std::nullopt, wanted_.from, ~std::uint64_t{0}};
+        if (since_ || until_ || wanted_.time_first) {
+            rows.times = time_channel_of(c.group, samples_of(channels_, rows.group));
+            if (!rows.times) {
+                throw failure("the group " + in_quotes(rows.group) +
+                              " has no timestamp channel with a time for every value");
+            }
+        }
+        if (since_) rows.first = row_at(*rows.times, *since_);
+        if (until_) rows.end = row_at(*rows.times, *until_);
+        return rows;
+    }
+
+    const dump_options& wanted_;
+    std::vector<selected_channel> channels_;
+    std::vector<group_rows> groups_;
+    std::optional<tdms::time> since_;
+    std::optional<tdms::time> until_;
+};
+
+class dump_command {
+  public:
+    explicit dump_command(const dump_options& wanted) : wanted_(wanted), from_(wanted.file) {}
+
+    bool run()
+    {
+        const csv_format format = format_of(wanted_);
+        if (wanted_.target.empty()) {
+            put(output(), format);
+        } else {
+            from_.reject_as_target(wanted_.target);
+            new_file target(wanted_.target);
+            put(output([&](std::string_view bytes) { target.write(bytes); }), format);
+            target.commit();
+        }
+        return all_well_;
+    }
+
+  private:
+    void put(output out, const csv_format& format)
+    {
+        tdms::file file = open_intact(from_);
+        if (wanted_.follow) wait_for_channels(file);
+        csv_table table(out, format, dump_plan(file, wanted_).sources);
+        for (const csv_source& s : table.sources()) {
+            if (s.from.lost != 0) complain(s.from, lost_values(s.from));
+        }
+        table.put_names();
+        if (wanted_.units) table.put_units();
+        std::uint64_t left = wanted_.count;
+        put_rows(table, left);
+        while (wanted_.follow && left != 0) {
+            out.flush();
+            wait();
+            refresh(file, table);
+            put_rows(table, left);
+        }
+        out.flush();
+        if (!wanted_.follow && !report_rest(wanted_.file, from_, file, wanted_.strict)) {
+            all_well_ = false;
+        }
+    }
+
+    void put_rows(csv_table& table, std::uint64_t& left)
+    {
+        std::optional<progress> shown;
+        // Between the rows on a terminal it would be in the way.
+        if (!wanted_.target.empty() || isatty(STDOUT_FILENO) == 0) {
+            shown.emplace("dumping", table.total());
+        }
+        const auto complaint = [this](const selected_channel& c, const std::string& message) {
+            complain(c, message);
+        };
+        while (left != 0) {
+            const std::uint64_t rows = table.put_rows(left, complaint);
+            if (rows == 0) return;
+            left -= rows;
+            if (shown) shown->at(table.done());
+        }
+    }
+
+    void complain(const selected_channel& c, const std::string& message)
+    {
+        report(wanted_.file, in_quotes(c.name()) + ": " + message);
+        all_well_ = false;
+    }
+
+    void wait_for_channels(tdms::file& file)
+    {
+        if (from_.is_copy()) throw usage_error("--follow needs a file, which can grow");
+        for (; all_channels(file).empty(); file.refresh()) wait();
+    }
+
+    // Until a recorder may have saved; throws when nobody reads the output any more.
+    static void wait()
+    {
+        constexpr int milliseconds = 100;
+        pollfd standard_output{STDOUT_FILENO, 0, 0};
+        poll(&standard_output, 1, milliseconds);
+        if ((standard_output.revents & POLLERR) != 0) throw closed_pipe{};
+    }
+
+    void refresh(tdms::file& file, csv_table& table) const
+    {
+        try {
+            file.refresh();
+        } catch (const tdms::error& e) {
+            if (e.status() != TDMS_FILE_READ) throw;
+            throw failure("the file has become shorter: it is recorded anew");
+        }
+        table.count_values();
+    }
+
+    const dump_options& wanted_;
+    input from_;
+    bool all_well_ = true;
+};
+
+}  // namespace
+
+bool dump(const dump_options& wanted)
+{
+    return dump_command(wanted).run();
+}
+
+}  // namespace tool

@@ -1,0 +1,176 @@
+#include "files/group_times.h"
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <ctime>
+
+#include "console/report.h"
+#include "console/text.h"
+#include "console/value_text.h"
+
+namespace tool {
+namespace {
+
+namespace chrono = std::chrono;
+
+// Takes the text of a time apart from the front.
+class time_parser {
+  public:
+    explicit time_parser(std::string_view text) : rest_(text) {}
+
+    bool take(char c)
+    {
+        if (!rest_.starts_with(c)) return false;
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    // A number of that many digits.
+    bool take(int& number, std::size_t digits)
+    {
+        const std::string_view text = rest_.substr(0, digits);
+        if (text.size() != digits || !is_number(text)) return false;
+        std::from_chars(text.data(), text.data() + text.size(), number);
+        rest_.remove_prefix(digits);
+        return true;
+    }
+
+    // The digits after a decimal point, of which those behind the ninth count for nothing.
+    bool take_fraction(std::int64_t& nanoseconds)
+    {
+        std::int64_t unit = 100000000;
+        const std::size_t before = rest_.size();
+        for (; !rest_.empty() && is_number(rest_.substr(0, 1)); rest_.remove_prefix(1)) {
+            nanoseconds += unit * (rest_[0] - '0');
+            unit /= 10;
+        }
+        return rest_.size() != before;
+    }
+
+    bool at_end() const { return rest_.empty(); }
+
+  private:
+    static bool is_number(std::string_view text)
+    {
+        return text.find_first_not_of("0123456789") == std::string_view::npos;
+    }
+
+    std::string_view rest_;
+};
+
+// The seconds from UTC to the local time that a clock shows.
+std::int64_t local_offset(chrono::sys_seconds shown)
+{
+    const auto day = chrono::floor<chrono::days>(shown);
+    const chrono::year_month_day date(day);
+    const chrono::hh_mm_ss clock(shown - day);
+    std::tm fields{};
+    fields.tm_year = int{date.year()} - 1900;
+    fields.tm_mon = static_cast<int>(unsigned{date.month()}) - 1;
+    fields.tm_mday = static_cast<int>(unsigned{date.day()});
+    fields.tm_hour = static_cast<int>(clock.hours().count());
+    fields.tm_min = static_cast<int>(clock.minutes().count());
+    fields.tm_sec = static_cast<int>(clock.seconds().count());
+    fields.tm_isdst = -1;
+    return shown.time_since_epoch().count() - std::mktime(&fields);
+}
+
+std::optional<tdms::time> parse(std::string_view text)
+{
+    time_parser from(text);
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    std::int64_t nanoseconds = 0;
+    if (!from.take(year, 4) || !from.take('-') || !from.take(month, 2) || !from.take('-') ||
+        !from.take(day, 2)) {
+        return std::nullopt;
+    }
+    if (from.take('T') || from.take(' ')) {
+        if (!from.take(hour, 2) || !from.take(':') || !from.take(minute, 2)) return std::nullopt;
+        if (from.take(':') && !from.take(second, 2)) return std::nullopt;
+        if ((from.take('.') || from.take(',')) && !from.take_fraction(nanoseconds)) {
+            return std::nullopt;
+        }
+    }
+    const chrono::year_month_day date{chrono::year(year), chrono::month(unsigned(month)),
+                                      chrono::day(unsigned(day))};
+    // Years that nanoseconds in 64 bits reach in full.
+    if (!date.ok() || year < 1678 || year > 2261 || hour > 24 || minute > 59 || second > 60) {
+        return std::nullopt;
+    }
+    const chrono::sys_seconds shown = chrono::sys_days(date) + chrono::hours(hour) +
+                                      chrono::minutes(minute) + chrono::seconds(second);
+    std::int64_t offset = 0;
+    const bool west = from.take('-');
+    if (west || from.take('+')) {
+        if (!from.take(hour, 2)) return std::nullopt;
+        from.take(':');
+        minute = 0;
+        if (!from.at_end() && !from.take(minute, 2)) return std::nullopt;
+        offset = (west ? -1 : 1) * (3600 * hour + 60 * minute);
+    } else if (!from.take('Z')) {
+        offset = times_are_local() ? local_offset(shown) : 0;
+    }
+    if (!from.at_end()) return std::nullopt;
+    return shown - chrono::seconds(offset) + chrono::nanoseconds(nanoseconds);
+}
+
+}  // namespace
+
+std::optional<selected_channel> time_channel_of(const tdms::group& g, std::uint64_t count)
+{
+    std::optional<selected_channel> found;
+    for (const tdms::channel& c : g.channels()) {
+        if (c.type() != TDMS_TYPE_TIMESTAMP) continue;
+        const selected_channel times(g, c);
+        if (times.count == 0 || times.count < count) continue;
+        if (!found || c.name() == "time") found = times;
+    }
+    return found;
+}
+
+std::optional<double> sampling_rate_of(const selected_channel& c)
+{
+    constexpr std::string_view name = "sampling rate";
+    for (const tdms::object& of : {tdms::object(c.channel), tdms::object(c.group)}) {
+        if (!of.properties().contains(name)) continue;
+        const tdms::property_value value = of.properties().at(name);
+        const auto as_number = [](const auto& v) -> double {
+            if constexpr (std::is_arithmetic_v<std::decay_t<decltype(v)>>) {
+                return static_cast<double>(v);
+            } else {
+                return 0;
+            }
+        };
+        const double rate = std::visit(as_number, value);
+        if (rate > 0 && std::isfinite(rate)) return rate;
+    }
+    return std::nullopt;
+}
+
+std::uint64_t row_at(const selected_channel& times, tdms::time time)
+{
+    std::uint64_t low = 0;
+    std::uint64_t high = times.count;
+    while (low != high) {
+        const std::uint64_t middle = low + (high - low) / 2;
+        std::array<tdms::time, 1> found;
+        times.channel.read(middle, found);
+        if (found[0] < time) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    return low;
+}
+
+tdms::time time_from(const std::string& text)
+{
+    if (const std::optional<tdms::time> time = parse(text)) return *time;
+    throw usage_error("no time: " + in_quotes(text) +
+                      "; times are such as 2026-05-04T10:00:00Z, or 2026-05-04");
+}
+
+}  // namespace tool

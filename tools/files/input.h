@@ -1,0 +1,67 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <string>
+
+namespace tool {
+
+/// An open file descriptor and its owner.
+class descriptor {
+  public:
+    explicit descriptor(int number) : number_(number) {}
+    ~descriptor();
+    descriptor(descriptor&& other) noexcept : number_(other.release()) {}
+    descriptor& operator=(descriptor&& other) noexcept
+    {
+        close();
+        number_ = other.release();
+        return *this;
+    }
+
+    int get() const { return number_; }
+    int release()
+    {
+        const int number = number_;
+        number_ = -1;
+        return number;
+    }
+    void close();
+
+  private:
+    int number_;
+};
+
+/// A measurement file as the command line names it. Reading moves back and forth over a file, so
+/// what comes through a pipe, or from standard input as "-", is copied to a temporary file that has
+/// no name.
+class input {
+  public:
+    /// Throws a failure if there is no such file.
+    explicit input(const std::string& name);
+
+    /// Opens this same file even if its name has been reused.
+    const std::string& path() const { return path_; }
+    int file() const { return file_.get(); }
+
+    /// Whether it is a temporary file, which no recorder adds to.
+    bool is_copy() const { return is_copy_; }
+
+    /// The current size; the file may be growing.
+    std::uint64_t size() const;
+
+    /// Throws a usage_error if a file to write is the one to read.
+    void reject_as_target(const std::string& target) const;
+
+  private:
+    struct stat source_ {};
+    bool is_copy_ = false;
+    std::string path_;
+    descriptor file_;
+};
+
+/// Reads up to `count` bytes, as many as there are; throws a failure about `what`.
+std::size_t read_some(int file, char* bytes, std::size_t count, const std::string& what);
+
+}  // namespace tool
