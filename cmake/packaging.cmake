@@ -43,7 +43,8 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS ${TDMS_SAME_VERSION})
 set(CPACK_DEBIAN_TOOL_PACKAGE_RECOMMENDS gnuplot-nox)
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "TDMS measurement files: command-line tool
 The program tdms shows what a measurement file in the TDMS format holds, writes
-values as CSV, draws channels, checks files and recovers truncated ones.")
+values as CSV or HDF5, draws channels, compares and checks files, and recovers
+what is intact of damaged ones.")
 
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tdms)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)

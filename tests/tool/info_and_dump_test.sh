@@ -33,12 +33,12 @@ timestamp() { # SECONDS NANOSECONDS
     le 8 $(($2 * 18446744073 + ($2 * 709551616 + 500000000) / 1000000000)) $(($1 + 2082844800))
 }
 cat >times.txt <<'END'
--1 999999999 1969-12-31T23:59:59.999999999+00:00 1970-01-01T00:59:59.999999999+01:00
--9223372037 145224192 1677-09-21T00:12:43.145224192+00:00 1677-09-21T01:12:43.145224192+01:00
-9223372036 854775807 2262-04-11T23:47:16.854775807+00:00 2262-04-12T01:47:16.854775807+02:00
-2224800000 0 2040-07-02T00:00:00.000000+00:00 2040-07-02T02:00:00.000000+02:00
-1729989000 1000 2024-10-27T00:30:00.000001+00:00 2024-10-27T02:30:00.000001+02:00
-1729992600 100000000 2024-10-27T01:30:00.100000+00:00 2024-10-27T02:30:00.100000+01:00
+-1 999999999 1969-12-31T23:59:59.999999999Z 1970-01-01T00:59:59.999999999+01:00
+-9223372037 145224192 1677-09-21T00:12:43.145224192Z 1677-09-21T01:12:43.145224192+01:00
+9223372036 854775807 2262-04-11T23:47:16.854775807Z 2262-04-12T01:47:16.854775807+02:00
+2224800000 0 2040-07-02T00:00:00.000000Z 2040-07-02T02:00:00.000000+02:00
+1729989000 1000 2024-10-27T00:30:00.000001Z 2024-10-27T02:30:00.000001+02:00
+1729992600 100000000 2024-10-27T01:30:00.100000Z 2024-10-27T02:30:00.100000+01:00
 END
 {
     printf TDSm && le 4 14 4713 && le 8 $((69 + 6 * 16)) 69
@@ -46,14 +46,14 @@ END
     le 4 1 5 && printf start && le 4 0x44 && timestamp -1 0
     while read -r seconds nanoseconds _; do timestamp "$seconds" "$nanoseconds"; done <times.txt
 } >times.tdms
-column=3
-for zone in UTC CET-1CEST,M3.5.0,M10.5.0/3; do
-    status 0 '' env TZ=$zone "$tdms" dump times.tdms
+column=3 local=
+for zone in EST5 CET-1CEST,M3.5.0,M10.5.0/3; do
+    status 0 '' env TZ=$zone "$tdms" dump times.tdms $local
     same out <(echo g/t && cut -d ' ' -f $column times.txt) "the times in $zone"
-    column=4
+    column=4 local=--local
 done
-status 0 'start = 1969-12-31T20:29:59.000000-03:30' env TZ=XXX3:30 "$tdms" info times.tdms
-status 0 '"value": "1969-12-31T23:59:59.000000\+00:00"' "$tdms" info --json times.tdms
+status 0 'start = 1969-12-31T20:29:59.000000-03:30' env TZ=XXX3:30 "$tdms" info --local times.tdms
+status 0 '"value": "1969-12-31T23:59:59.000000Z"' "$tdms" info --json times.tdms
 
 # A recording, complete, and truncated at several places of its second segment.
 "$record" record.tdms 2 2000 || fail record
@@ -65,13 +65,42 @@ status 0 '^ +cpu idle +double +4000 .*unit = "%"' "$tdms" info record.tdms
 status 0 '"values": 4000' "$tdms" info --json record.tdms
 "$tdms" dump record.tdms system/load --count 1 | tail -1 >first
 "$summary" record.tdms | grep -q "first $(cat first)," || fail 'the first value that summary prints'
+
+# Rows by their times, which need not be in UTC, and the ways to write them.
+"$tdms" dump record.tdms --time-first system/load >rows
+row() { sed -n "$(($1 + 2))p" rows | cut -d , -f 1; } # NUMBER: its time
+status 0 '' "$tdms" dump record.tdms --time-first system/load \
+    --since "$(date -u -d "$(row 1000)" +%FT%T.%N-00:00)" --until "$(row 1005)"
+same out <(sed -n '1p;1002,1006p' rows) 'from a time to another'
+status 0 '' env TZ=CET-1 "$tdms" dump record.tdms system/load --local \
+    --since "$(TZ=CET-1 date -d "$(row 3997)" '+%F %T,%N')" --count 2
+same out <(sed -n '1p;3999,4000p' rows | cut -d , -f 2) 'from a local time on'
+status 0 '' "$tdms" dump values 'g"' --units --decimal-comma --count 1 -o rows.csv
+same rows.csv <(printf '"g""/a,b";"g""/s/1";"g""/s/2"\n;;\n0,1;x,y;A\n') 'decimal commas'
+status 0 '^system/time.system/load$' "$tdms" dump record.tdms --separator '\t' --time-first system/load
+
+# A file that is being recorded: every row once, and an end when nobody reads on.
+"$record" growing.tdms 1.5 100 &
+until [[ -e growing.tdms ]]; do sleep 0.01; done
+timeout 20 "$tdms" dump growing.tdms system/load system/events --follow --count 150 >followed || fail 'following'
+timeout 20 "$tdms" dump growing.tdms system/load --follow | head -2 >out || fail 'a follower that nobody reads'
+wait
+for column in 1 2; do
+    "$tdms" dump growing.tdms "$(sed "s/,.*//;q" <(head -1 followed | cut -d , -f $column))" | sed '/^$/d' >wanted
+    same <(cut -d , -f $column followed | sed '/^$/d') wanted "column $column of what was followed"
+done
+
 status 0 '2 intact segments' "$tdms" check record.tdms
 read -r _ offset metadata raw _ < <(grep -E '^ +2 ' out)
 ln -s kept.tdms saved.tdms
 for more in 1 28 $((28 + metadata)) $((27 + metadata + raw)); do
     head -c $((offset + more)) record.tdms | tee before >truncated.tdms
     status 1 "truncated.tdms: segment 2 at offset $offset is truncated: .*-5006" "$tdms" check truncated.tdms
-    status 1 'truncated.tdms: The file ends within a segment.*-5006.*"tdms check".*"tdms salvage"' "$tdms" info truncated.tdms
+    for command in info dump; do
+        status 0 "last ([0-9,]+ bytes are|1 byte is) not a complete segment: being recorded, or cut short" \
+            "$tdms" $command truncated.tdms
+        status 1 'cpu idle' "$tdms" $command --strict truncated.tdms
+    done
     status 0 "kept: 1 segment, $offset bytes" "$tdms" salvage truncated.tdms -o saved.tdms
     same truncated.tdms before 'the truncated file stays as it is'
     same kept.tdms <(head -c "$offset" record.tdms) 'the intact segment'
@@ -88,16 +117,26 @@ each_status <<'END'
 2|the output is the input file|plot record.svg system -o record.svg
 1|No such file|salvage truncated.tdms -o empty/none/saved.tdms
 1|nothing to keep|salvage wanted.csv -o empty/saved.tdms
-1|out.tdms: The file cannot be opened \(-5001\): No such file|info out.tdms
+1|out.tdms: cannot be opened: No such file|info out.tdms
+1|wanted.csv: not a TDMS file|info wanted.csv
 1|record.tdms: 1 group|info missing.tdms record.tdms
-1|/dev/null: .* not a regular file|info /dev/null
-1|: it is a directory|info .
-2|no channel or group "nix"|dump record.tdms nix
+1|/dev/null: is not a regular file|info /dev/null
+1|: is a directory|info .
+2|no channel or group "nix"; tdms info shows|dump record.tdms nix
+2|no channel or group "System/cpu.idle"; did you mean "system/cpu idle"|dump record.tdms System/cpu.idle
+2|no channel or group "load"; did you mean "system/load"|dump record.tdms load
+2|Try .tdms dump --help|dump record.tdms load
 2|must end in \.svg or \.png|plot record.tdms system -o picture.jpg
 1|cannot be drawn|plot record.tdms system/events -o empty/picture.svg
 2|--from|dump record.tdms --from x
 2|--count|dump record.tdms --count -1
-2|no channel or group "\+\+"|dump record.tdms ++
+2|no time: "2024-02-30"|dump record.tdms --since 2024-02-30
+2|no separator: "--"|dump record.tdms --separator --
+2|must be another|dump record.tdms --decimal-comma --separator ,
+2|--follow needs a file|dump - --follow
+2|excludes|dump record.tdms --follow -o empty/rows.csv
+2|the output is the input file|dump record.tdms -o record.svg
+1|the group "p" has no timestamp channel|dump groups --time-first
 2|unknown command: nix|nix
 2|subcommand|
 0|^tdms [0-9.]+$|--version

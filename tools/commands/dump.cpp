@@ -114,6 +114,9 @@ class dump_command {
     bool run()
     {
         const csv_format format = format_of(wanted_);
+        if (wanted_.follow && from_.is_copy()) {
+            throw usage_error("--follow needs a file, which can grow");
+        }
         if (wanted_.target.empty()) {
             put(output(), format);
         } else {
@@ -176,7 +179,6 @@ class dump_command {
 
     void wait_for_channels(tdms::file& file)
     {
-        if (from_.is_copy()) throw usage_error("--follow needs a file, which can grow");
         for (; all_channels(file).empty(); file.refresh()) wait();
     }
 

@@ -147,8 +147,8 @@ bool report_rest(const std::string& name, const input& from, const tdms::file& f
         report(name, intact.fault + "; the last " + rest + " are not shown; see tdms salvage");
         return false;
     }
-    report(name, "the last " + rest +
-                     " are not a complete segment: being recorded, or cut short; see tdms salvage");
+    report(name, "the last " + rest + (file.rest() == 1 ? " is" : " are") +
+                     " not a complete segment: being recorded, or cut short; see tdms salvage");
     return !must_be_complete;
 }
 
