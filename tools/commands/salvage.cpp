@@ -1,58 +1,168 @@
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <vector>
 
 #include "commands/commands.h"
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/text.h"
+#include "files/intact_segments.h"
 #include "files/new_file.h"
-#include "files/segments.h"
 
 namespace tool {
 namespace {
 
-void copy_begin(const input& from, std::uint64_t size, new_file& to)
+// Calls `use` for the bytes from `begin` to `end`, piece by piece.
+template <class Use>
+void for_each_piece(int from, std::uint64_t begin, std::uint64_t end, Use use)
 {
-    progress shown("copying", size);
     std::vector<char> bytes(1 << 20);
-    if (lseek(from.file(), 0, SEEK_SET) != 0) throw system_failure("reading");
-    for (std::uint64_t done = 0; done != size; shown.at(done)) {
-        const auto part = std::min<std::uint64_t>(bytes.size(), size - done);
-        const std::size_t got = read_some(from.file(), bytes.data(), part, "reading");
+    if (lseek(from, static_cast<off_t>(begin), SEEK_SET) < 0) throw system_failure("reading");
+    while (begin != end) {
+        const auto part = std::min<std::uint64_t>(bytes.size(), end - begin);
+        const std::size_t got = read_some(from, bytes.data(), part, "reading");
         if (got == 0) throw failure("the file has become shorter");
-        to.write({bytes.data(), got});
-        done += got;
+        begin += got;
+        use(std::string_view(bytes.data(), got), begin);
     }
+}
+
+// What was kept, and what was not.
+class salvage_report {
+  public:
+    void add_kept(const segment_facts& segment, std::uint64_t bytes)
+    {
+        ++segments_;
+        bytes_ += bytes;
+        values_ += segment.values;
+        middle_lost_ = middle_lost_ || ranges_ != 0;
+    }
+
+    void add_lost(const lost_range& range)
+    {
+        lost_bytes_ += range.end - range.begin;
+        const bool follows = !lost_.empty() && lost_.back().end == range.begin;
+        if (follows && lost_.back().reason == range.reason) {
+            lost_.back().end = range.end;
+            return;
+        }
+        ++ranges_;
+        if (lost_.size() != most_shown) lost_.push_back(range);
+    }
+
+    std::uint64_t segments() const { return segments_; }
+    bool middle_lost() const { return middle_lost_; }
+    const std::vector<lost_range>& lost() const { return lost_; }
+
+    void put(output& out) const
+    {
+        out.put("kept: " + count_of(segments_, "segment") + ", " + count_of(bytes_, "byte") + ", " +
+                count_of(values_, "value") + '\n');
+        for (const lost_range& range : lost_) {
+            out.put("lost: " + count_of(range.end - range.begin, "byte") + " from offset " +
+                    std::to_string(range.begin) + " to " + std::to_string(range.end) + ": " +
+                    range.reason +
+                    (range.begin_is_certain ? "\n" : "; the segment before it may lack bytes\n"));
+        }
+        if (ranges_ > lost_.size()) {
+            out.put("lost: " + with_commas(ranges_ - lost_.size()) + " more ranges; in all " +
+                    count_of(lost_bytes_, "byte") + '\n');
+        }
+        if (ranges_ == 0) out.put("lost: nothing\n");
+        out.flush();
+    }
+
+  private:
+    static constexpr std::size_t most_shown = 1000;
+
+    std::uint64_t segments_ = 0;
+    std::uint64_t bytes_ = 0;
+    std::uint64_t values_ = 0;
+    std::uint64_t lost_bytes_ = 0;
+    std::uint64_t ranges_ = 0;
+    bool middle_lost_ = false;
+    std::vector<lost_range> lost_;
+};
+
+salvage_report copy_intact_segments(const input& from, new_file& to)
+{
+    salvage_report kept;
+    progress shown("salvaging", from.size());
+    const auto at = [&shown](std::uint64_t offset) { shown.at(offset); };
+    intact_segments segments(from, at);
+    std::uint64_t begin = 0;
+    std::uint64_t end = 0;
+    const auto copy = [&] {
+        for_each_piece(from.file(), begin, end, [&](std::string_view bytes, std::uint64_t done) {
+            to.write(bytes);
+            at(done);
+        });
+    };
+    const auto add_lost = [&kept](const lost_range& range) { kept.add_lost(range); };
+    while (const std::optional<found_segment> next = segments.next(add_lost)) {
+        kept.add_kept(next->facts, next->end - next->facts.offset);
+        if (next->facts.offset != end) {
+            copy();
+            begin = next->facts.offset;
+        }
+        end = next->end;
+    }
+    copy();
+    return kept;
+}
+
+// What goes to standard output is complete before that begins.
+std::string temporary_target()
+{
+    const char* const directory = std::getenv("TMPDIR");
+    const bool known = directory != nullptr && *directory != '\0';
+    return std::string(known ? directory : "/tmp") + "/salvaged.tdms";
+}
+
+void put_on_standard_output(const std::string& path)
+{
+    const descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.get() < 0) throw system_failure("temporary file");
+    const off_t size = lseek(file.get(), 0, SEEK_END);
+    progress shown("writing", static_cast<std::uint64_t>(size));
+    for_each_piece(file.get(), 0, static_cast<std::uint64_t>(size),
+                   [&](std::string_view bytes, std::uint64_t done) {
+                       write_standard_output(bytes);
+                       shown.at(done);
+                   });
+}
+
+void write_standard_error(std::string_view bytes)
+{
+    static_cast<void>(write_all(STDERR_FILENO, bytes.data(), bytes.size()));
 }
 
 }  // namespace
 
 bool salvage(const salvage_options& wanted)
 {
+    const bool to_standard_output = wanted.target == "-";
     const input from(wanted.file);
-    from.reject_as_target(wanted.target);
-    intact_part intact;
-    {
-        progress shown("checking", from.size());
-        intact = walk_file(from, [&shown](const segment_facts& s) { shown.at(s.offset); });
+    from.reject_as_target(to_standard_output ? "/dev/stdout" : wanted.target);
+    new_file to(to_standard_output ? temporary_target() : wanted.target);
+    const salvage_report kept = copy_intact_segments(from, to);
+    if (kept.segments() == 0 && !kept.lost().empty()) {
+        throw failure(walk_file(from, [](const segment_facts&) {}).fault +
+                      "; there is nothing to keep");
     }
-    if (intact.size == 0 && intact.file_size != 0) {
-        throw failure("there is nothing to keep: " + intact.fault);
-    }
-    new_file to(wanted.target);
-    copy_begin(from, intact.size, to);
     const tdms::file opens(to.path());
-    to.commit();
-    output out;
-    out.put("kept: " + count_of(intact.segments, "segment") + ", " + count_of(intact.size, "byte") +
-            ", " + count_of(intact.values, "value") + '\n');
-    const std::uint64_t lost = intact.file_size - intact.size;
-    out.put(lost == 0 ? "lost: nothing\n"
-                      : "lost: " + count_of(lost, "byte") + " from offset " +
-                            std::to_string(intact.size) + " on: " + intact.fault + '\n');
-    out.flush();
-    return true;
+    if (to_standard_output) {
+        put_on_standard_output(to.path());
+    } else {
+        to.commit();
+    }
+    output out(to_standard_output ? write_standard_error : write_standard_output);
+    kept.put(out);
+    return !kept.middle_lost();
 }
 
 }  // namespace tool

@@ -5,21 +5,55 @@
 #include <string>
 
 #include "files/input.h"
+#include "files/segment_metadata.h"
+#include "reader/file_window.h"
 
 namespace tool {
 
-/// What one segment holds. Of a segment whose lead-in or metadata are not there, only the first
-/// two are known.
-struct segment_facts {
-    std::uint64_t number;
-    std::uint64_t offset;
-    std::uint64_t metadata_length = 0;
-    std::uint64_t raw_length = 0;
-    std::uint64_t objects = 0;
-    std::uint64_t properties = 0;
-    std::uint64_t channels = 0;  // with values
-    std::uint64_t values = 0;
-    const char* state = "intact";  // or "truncated": the file ends within it; or "damaged"
+/// A segment as it was found at an offset, intact or not.
+struct found_segment {
+    segment_facts facts;
+    std::uint64_t end = 0;  // as its lead-in states it; 0 if that leads nowhere
+    int status = 0;         // of the library, if it is not intact
+    bool metadata_is_sound = false;
+    std::string fault;  // empty if it is intact
+
+    bool intact() const { return fault.empty(); }
+    std::uint64_t raw_begin() const { return end - facts.raw_length; }
+};
+
+/// Reads lead-ins and metadata, and accepts what the library accepts.
+class segment_source {
+  public:
+    segment_source(const input& file, std::uint64_t size);
+
+    /// Reads the segment at an offset less than the size. If it is intact, what its metadata state
+    /// holds for the segments read after it.
+    found_segment read(std::uint64_t offset, std::uint64_t number);
+
+    /// Whether a segment may begin there, or the file ends there.
+    bool is_boundary(std::uint64_t offset);
+
+    /// Where a segment ends by its metadata, whatever its lead-in is; 0 if they are not sound.
+    std::uint64_t end_by_metadata(std::uint64_t offset);
+
+    /// Where the lead-in at an offset says that the segment ends; 0 if there is none.
+    std::uint64_t end_by_lead_in(std::uint64_t offset);
+
+    segment_metadata& metadata() { return metadata_; }
+
+    /// The bytes of metadata that the latest call had to work through.
+    std::uint64_t effort() const { return effort_; }
+
+  private:
+    std::string lead_in_fault(int status, segment_facts& facts, std::uint64_t left);
+    int read_metadata(std::uint64_t offset, std::uint64_t length, segment_facts& facts);
+
+    std::uint64_t size_;
+    tdms_impl::file_window window_;
+    tdms_impl::file_window ahead_;  // where segments end
+    segment_metadata metadata_;
+    std::uint64_t effort_ = 0;
 };
 
 /// What follows the last intact segment.
@@ -35,8 +69,8 @@ struct intact_part {
     std::string fault;  // empty if the file is intact
 };
 
-/// Walks the segments of a file as the library does when it opens it, and accepts what the library
-/// accepts. `visit` gets every segment, up to the first that is not intact.
+/// Walks the segments of a file as the library does when it opens it. `visit` gets every segment,
+/// up to the first that is not intact.
 intact_part walk_file(const input& file, const std::function<void(const segment_facts&)>& visit);
 
 }  // namespace tool

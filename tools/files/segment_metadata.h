@@ -1,0 +1,112 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/object_map.h"
+#include "reader/metadata.h"
+
+namespace tool {
+
+/// What one segment holds. Of a segment whose lead-in or metadata are not there, only the first
+/// two are known.
+struct segment_facts {
+    std::uint64_t number;
+    std::uint64_t offset;
+    std::uint64_t metadata_length = 0;
+    std::uint64_t raw_length = 0;
+    std::uint64_t objects = 0;
+    std::uint64_t properties = 0;
+    std::uint64_t channels = 0;  // with values
+    std::uint64_t values = 0;
+    const char* state = "intact";  // or "truncated": the file ends within it; or "damaged"
+};
+
+/// Reads the metadata of one segment after the other: counts what they hold, finds their faults,
+/// and keeps what later segments refer to.
+class segment_metadata {
+  public:
+    /// @return a status other than 0 if there is a fault; then nothing of the segment holds
+    int read(std::span<const unsigned char> metadata, segment_facts& facts);
+
+    /// Takes back what the latest segment stated.
+    void undo();
+
+    /// Why the latest read() failed, and whether that was for want of bytes.
+    const std::string& fault() const { return fault_; }
+    bool ran_out() const { return ran_out_; }
+
+    /// The bytes of the latest metadata up to the end of its last object, or of the fault.
+    std::size_t length() const { return next_; }
+
+    /// Segments have been lost here: what those before them stated may have been replaced.
+    void lose() { ++losses_; }
+
+    /// The bytes of raw data that the latest segment states, as far as they are known.
+    std::uint64_t stated_size() const { return stated_.size; }
+
+    /// Whether they are known and are what the segment has.
+    bool accounts_for(std::uint64_t raw_length) const
+    {
+        return stated_.sizes_known && stated_.size == raw_length;
+    }
+
+    /// Whether lost segments cannot have changed where the latest segment's values are, given the
+    /// length of its raw data.
+    bool is_certain(std::uint64_t raw_length) const;
+
+    /// Where values are is certain, so what this segment repeats has been stated again.
+    void confirm();
+
+    // For walk_objects().
+    int object(std::string_view path, tdms_impl::metadata_cursor& cursor);
+    void property(const tdms_impl::property_entry& entry);
+
+  private:
+    struct known_channel {
+        std::uint32_t data_type = 0;
+        std::uint64_t chunk_count = 0;
+        std::uint64_t size = 0;  // of the chunk
+        bool size_known = true;
+        std::uint64_t losses = 0;  // before the latest explicit index
+    };
+
+    // The raw data that a segment states.
+    struct stated_data {
+        std::uint64_t size = 0;
+        std::uint64_t repeated_size = 0;       // of it, that lost segments may have changed
+        std::vector<known_channel*> repeated;  // whose it is
+        bool sizes_known = true;
+        bool only_timestamps = true;
+        bool compared = false;  // a count with one that may have been lost
+    };
+
+    std::size_t offset_of(const unsigned char* byte) const
+    {
+        return static_cast<std::size_t>(byte - begin_);
+    }
+    known_channel& find_or_add(std::string_view path);
+    int read_index(std::string_view path, tdms_impl::metadata_cursor& cursor);
+    void take_size(const tdms_impl::raw_data_index& index, known_channel& known);
+    int fail(int status, const std::string& what);
+
+    tdms_impl::object_map<known_channel> channels_;
+    std::vector<std::pair<known_channel*, known_channel>> changed_;  // with what was known before
+    std::vector<std::string> added_;
+    std::uint64_t losses_ = 0;
+
+    // Of the latest segment.
+    segment_facts* facts_ = nullptr;
+    stated_data stated_;
+    const unsigned char* begin_ = nullptr;
+    std::uint64_t object_ = 0;  // the one being read, counted from 1
+    std::size_t offset_ = 0;    // where it begins
+    std::size_t next_ = 0;      // where the next one does
+    std::string fault_;
+    bool ran_out_ = false;
+};
+
+}  // namespace tool
