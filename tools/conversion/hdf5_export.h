@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <tdms.hpp>
+
+namespace tool {
+
+/// Writes what can be read of a measurement file to an HDF5 file, in place of what is at that path.
+/// Groups become groups, channels compressed datasets, properties attributes. Throws a failure if
+/// the file cannot be written.
+/// @param name of the measurement file, for what is reported
+/// @param target what to call the HDF5 file in messages
+/// @return whether all values could be read and written
+bool export_hdf5(const std::string& name, const tdms::file& from, const std::string& path,
+                 const std::string& target);
+
+}  // namespace tool
