@@ -57,10 +57,13 @@ class command_line {
         command.add_option("FILE", info_.files, about_files)->required();
         CLI::Option* const json =
             command.add_flag("--json", info_.json, "As JSON, an array of files");
-        command.add_flag("--names", info_.names, "Only GROUP/CHANNEL, one per line")
-            ->excludes(json);
-        command.add_flag("--stats", info_.statistics,
-                         "Read all values: minimum, maximum, mean, deviation, NaN; times, rate");
+        CLI::Option* const names =
+            command.add_flag("--names", info_.names, "Only GROUP/CHANNEL, one per line")
+                ->excludes(json);
+        command
+            .add_flag("--stats", info_.statistics,
+                      "Read all values: extremes, mean, deviation (n - 1), NaN, times, rate")
+            ->excludes(names);
         add_strict(command, info_.strict);
         add_local(command);
         command.callback([this] { all_well_ = info(info_); });
@@ -133,6 +136,7 @@ class command_line {
         command.add_option("FILE", convert_.source, "A measurement file, or .csv")->required();
         command.add_option("-o,--output", convert_.target, "A .h5, .hdf5, .csv or .tdms file")
             ->required();
+        command.add_flag("--units", convert_.units, "The second line of CSV is units");
         add_strict(command, convert_.strict);
         add_local(command);
         command.callback([this] { run_one(convert, convert_, convert_.source); });

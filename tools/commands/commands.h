@@ -66,6 +66,7 @@ bool salvage(const salvage_options& wanted);
 struct convert_options {
     std::string source;
     std::string target;
+    bool units = false;  // a line of them after the names of CSV
     bool strict = false;
 };
 bool convert(const convert_options& wanted);

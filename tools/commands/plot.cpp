@@ -1,10 +1,304 @@
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <optional>
+#include <set>
+
 #include "commands/commands.h"
+#include "console/output.h"
+#include "console/text.h"
+#include "files/new_file.h"
+#include "plotting/curves.h"
+#include "plotting/gnuplot.h"
+#include "plotting/picture.h"
+#include "plotting/terminal_drawing.h"
 
 namespace tool {
+namespace {
 
-bool plot(const plot_options&)
+constexpr terminal_size usual_terminal{80, 25};
+constexpr unsigned least_columns = 512;  // for which a curve's samples are kept
+
+constexpr const char* nothing_to_draw = "there is nothing to draw";
+
+std::atomic<bool> interrupted = false;
+
+void interrupt(int)
 {
-    throw failure("not yet");
+    interrupted = true;
+}
+
+// Shows one drawing after the other; on a terminal each in place of the last.
+class screen {
+  public:
+    explicit screen(output& out) : out_(out) {}
+
+    static terminal_size size() { return size_of_terminal(STDOUT_FILENO, usual_terminal); }
+    bool has_changed() const { return !(size().columns == columns_ && size().rows == rows_); }
+
+    // Replaces what is shown. REQUIRES: it has no more lines than the screen.
+    void show(std::string_view drawing)
+    {
+        if (!on_terminal_) {
+            if (columns_ != 0) out_.put('\n');
+            out_.put(drawing);
+        } else {
+            // What was there before moves up.
+            if (has_changed()) out_.put(std::string(size().rows, '\n'));
+            out_.put("\033[H");
+            put_in_place(drawing);
+        }
+        columns_ = size().columns;
+        rows_ = size().rows;
+        out_.flush();
+    }
+
+    void close()
+    {
+        if (on_terminal_ && columns_ != 0) out_.put('\n');
+        out_.flush();
+    }
+
+  private:
+    void put_in_place(std::string_view drawing)
+    {
+        while (!drawing.empty()) {
+            const std::size_t end = std::min(drawing.find('\n'), drawing.size());
+            out_.put(drawing.substr(0, end));
+            out_.put("\033[K");
+            drawing.remove_prefix(std::min(end + 1, drawing.size()));
+            if (!drawing.empty()) out_.put('\n');
+        }
+        out_.put("\033[J");
+    }
+
+    output& out_;
+    bool on_terminal_ = isatty(STDOUT_FILENO) != 0;
+    unsigned columns_ = 0;  // of the terminal, as it was
+    unsigned rows_ = 0;
+};
+
+class plot_command {
+  public:
+    explicit plot_command(const plot_options& wanted) : wanted_(wanted), from_(wanted.file) {}
+
+    bool run()
+    {
+        if (wanted_.follow) {
+            follow();
+        } else if (wanted_.target.empty()) {
+            draw_in_terminal();
+        } else {
+            draw_picture();
+        }
+        return all_well_;
+    }
+
+  private:
+    void draw_picture()
+    {
+        const picture_format format = picture_format_of(wanted_.target, wanted_.size);
+        from_.reject_as_target(wanted_.target);
+        const tdms::file file = open_intact(from_);
+        const curve_set curves = read_curves(file, format.width);
+        const std::string script = picture_script(panels(curves, curves_in_picture_panel), title(),
+                                                  curves.time_name(), format);
+        new_file picture(wanted_.target);
+        run_gnuplot(script, [&picture](std::string_view bytes) { picture.write(bytes); });
+        picture.commit();
+        report_the_rest(file);
+    }
+
+    void draw_in_terminal()
+    {
+        const tdms::file file = open_intact(from_);
+        const terminal_size size = size_of_terminal(STDOUT_FILENO, usual_terminal);
+        const curve_set curves = read_curves(file, size.columns);
+        const std::vector<panel> shown = panels(curves, curves_in_terminal_panel);
+        const terminal_drawer drawer(shown, curves.time_name(), size.columns);
+        output out;
+        for (const panel& p : shown) {
+            if (&p != &shown.front()) out.put('\n');
+            // With a line each for the title and for what the shell writes next.
+            out.put(shortened(title(), size.columns) + '\n' +
+                    drawer.draw(p, size.rows - std::min(size.rows, 2U)));
+            out.flush();
+        }
+        report_the_rest(file);
+    }
+
+    curve_set read_curves(const tdms::file& file, unsigned columns)
+    {
+        curve_set curves(drawable(file), std::max(columns, least_columns));
+        read(curves);
+        return curves;
+    }
+
+    std::vector<selected_channel> drawable(const tdms::file& file)
+    {
+        return drawable_channels(file, wanted_.channels,
+                                 [this](const selected_channel& c) { leave_out(c); });
+    }
+
+    void leave_out(const selected_channel& c)
+    {
+        if (!can_be_drawn(c.type)) {
+            if (c.named) complain(c, type_name(c.type) + " values cannot be drawn");
+        } else if (c.lost != 0) {
+            complain(c, lost_values(c));
+        } else if (c.named && !wanted_.follow) {
+            complain(c, "it has no values to draw");
+        }
+    }
+
+    void read(curve_set& curves)
+    {
+        curves.read([this](const selected_channel& c, const std::string& message) {
+            complain(c, message);
+        });
+        for (const curve& c : curves.curves()) {
+            if (c.from.lost != 0) complain(c.from, lost_values(c.from));
+            if (!wanted_.follow && !c.has_numbers()) complain(c.from, "it has no numbers to draw");
+        }
+    }
+
+    static std::vector<panel> panels(const curve_set& curves, std::size_t most)
+    {
+        std::vector<panel> found = panels_of(curves.curves(), most);
+        if (found.empty()) throw failure(nothing_to_draw);
+        return found;
+    }
+
+    std::string title() const
+    {
+        if (wanted_.file == "-") return "standard input";
+        return printable(wanted_.file.substr(wanted_.file.rfind('/') + 1));
+    }
+
+    void report_the_rest(const tdms::file& file)
+    {
+        if (!report_rest(wanted_.file, from_, file, wanted_.strict)) all_well_ = false;
+    }
+
+    // Each complaint once, also about a file that is drawn again and again.
+    void complain(const selected_channel& c, const std::string& message)
+    {
+        all_well_ = false;
+        const std::string complaint = in_quotes(c.name()) + ": " + message;
+        if (complaints_.insert(complaint).second) report(wanted_.file, complaint);
+    }
+
+    void follow()
+    {
+        if (from_.is_copy()) throw usage_error("--follow needs a file, which can grow");
+        interrupted = false;
+        std::signal(SIGINT, interrupt);
+        std::signal(SIGTERM, interrupt);
+        tdms::file file = open_intact(from_);
+        output out;
+        screen shown(out);
+        std::optional<curve_set> curves;
+        for (; !interrupted; refresh(file)) {
+            const auto begin = std::chrono::steady_clock::now();
+            if (take_in(file, curves) || shown.has_changed()) draw(shown, curves);
+            wait(4 * (std::chrono::steady_clock::now() - begin));
+        }
+        shown.close();
+    }
+
+    // Reads what is new. @return whether anything is
+    bool take_in(const tdms::file& file, std::optional<curve_set>& curves)
+    {
+        if (all_channels(file).empty()) return false;
+        std::vector<selected_channel> channels = drawable(file);
+        if (channels.empty()) {
+            reject_hopeless(file);
+            return false;
+        }
+        const bool is_known = curves && curves->curves().size() == channels.size();
+        if (!is_known) curves.emplace(channels, 2 * least_columns);
+        if (!curves->count_values()) return false;
+        read(*curves);
+        return true;
+    }
+
+    // No recorder adds what can be drawn to channels of these types.
+    void reject_hopeless(const tdms::file& file) const
+    {
+        const auto hopeless = [](const selected_channel& c) {
+            return c.named && !can_be_drawn(c.type);
+        };
+        if (std::ranges::all_of(select(file, wanted_.channels), hopeless)) {
+            throw failure(nothing_to_draw);
+        }
+    }
+
+    void draw(screen& on, const std::optional<curve_set>& curves) const
+    {
+        if (!curves) return;
+        const std::vector<panel> all = panels_of(curves->curves(), curves_in_terminal_panel);
+        if (all.empty()) return;
+        const terminal_size size = screen::size();
+        const unsigned rows = size.rows - std::min(size.rows, 1U);
+        const auto fitting =
+            std::clamp<std::size_t>(rows / terminal_drawer::least_rows, 1, all.size());
+        std::string drawing = title();
+        if (fitting != all.size()) {
+            drawing.append(": ").append(std::to_string(fitting)).append(" of ");
+            drawing.append(count_of(all.size(), "panel")).append(" fit; name fewer channels");
+        }
+        drawing = shortened(drawing, size.columns) + '\n';
+        try {
+            const terminal_drawer drawer(all, curves->time_name(), size.columns);
+            for (std::size_t i = 0; i != fitting; ++i) {
+                drawing += drawer.draw(all[i], rows / static_cast<unsigned>(fitting));
+            }
+        } catch (const failure&) {
+            if (interrupted) return;  // as gnuplot was
+            throw;
+        }
+        on.show(drawing);
+    }
+
+    // Until a recorder may have saved, twice a second at most; throws when nobody reads the output
+    // any more.
+    static void wait(std::chrono::steady_clock::duration at_least)
+    {
+        using namespace std::chrono_literals;
+        const auto end = std::chrono::steady_clock::now() +
+                         std::max<std::chrono::steady_clock::duration>(at_least, 500ms);
+        while (!interrupted && std::chrono::steady_clock::now() < end) {
+            pollfd standard_output{STDOUT_FILENO, 0, 0};
+            poll(&standard_output, 1, 100);
+            if ((standard_output.revents & POLLERR) != 0) throw closed_pipe{};
+        }
+    }
+
+    static void refresh(tdms::file& file)
+    {
+        try {
+            file.refresh();
+        } catch (const tdms::error& e) {
+            if (e.status() != TDMS_FILE_READ) throw;
+            throw failure("the file has become shorter: it is recorded anew");
+        }
+    }
+
+    const plot_options& wanted_;
+    input from_;
+    std::set<std::string> complaints_;
+    bool all_well_ = true;
+};
+
+}  // namespace
+
+bool plot(const plot_options& wanted)
+{
+    return plot_command(wanted).run();
 }
 
 }  // namespace tool

@@ -134,7 +134,13 @@ int type_of(const tdms::property_value& value)
 
 tdms::file open_intact(const input& from)
 {
-    return tdms::file::partial(from.path());
+    try {
+        return tdms::file::partial(from.path());
+    } catch (const tdms::error& e) {
+        const int status = e.status();
+        if (status == TDMS_FILE_TAG || status == TDMS_FILE_PATH || status == TDMS_MEMORY) throw;
+        throw failure(message_of(status) + "; see tdms check, and tdms salvage");
+    }
 }
 
 bool report_rest(const std::string& name, const input& from, const tdms::file& file,
@@ -180,7 +186,7 @@ std::vector<selected_channel> select(const tdms::file& file, const std::vector<s
         if (add_exact(found, file, name) || add_escaped(found, file, name)) continue;
         const std::string similar = similar_name(file, name);
         throw usage_error("the file has no channel or group " + in_quotes(name) +
-                          (similar.empty() ? "; tdms info shows which there are"
+                          (similar.empty() ? "; see tdms info --names"
                                            : "; did you mean " + in_quotes(similar) + "?"));
     }
     return found;

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cctype>
 #include <csignal>
 #include <cstdlib>
 
@@ -42,14 +43,25 @@ descriptor file_of(const std::string& text)
 
 }  // namespace
 
+// Not even a quote is safe in single quotes: gnuplot takes ''' for the end of an empty string. In
+// double quotes all but the harmless characters are octal numbers, which end before a digit only if
+// that is one too.
 std::string gnuplot_text(std::string_view text)
 {
-    std::string out = "'";
+    std::string out = "\"";
+    bool after_number = false;
     for (const char c : printable(text)) {
-        out += c;
-        if (c == '\'') out += c;
+        const auto byte = static_cast<unsigned char>(c);
+        const bool harmless = std::isalnum(byte) != 0 || c == ' ' || byte >= 0x80;
+        after_number = !harmless || (after_number && std::isdigit(byte) != 0);
+        if (after_number) {
+            out += '\\';
+            for (const int shift : {6, 3, 0}) out += static_cast<char>('0' + (byte >> shift & 7));
+        } else {
+            out += c;
+        }
     }
-    return out + '\'';
+    return out + '"';
 }
 
 // gnuplot does not report write errors, so we write its output.

@@ -1,0 +1,180 @@
+#!/bin/bash
+# Runs the tool's plot: what it draws of which channels, and what it reports.
+source "$(dirname "$0")/support.sh"
+
+# What needs no gnuplot.
+"$record" record.tdms 1 500 || fail record
+"$seeds" files || fail seeds
+cp files/odd/* . && ln -s record.tdms record.svg && mkdir empty
+each_status <<'END'
+2|the output is the input file|plot record.svg system -o record.svg
+2|must end in \.svg or \.png|plot record.tdms system -o picture.jpg
+2|no size: "12x"|plot record.tdms system -o empty/p.svg --size 12x
+2|no size: "99999x300"|plot record.tdms system -o empty/p.svg --size 99999x300
+2|--size|plot record.tdms --size 300x300
+2|--follow|plot record.tdms --follow -o empty/p.svg
+2|needs a file, which can grow|plot - --follow <record.tdms
+2|did you mean "system/load"|plot record.tdms system/laod -o empty/p.svg
+1|"system/events": string values cannot be drawn|plot record.tdms system/events -o empty/p.svg
+1|nothing to draw|plot record.tdms system/time --follow
+1|2 panels need a height|plot record.tdms system/load 'system/memory used' -o empty/p.svg --size 400x200
+END
+status 1 'gnuplot is needed' env PATH=/nonexistent "$tdms" plot record.tdms system -o empty/p.svg
+mkdir bin && printf '#!/bin/sh\nkill $PPID; exec sleep 1\n' >bin/gnuplot && chmod +x bin/gnuplot
+status 143 '' env PATH="$PWD/bin:$PATH" "$tdms" plot record.tdms system -o empty/p.svg 2>/dev/null
+[[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
+command -v gnuplot >/dev/null || { finish && exit; }
+
+# A file of one segment. channel GROUP NAME TYPE 'VALUES' [PROPERTY]...: of bytes, or 8 bytes a value
+# where the type takes them; PROPERTY is NAME=STRING, or NAME:INTEGER.
+begin() { : >objects && : >raw && objects=0; }
+counted() { le 4 ${#1} && printf %s "$1"; }
+channel() {
+    local group=$1 name=$2 type=$3 values=($4) width=1 property && shift 4
+    ((type == 10)) && width=8
+    {
+        counted "/'$group'/'$name'"
+        le 4 20 "$type" 1 && le 8 ${#values[@]} && le 4 $#
+        for property; do
+            if [[ $property == *=* ]]; then
+                counted "${property%%=*}" && le 4 32 && counted "${property#*=}"
+            else
+                counted "${property%%:*}" && le 4 3 "${property##*:}"
+            fi
+        done
+    } >>objects
+    if ((type == 0x44)); then
+        for value in "${values[@]}"; do le 8 0 $((value + 2082844800)); done
+    else
+        le $width "${values[@]}"
+    fi >>raw
+    ((++objects))
+}
+write() {
+    local metadata=$(($(wc -c <objects) + 4))
+    { printf TDSm && le 4 14 4713 && le 8 $((metadata + $(wc -c <raw))) $metadata && le 4 $objects; } >"$1"
+    cat objects raw >>"$1"
+}
+
+# draws FILE PANELS TEXTS [ARGUMENT]...: TEXTS, one per line, are in the picture; - before one means
+# that it is not.
+draws() {
+    local file=$1 panels=$2 texts=$3 text && shift 3
+    status 0 '' "$tdms" plot "$file" "$@" -o p.svg
+    [[ ! -s err ]] || fail "$file: $(cat err)"
+    drawn=$(grep -c 'id="gnuplot_plot_1[a-z]*"' p.svg)
+    ((drawn == panels)) || fail "$file $*: $drawn panels, not $panels"
+    sed -n 's/.*<text>\(.*\)<\/text>.*/\1/p; s/.*<tspan[^>]*>\(.*\)<\/tspan>.*/\1/p' p.svg |
+        sed 's/<[^>]*>//g' >drawn
+    while read -r text; do
+        if [[ $text == -* ]]; then
+            ! grep -qxF -- "${text#-}" drawn || fail "$file $*: '${text#-}' is drawn"
+        else
+            grep -qxF -- "$text" drawn || fail "$file $*: no '$text' in: $(tr '\n' '|' <drawn)"
+        fi
+    done <<<"$texts"
+}
+
+# The points of the first curve, one per line, after M or L.
+curve() {
+    sed -n "/gnuplot_plot_1a/,/'\/>/p" p.svg | grep -o '[ML][0-9.]*,[0-9.]*'
+}
+
+monday=1777888800 # 2026-05-04T10:00:00Z
+begin
+channel g time 0x44 "$monday $((monday + 1)) $((monday + 4))"
+channel g a 1 '1 2 3' unit=V
+channel g b 1 '2 3 4' unit=V 'name=the other'
+channel h time 0x44 "$((monday + 86400)) $((monday + 86401))"
+channel h a 1 '5 6' unit=A
+write times.tdms
+draws times.tdms 1 $'a\nthe other\n-b\nV\n10:00:01.0\ntime (UTC), 2026-05-04\ntimes.tdms' g
+draws times.tdms 2 $'g/a\nh/a\nA\n2026-05-05\ntime (UTC), 2026-05-04 to 2026-05-05'
+zone=CET-1CEST,M3.5.0,M10.5.0/3
+TZ=$zone draws times.tdms 1 $'12:00:01.0\ntime (UTC+02:00), 2026-05-04' g --local
+draws times.tdms 1 'time (UTC), 2026-05-04' g/a g g/a g/a # each once
+
+nan=9221120237041090560 one=4607182418800017408 two=4611686018427387904
+begin
+channel g rated 1 '1 2 3 4' 'sampling rate:2'
+channel g counted 1 '4 5 6 7 8 9 10 11'
+channel g large 10 "$one 4671226772094713856" # 20000
+channel g on 0x21 '0 1 1 0'
+channel g off 0x21 '1 0 1 1'
+channel g gaps 10 "$one $nan $two $two $nan $nan $one" unit=m
+write kinds.tdms
+draws kinds.tdms 1 $'seconds from the first sample\n1.4\n-sample' g/rated
+draws kinds.tdms 5 $'seconds from the first sample\nsample\n20000\ntrue\nfalse\nm'
+draws kinds.tdms 2 $'counted\nlarge' g/counted g/large
+# The third value and the fourth are connected; the others are points.
+draws kinds.tdms 1 m g/gaps
+[[ $(curve | tr -dc ML) == MMLM ]] || fail "the curve with gaps: $(curve)"
+(($(grep -c '<use.*translate' p.svg) == 4)) || fail 'the lone points'
+
+# Names that gnuplot must not take for its own, long ones, and none at all.
+begin
+odd="'; system('touch pwned') # \`touch pwned\` ]]>"
+channel g "$odd" 1 '1 2' "unit='\`id\`"
+channel g '' 1 '3 4' unit=x
+channel g "$(printf 'x%.0s' {1..200}) 1" 1 '1 2' unit=x
+channel g "$(printf 'x%.0s' {1..200}) 2" 1 '1 2' unit=x
+write odd.tdms
+cp odd.tdms "'; x \`touch pwned\`.tdms"
+draws "'; x \`touch pwned\`.tdms" 2 "'; system('touch pwned') # \`touch pwned\` ]]$(printf '\xe2\x80\x8b')>
+(no name)
+'; x \`touch pwned\`.tdms"
+[[ ! -e pwned ]] || fail 'a name was run'
+[[ $(grep -c '^x*…x* [12]$' drawn) == 2 ]] || fail "long names: $(cat drawn)"
+
+# A panel that has many curves, and many panels.
+begin
+for i in {1..20}; do channel g "curve $i" 1 "$i $((i + 1))" unit=V; done
+for i in {1..20}; do channel h "panel $i" 1 "$i $((i + 1))" "unit=u$i"; done
+write many.tdms
+draws many.tdms 21 "$(printf 'curve %d\npanel %d\n' {1..20} {1..20} | sort)"
+draws many.tdms 1 V g --size 1000x300
+styles=$(grep -A8 'id="gnuplot_plot_' p.svg | grep "<path" | sed "s/ d=.*//" | sort -u | wc -l)
+((styles == 20)) || fail "20 curves of $styles styles"
+grep -q 'width="1000" height="300"' p.svg || fail "the size: $(head -3 p.svg)"
+status 0 '' "$tdms" plot many.tdms -o p.PNG --size 900x4000
+[[ $(head -c 4 p.PNG | tail -c 3) == PNG ]] || fail 'no picture in p.PNG'
+
+# More samples than columns: the extremes of each column are drawn.
+begin
+channel g spike 1 "$(printf '0 %.0s' {1..2999})100 $(printf '0 %.0s' {1..3000})" unit=V
+write spike.tdms
+draws spike.tdms 1 $'100\n5000' --size 300x300
+(($(curve | cut -d, -f2 | sort -u | wc -l) == 2)) || fail 'the spike is lost'
+(($(curve | wc -l) < 4000)) || fail 'all samples are drawn'
+
+# What is wrong with a file is reported, and the rest is drawn.
+each_status <<'END'
+1|lost: "g/c": 2 values lost|plot lost -o lost.svg
+1|"system/events": string values|plot record.tdms system/load system/events -o events.svg
+END
+[[ -s lost.svg && -s events.svg ]] || fail 'what can be drawn beside it'
+head -c 20000 record.tdms >truncated.tdms
+"$record" whole.tdms 2 500 && head -c $(($(wc -c <whole.tdms) - 1)) whole.tdms >truncated.tdms
+status 0 'not a complete segment' "$tdms" plot truncated.tdms -o truncated.svg
+status 1 'not a complete segment' "$tdms" plot truncated.tdms --strict -o truncated.svg
+for file in files/[1-9]* files/cut files/everything; do
+    status '[012]' '' timeout 20 "$tdms" plot $file -o p.svg
+    ((got == 0)) || grep -q '^tdms: ' err || fail "$file: no message"
+done
+status 1 'p.svg" cannot be written' bash -c 'ulimit -f 3; "$0" plot values -o empty/p.svg' "$tdms"
+[[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
+
+# On a terminal, of 80 columns and 25 rows unless it says otherwise: a panel at a time.
+status 0 '^  \* a   # the other   \[V\]$' "$tdms" plot times.tdms g
+(($(wc -l <out) == 24 && $(wc -L <out) <= 80)) || fail "$(wc -lL <out)"
+if command -v script >/dev/null; then
+    follow="stty cols 60 rows 20; timeout -s INT --foreground --preserve-status 1 '$tdms' plot --follow many.tdms h"
+    status 0 '' script -qec "$follow" typescript
+    grep -q '2 of 20 panels fit' out || fail "panels that do not fit: $(head -c 300 out)"
+fi
+"$record" growing.tdms 3 50 &
+until [[ -s growing.tdms ]]; do sleep 0.1; done
+status 0 '\* load' timeout -s INT --preserve-status 5 "$tdms" plot --follow growing.tdms system/load
+wait
+(($(grep -c '^growing.tdms$' out) > 1)) || fail 'what a recorder adds'
+finish

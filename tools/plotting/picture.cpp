@@ -1,0 +1,297 @@
+#include "plotting/picture.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <map>
+
+#include "console/report.h"
+#include "console/text.h"
+#include "console/value_text.h"
+#include "plotting/gnuplot.h"
+#include "plotting/panel_script.h"
+
+namespace tool {
+namespace {
+
+constexpr std::array colors{"#1f5fa8", "#c8442b", "#2e8b3d", "#b07800", "#7b4ea3", "#00a5b5",
+                            "#8d5524", "#4d4d4d", "#e377c2", "#8a9a00", "#5aa9f0", "#000000"};
+constexpr std::array dashes{"1", "(16,8)"};
+static_assert(colors.size() * dashes.size() >= curves_in_picture_panel);
+
+// Pixels.
+constexpr double character = 7.3;  // of the text, on average
+constexpr double line_height = 18;
+constexpr double title_height = 34;
+constexpr double ticks_and_label = 44;
+constexpr double between_panels = 12;
+constexpr double right_margin = 24;
+constexpr double line_sample = 28;
+constexpr double unit_width = 28;
+constexpr double tallest_picture = 30000;  // that can be drawn
+constexpr double usual_total = 12000;
+
+constexpr std::size_t longest_label = 48;
+constexpr std::uint64_t few_samples = 50;
+
+std::string line_style(std::size_t index)
+{
+    std::string style = "linecolor rgb '";
+    style.append(colors.at(index % colors.size())).append("' linewidth 1.2 dashtype ");
+    return style.append(dashes.at(index / colors.size() % dashes.size()));
+}
+
+std::string point_style(std::size_t index)
+{
+    std::string style = "linecolor rgb '";
+    return style.append(colors.at(index % colors.size())).append("' pointtype 7 pointsize 0.4");
+}
+
+// A label's text. gnuplot escapes what XML reserves but for this, which must not be in its text.
+std::string label_text(std::string text)
+{
+    for (std::size_t at = 0; (at = text.find("]]>", at)) != std::string::npos;) {
+        text.insert(at + 2, "\u200B");  // a space without width
+    }
+    return gnuplot_text(text);
+}
+
+// A panel's legend: its curves' names, in as many rows as they take.
+class legend {
+  public:
+    legend(const panel& p, double left, double width)
+    {
+        const double room = std::max(1.0, (width - line_sample) / character);
+        const std::size_t longest = std::min(static_cast<std::size_t>(room), longest_label);
+        double x = 0;
+        for (const curve* const c : p.curves) {
+            std::string text = shown_label(*c, longest);
+            const double taken =
+                line_sample + character * static_cast<double>(width_of(text)) + 2 * character;
+            if (x != 0 && x + taken > width + 2 * character) {
+                x = 0;
+                ++rows_;
+            }
+            entries_.push_back({std::move(text), left + x, rows_ - 1});
+            x += taken;
+        }
+    }
+
+    struct entry {
+        std::string text;
+        double x;
+        double row;
+    };
+    const std::vector<entry>& entries() const { return entries_; }
+    double height() const { return rows_ * line_height; }
+
+  private:
+    std::vector<entry> entries_;
+    double rows_ = 1;
+};
+
+struct layout_row {
+    const panel* shown;
+    legend names;
+    bool has_ticks;  // as the last one over its kind of x
+    double top = 0;  // of the frame
+    double bottom = 0;
+};
+
+class picture {
+  public:
+    picture(const std::vector<panel>& panels, const std::string& title,
+            const std::string& time_name, const picture_format& format)
+        : title_(title), format_(format), width_(format.width)
+    {
+        std::size_t tick_width = 0;
+        for (const panel& p : panels) {
+            tick_width = std::max(tick_width, y_axis(p, 5).tick_width());
+        }
+        left_ = unit_width + character * static_cast<double>(tick_width) + 14;
+        plot_width_ = width_ - left_ - right_margin;
+        if (plot_width_ < 60) throw failure("the picture is too narrow; see --size");
+        for (const panel& p : panels) {
+            const auto characters = static_cast<std::size_t>(plot_width_ / character);
+            axes_.try_emplace(p.kind, panels, p.kind, time_name, characters);
+            const bool is_last = &p == &panels.back() || (&p + 1)->kind != p.kind;
+            rows_.push_back({&p, legend(p, left_, plot_width_), is_last});
+        }
+        place_rows();
+    }
+
+    std::string script() const
+    {
+        std::string script = "set encoding utf8\nset terminal ";
+        script.append(format_.is_svg ? "svg" : "pngcairo").append(" noenhanced size ");
+        script.append(std::to_string(format_.width)).append(",").append(text_of(height_));
+        script += format_.is_svg ? " font 'sans-serif,13'" : " font 'sans,10'";
+        script +=
+            " background '#ffffff'\n"
+            "unset key\n"
+            "set grid xtics ytics linetype 1 linecolor rgb '#d8d8d8' linewidth 0.5\n"
+            "set border linecolor rgb '#606060'\n"
+            "set tics textcolor rgb '#000000'\n";
+        std::vector<panel_plot> plots;
+        for (const layout_row& row : rows_) {
+            plots.emplace_back(script, *row.shown, axes_.at(row.shown->kind), plots.size(),
+                               few_samples);
+        }
+        script += "set multiplot\n";
+        for (std::size_t i = 0; i != rows_.size(); ++i) {
+            put_frame(script, rows_[i]);
+            if (i == 0) put_title(script);
+            plots[i].append_to(script, line_style, point_style);
+        }
+        return script + "unset multiplot\n";
+    }
+
+  private:
+    void place_rows()
+    {
+        double fixed = title_height;
+        double lanes = 0;  // parts into which the frames' heights are divided
+        for (const layout_row& row : rows_) {
+            fixed += row.names.height() + (row.has_ticks ? ticks_and_label : 0) + between_panels;
+            lanes += parts_of(row);
+        }
+        const double least = fixed + 40.0 * static_cast<double>(rows_.size());
+        const double usual = fixed + 200 * lanes;
+        height_ = format_.height ? *format_.height
+                                 : std::floor(std::min(usual, std::max(least, usual_total)));
+        if (height_ < least || height_ > tallest_picture) {
+            const std::string needed = with_commas(static_cast<std::uint64_t>(std::ceil(least)));
+            std::string message = count_of(rows_.size(), "panel") + " need a height of ";
+            message.append(needed).append(" pixels");
+            message += least > tallest_picture ? ", too much for a picture" : " (--size)";
+            throw failure(message.append("; name fewer channels"));
+        }
+        const double part = (height_ - fixed) / lanes;
+        double y = title_height;
+        for (layout_row& row : rows_) {
+            row.top = y + row.names.height();
+            row.bottom = row.top + part * parts_of(row);
+            y = row.bottom + (row.has_ticks ? ticks_and_label : 0) + between_panels;
+        }
+    }
+
+    // A lane of bools needs less than a frame, but many need more.
+    static double parts_of(const layout_row& row)
+    {
+        const auto curves = static_cast<double>(row.shown->curves.size());
+        return row.shown->of_bools ? std::max(0.4, 0.2 * curves) : 1;
+    }
+
+    std::string at(double x, double y) const
+    {
+        std::string text = "screen " + text_of(x / width_);
+        return text.append(", screen ").append(text_of(1 - y / height_));
+    }
+
+    void put_title(std::string& script) const
+    {
+        const auto room = static_cast<std::size_t>(width_ / (character * 1.3));
+        script.append("set label ").append(label_text(shortened(printable(title_), room)));
+        script.append(" at ").append(at(width_ / 2, title_height / 2)).append(" center font '");
+        script += format_.is_svg ? "sans-serif,16'\n" : "sans,12'\n";
+    }
+
+    void put_legend(std::string& script, const layout_row& row) const
+    {
+        const double top = row.top - row.names.height() - 2;
+        for (std::size_t i = 0; i != row.names.entries().size(); ++i) {
+            const legend::entry& e = row.names.entries()[i];
+            const double y = top + (e.row + 0.5) * line_height;
+            script.append("set arrow from ").append(at(e.x, y)).append(" to ");
+            script.append(at(e.x + line_sample - 6, y)).append(" nohead ");
+            script.append(line_style(i)).append("\nset label ").append(label_text(e.text));
+            script.append(" at ").append(at(e.x + line_sample, y)).append(" left\n");
+        }
+    }
+
+    void put_unit(std::string& script, const layout_row& row) const
+    {
+        const auto room = static_cast<std::size_t>((row.bottom - row.top) / character);
+        const std::string unit = shortened(printable(row.shown->unit), room);
+        if (unit.empty()) return;
+        script.append("set label ").append(label_text(unit)).append(" at ");
+        script.append(at(unit_width / 2, (row.top + row.bottom) / 2)).append(" center rotate\n");
+    }
+
+    void put_frame(std::string& script, const layout_row& row) const
+    {
+        const axis& x = axes_.at(row.shown->kind).shown;
+        const double height = row.bottom - row.top;
+        const double per_tick = row.shown->of_bools ? 1 : 36;
+        const axis y = y_axis(*row.shown, static_cast<std::size_t>(height / per_tick));
+        script += "unset label\nunset arrow\n";
+        script.append("set lmargin at screen ").append(text_of(left_ / width_));
+        script.append("\nset rmargin at screen ").append(text_of(1 - right_margin / width_));
+        script.append("\nset tmargin at screen ").append(text_of(1 - row.top / height_));
+        script.append("\nset bmargin at screen ").append(text_of(1 - row.bottom / height_));
+        script += '\n';
+        append_axes(script, x, row.has_ticks, y);
+        put_unit(script, row);
+        put_legend(script, row);
+        if (row.has_ticks) {
+            script.append("set label ").append(label_text(x.label)).append(" at ");
+            script.append(at(left_ + plot_width_ / 2, row.bottom + 34)).append(" center\n");
+        }
+    }
+
+    const std::string& title_;
+    picture_format format_;
+    double width_;
+    double height_ = 0;
+    double left_ = 0;
+    double plot_width_ = 0;
+    std::map<x_kind, x_axis> axes_;
+    std::vector<layout_row> rows_;
+};
+
+bool ends_with_suffix(const std::string& name, std::string_view suffix)
+{
+    return name.size() > suffix.size() &&
+           std::equal(suffix.rbegin(), suffix.rend(), name.rbegin(), [](char lower, char c) {
+               return std::tolower(static_cast<unsigned char>(c)) == lower;
+           });
+}
+
+unsigned pixels(std::string_view text, const std::string& size)
+{
+    constexpr unsigned least = 200;
+    constexpr unsigned most = 10000;
+    unsigned number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || number < least || number > most) {
+        throw usage_error("no size: " + in_quotes(size) + "; sizes are such as 1200x800, from " +
+                          "200x200 to 10000x10000");
+    }
+    return number;
+}
+
+}  // namespace
+
+picture_format picture_format_of(const std::string& target, const std::string& size)
+{
+    picture_format format{ends_with_suffix(target, ".svg"), 900, {}};
+    if (!format.is_svg && !ends_with_suffix(target, ".png")) {
+        throw usage_error("the picture's name must end in .svg or .png: " + in_quotes(target));
+    }
+    if (size.empty()) return format;
+    const std::string_view both = size;
+    const std::size_t x = std::min(both.find('x'), both.size());
+    format.width = pixels(both.substr(0, x), size);
+    format.height = pixels(both.substr(std::min(x + 1, both.size())), size);
+    return format;
+}
+
+std::string picture_script(const std::vector<panel>& panels, const std::string& title,
+                           const std::string& time_name, const picture_format& format)
+{
+    return picture(panels, title, time_name, format).script();
+}
+
+}  // namespace tool
