@@ -34,11 +34,10 @@ void for_each_piece(int from, std::uint64_t begin, std::uint64_t end, Use use)
 // What was kept, and what was not.
 class salvage_report {
   public:
-    void add_kept(const segment_facts& segment, std::uint64_t bytes)
+    void add_kept(std::uint64_t bytes)
     {
         ++segments_;
         bytes_ += bytes;
-        values_ += segment.values;
         middle_lost_ = middle_lost_ || ranges_ != 0;
     }
 
@@ -58,10 +57,11 @@ class salvage_report {
     bool middle_lost() const { return middle_lost_; }
     const std::vector<lost_range>& lost() const { return lost_; }
 
-    void put(output& out) const
+    /// @param values that the new file holds, which may be fewer than it states
+    void put(output& out, std::uint64_t values) const
     {
         out.put("kept: " + count_of(segments_, "segment") + ", " + count_of(bytes_, "byte") + ", " +
-                count_of(values_, "value") + '\n');
+                count_of(values, "value") + '\n');
         for (const lost_range& range : lost_) {
             out.put("lost: " + count_of(range.end - range.begin, "byte") + " from offset " +
                     std::to_string(range.begin) + " to " + std::to_string(range.end) + ": " +
@@ -81,7 +81,6 @@ class salvage_report {
 
     std::uint64_t segments_ = 0;
     std::uint64_t bytes_ = 0;
-    std::uint64_t values_ = 0;
     std::uint64_t lost_bytes_ = 0;
     std::uint64_t ranges_ = 0;
     bool middle_lost_ = false;
@@ -104,7 +103,7 @@ salvage_report copy_intact_segments(const input& from, new_file& to)
     };
     const auto add_lost = [&kept](const lost_range& range) { kept.add_lost(range); };
     while (const std::optional<found_segment> next = segments.next(add_lost)) {
-        kept.add_kept(next->facts, next->end - next->facts.offset);
+        kept.add_kept(next->end - next->facts.offset);
         if (next->facts.offset != end) {
             copy();
             begin = next->facts.offset;
@@ -136,6 +135,13 @@ void put_on_standard_output(const std::string& path)
                    });
 }
 
+std::uint64_t count_values(const tdms::file& file)
+{
+    std::uint64_t values = 0;
+    for (const selected_channel& c : all_channels(file)) values += c.count;
+    return values;
+}
+
 void write_standard_error(std::string_view bytes)
 {
     static_cast<void>(write_all(STDERR_FILENO, bytes.data(), bytes.size()));
@@ -154,14 +160,14 @@ bool salvage(const salvage_options& wanted)
         throw failure(walk_file(from, [](const segment_facts&) {}).fault +
                       "; there is nothing to keep");
     }
-    const tdms::file opens(to.path());
+    const std::uint64_t values = count_values(tdms::file(to.path()));
     if (to_standard_output) {
         put_on_standard_output(to.path());
     } else {
         to.commit();
     }
     output out(to_standard_output ? write_standard_error : write_standard_output);
-    kept.put(out);
+    kept.put(out, values);
     return !kept.middle_lost();
 }
 

@@ -23,6 +23,23 @@ std::size_t read_at(int file, char* bytes, std::size_t count, std::uint64_t offs
     }
 }
 
+// Lines end with LF, CR LF or CR.
+bool is_end_of_line(char c)
+{
+    return c == '\n' || c == '\r';
+}
+
+std::uint64_t lines_in(std::string_view text)
+{
+    std::uint64_t lines = 0;
+    char before = 0;
+    for (const char c : text) {
+        lines += c == '\r' || (c == '\n' && before != '\r') ? 1 : 0;
+        before = c;
+    }
+    return lines;
+}
+
 }  // namespace
 
 csv_reader::csv_reader(int file, std::uint64_t size) : file_(file), size_(size), buffer_(1 << 18)
@@ -117,10 +134,11 @@ bool csv_reader::split(std::vector<csv_field>& record)
         if (p == nullptr) return false;
         record.push_back(field);
         more = p != end && *p == separator_;
+        if (p != end && p + 1 != end && p[0] == '\r' && p[1] == '\n') ++p;
         if (p != end) ++p;
     }
     const char* const begin = buffer_.data() + begin_;
-    next_line_ += static_cast<std::uint64_t>(std::count(begin, p, '\n'));
+    next_line_ += lines_in({begin, p});
     begin_ += static_cast<std::size_t>(p - begin);
     return true;
 }
@@ -138,8 +156,7 @@ const char* csv_reader::after_quoted(const char* p, csv_field& field) const
     }
     field = {{begin, p}, true};
     ++p;
-    if (end - p >= 2 && p[0] == '\r' && p[1] == '\n') ++p;
-    if (p != end && *p != separator_ && *p != '\n') fail("text after a closing quote");
+    if (p != end && *p != separator_ && !is_end_of_line(*p)) fail("text after a closing quote");
     return p;
 }
 
@@ -147,10 +164,10 @@ const char* csv_reader::after_plain(const char* p, csv_field& field) const
 {
     const char* const end = end_of_buffer();
     const char* const begin = p;
-    while (p != end && *p != separator_ && *p != '\n') ++p;
-    if (p == end && !at_end()) return nullptr;
-    const bool ends_in_cr = p != end && *p == '\n' && p != begin && p[-1] == '\r';
-    field = {{begin, ends_in_cr ? p - 1 : p}, false};
+    while (p != end && *p != separator_ && !is_end_of_line(*p)) ++p;
+    // After a CR there may be an LF.
+    if (end - p < 2 && !at_end()) return nullptr;
+    field = {{begin, p}, false};
     return p;
 }
 

@@ -30,15 +30,33 @@ std::optional<T> parsed(std::string_view text)
     return value;
 }
 
-std::string_view without_plus(std::string_view text)
+bool is_digit(char c)
 {
-    return text.size() > 1 && text[0] == '+' && text[1] != '-' ? text.substr(1) : text;
+    return c >= '0' && c <= '9';
+}
+
+// What may be a number, without blanks and plus. What begins with zeros is not: it is a name, which
+// would lose them.
+std::string_view number_in(std::string_view text)
+{
+    text = without_blanks(text);
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
+    const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
+    const bool begins_with_zeros = digits.size() > 1 && digits[0] == '0' && is_digit(digits[1]);
+    return begins_with_zeros ? std::string_view() : text;
 }
 
 // Whether a double holds an integer of that size exactly.
 bool is_double(std::uint64_t magnitude)
 {
     return magnitude == 0 || std::bit_width(magnitude) - std::countr_zero(magnitude) <= 53;
+}
+
+// Whether a text is an integer that 64 bits do not hold, given that it is none that they do.
+bool is_large_integer(std::string_view text)
+{
+    if (text.starts_with('-')) text.remove_prefix(1);
+    return text.size() > 18 && std::ranges::all_of(text, is_digit);
 }
 
 // A time of no zone could be any.
@@ -62,7 +80,7 @@ std::optional<bool> value_from(std::string_view text, char)
 template <>
 std::optional<std::int64_t> value_from(std::string_view text, char)
 {
-    text = without_plus(without_blanks(text));
+    text = number_in(text);
     const std::optional<std::int64_t> value = parsed<std::int64_t>(text);
     // There is no negative zero among the integers.
     return value == 0 && text[0] == '-' ? std::nullopt : value;
@@ -71,13 +89,13 @@ std::optional<std::int64_t> value_from(std::string_view text, char)
 template <>
 std::optional<std::uint64_t> value_from(std::string_view text, char)
 {
-    return parsed<std::uint64_t>(without_plus(without_blanks(text)));
+    return parsed<std::uint64_t>(number_in(text));
 }
 
 template <>
 std::optional<double> value_from(std::string_view text, char decimal)
 {
-    text = without_plus(without_blanks(text));
+    text = number_in(text);
     if (decimal == '.') return parsed<double>(text);
     if (text.find('.') != std::string_view::npos) return std::nullopt;
     std::string with_point(text);
@@ -89,7 +107,7 @@ template <>
 std::optional<tdms::time> value_from(std::string_view text, char)
 {
     text = without_blanks(text);
-    if (text.empty() || text[0] < '0' || text[0] > '9' || !states_zone(text)) return std::nullopt;
+    if (text.empty() || !is_digit(text[0]) || !states_zone(text)) return std::nullopt;
     try {
         return time_from(std::string(text));
     } catch (const usage_error&) {
@@ -121,6 +139,7 @@ void csv_column_profile::take(std::string_view text)
     time_ = time_ && value_from<tdms::time>(text, '.');
     if ((!point_ && !comma_) || take_integer(text)) return;
     integer_ = false;
+    inexact_ = inexact_ || is_large_integer(number_in(text));
     point_ = point_ && value_from<double>(text, '.');
     comma_ = comma_ && value_from<double>(text, ',');
 }

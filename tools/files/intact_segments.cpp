@@ -119,7 +119,7 @@ std::uint64_t intact_segments::chain_across(std::uint64_t begin, std::uint64_t e
 // leads to another one.
 std::uint64_t intact_segments::end_of_damaged(std::uint64_t begin)
 {
-    std::uint64_t end = source_.end_by_lead_in(begin);
+    std::uint64_t end = source_.has_remains(begin) ? source_.end_by_lead_in(begin) : 0;
     if (end != 0 && source_.is_boundary(end)) return end;
     end = source_.end_by_metadata(begin);
     return spend(source_.effort()) && end != 0 && source_.is_boundary(end) ? end : 0;

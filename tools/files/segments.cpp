@@ -121,6 +121,18 @@ bool segment_source::is_boundary(std::uint64_t offset)
     return lead_in != nullptr && tdms_impl::check_lead_in(lead_in, left) == TDMS_OK;
 }
 
+bool segment_source::has_remains(std::uint64_t offset)
+{
+    constexpr std::size_t size = tdms_impl::lead_in_begin.size();
+    if (size_ - offset < size) return false;
+    const unsigned char* const there = ahead_.view(offset, size);
+    if (there == nullptr) return false;
+    for (std::size_t i = 0; i != size; i += 4) {
+        if (std::equal(there + i, there + i + 4, &tdms_impl::lead_in_begin[i])) return true;
+    }
+    return false;
+}
+
 std::uint64_t segment_source::end_by_lead_in(std::uint64_t offset)
 {
     if (size_ - offset < lead_in_size) return 0;

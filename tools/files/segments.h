@@ -37,6 +37,9 @@ class segment_source {
     /// Where a segment ends by its metadata, whatever its lead-in is; 0 if they are not sound.
     std::uint64_t end_by_metadata(std::uint64_t offset);
 
+    /// Whether anything of the tag, the table of contents and the version of a lead-in is there.
+    bool has_remains(std::uint64_t offset);
+
     /// Where the lead-in at an offset says that the segment ends; 0 if there is none.
     std::uint64_t end_by_lead_in(std::uint64_t offset);
 
