@@ -23,7 +23,7 @@ for file in groups foreign; do
     same out <(printf 'p/c,q/c\n7,8\n') "two groups of $file"
 done
 # What was saved without being staged is not in the file; the others keep their columns.
-status 0 ' c  *int32  *2$' "$tdms" info lost
+status 0 ' c  *int32  *2  2 lost$' "$tdms" info lost
 status 1 'lost: "g/c": 2 values lost' "$tdms" dump lost
 same out <(printf 'g/a,g/c,g/s\n1,2,say\000\n4,3,\n5,,\n') 'lost values, a zero byte'
 

@@ -171,6 +171,13 @@ void selected_channel::count_values()
     lost = channel.lost();
 }
 
+std::vector<selected_channel> channels_of(const tdms::group& g)
+{
+    std::vector<selected_channel> channels;
+    for (const tdms::channel& c : g.channels()) channels.emplace_back(g, c);
+    return channels;
+}
+
 std::vector<selected_channel> all_channels(const tdms::file& file)
 {
     std::vector<selected_channel> all;

@@ -45,7 +45,8 @@ struct selected_channel {
     bool named = false;   // itself, not by its group
 };
 
-/// All channels of a file.
+/// All channels of a group, or of a file.
+std::vector<selected_channel> channels_of(const tdms::group& g);
 std::vector<selected_channel> all_channels(const tdms::file& file);
 
 /// The channels that are wanted: each name is a GROUP/CHANNEL, or else a GROUP for all channels in
