@@ -16,20 +16,30 @@
 namespace tool {
 namespace {
 
-// Calls `use` for the bytes from `begin` to `end`, piece by piece.
-template <class Use>
-void for_each_piece(int from, std::uint64_t begin, std::uint64_t end, Use use)
-{
-    std::vector<char> bytes(1 << 20);
-    if (lseek(from, static_cast<off_t>(begin), SEEK_SET) < 0) throw system_failure("reading");
-    while (begin != end) {
-        const auto part = std::min<std::uint64_t>(bytes.size(), end - begin);
-        const std::size_t got = read_some(from, bytes.data(), part, "reading");
-        if (got == 0) throw failure("the file has become shorter");
-        begin += got;
-        use(std::string_view(bytes.data(), got), begin);
+// Reads ranges of a file, piece by piece.
+class piece_source {
+  public:
+    explicit piece_source(int file) : file_(file) {}
+
+    /// Calls `use(piece, end of it)` for the bytes from `begin` to `end`.
+    template <class Use>
+    void for_each(std::uint64_t begin, std::uint64_t end, Use use)
+    {
+        if (lseek(file_, static_cast<off_t>(begin), SEEK_SET) < 0) throw system_failure("reading");
+        while (begin != end) {
+            const std::uint64_t part = std::min(size, end - begin);
+            const std::size_t got = read_some(file_, bytes_.get(), part, "reading");
+            if (got == 0) throw failure("the file has become shorter");
+            begin += got;
+            use(std::string_view(bytes_.get(), got), begin);
+        }
     }
-}
+
+  private:
+    static constexpr std::uint64_t size = 1 << 20;
+    int file_;
+    std::unique_ptr<char[]> bytes_ = std::make_unique_for_overwrite<char[]>(size);
+};
 
 // What was kept, and what was not.
 class salvage_report {
@@ -66,7 +76,7 @@ class salvage_report {
             out.put("lost: " + count_of(range.end - range.begin, "byte") + " from offset " +
                     std::to_string(range.begin) + " to " + std::to_string(range.end) + ": " +
                     range.reason +
-                    (range.begin_is_certain ? "\n" : "; the segment before it may lack bytes\n"));
+                    (range.begin_is_certain ? "\n" : "; the segment before it may be damaged\n"));
         }
         if (ranges_ > lost_.size()) {
             out.put("lost: " + with_commas(ranges_ - lost_.size()) + " more ranges; in all " +
@@ -95,8 +105,9 @@ salvage_report copy_intact_segments(const input& from, new_file& to)
     intact_segments segments(from, at);
     std::uint64_t begin = 0;
     std::uint64_t end = 0;
+    piece_source pieces(from.file());
     const auto copy = [&] {
-        for_each_piece(from.file(), begin, end, [&](std::string_view bytes, std::uint64_t done) {
+        pieces.for_each(begin, end, [&](std::string_view bytes, std::uint64_t done) {
             to.write(bytes);
             at(done);
         });
@@ -128,11 +139,12 @@ void put_on_standard_output(const std::string& path)
     if (file.get() < 0) throw system_failure("temporary file");
     const off_t size = lseek(file.get(), 0, SEEK_END);
     progress shown("writing", static_cast<std::uint64_t>(size));
-    for_each_piece(file.get(), 0, static_cast<std::uint64_t>(size),
-                   [&](std::string_view bytes, std::uint64_t done) {
-                       write_standard_output(bytes);
-                       shown.at(done);
-                   });
+    piece_source(file.get())
+        .for_each(0, static_cast<std::uint64_t>(size),
+                  [&](std::string_view bytes, std::uint64_t done) {
+                      write_standard_output(bytes);
+                      shown.at(done);
+                  });
 }
 
 std::uint64_t count_values(const tdms::file& file)

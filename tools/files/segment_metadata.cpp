@@ -29,6 +29,14 @@ std::string index_fault(const tdms_impl::raw_data_index& index, std::uint32_t ty
     return type == 0 || same_type ? "has a dimension other than 1: " : "changes its data type: ";
 }
 
+// Bytes that are no metadata can be an endless path.
+std::string quoted_begin(std::string_view path)
+{
+    constexpr std::size_t longest = 100;
+    const std::string quoted = in_quotes(path.substr(0, longest));
+    return path.size() > longest ? quoted + "..." : quoted;
+}
+
 }  // namespace
 
 int segment_metadata::read(std::span<const unsigned char> metadata, segment_facts& facts)
@@ -92,7 +100,7 @@ int segment_metadata::object(std::string_view path, tdms_impl::metadata_cursor& 
     if (!cursor.ok()) return TDMS_CHANNEL_READ;
     const tdms_impl::object_kind kind = tdms_impl::parse_object_path(path).kind;
     if (kind == tdms_impl::object_kind::invalid) {
-        return fail(TDMS_CHANNEL_READ, "has an invalid path: " + in_quotes(path));
+        return fail(TDMS_CHANNEL_READ, "has an invalid path: " + quoted_begin(path));
     }
     if (kind != tdms_impl::object_kind::channel) {
         if (tdms_impl::skip_index(cursor) != tdms_impl::index_none) stated_.sizes_known = false;
@@ -128,7 +136,7 @@ int segment_metadata::read_index(std::string_view path, tdms_impl::metadata_curs
     if (!cursor.ok()) return TDMS_CHANNEL_READ;
     const std::uint32_t type_before = known.data_type;
     if (const int status = tdms_impl::apply_index(index, known.data_type, known.chunk_count)) {
-        return fail(status, index_fault(index, type_before) + in_quotes(path));
+        return fail(status, index_fault(index, type_before) + quoted_begin(path));
     }
     tdms_impl::DataSize.at(known.data_type);
     if (index.form == tdms_impl::index_none) return TDMS_OK;

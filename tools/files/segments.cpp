@@ -145,12 +145,18 @@ std::uint64_t segment_source::end_by_lead_in(std::uint64_t offset)
 
 std::uint64_t segment_source::end_by_metadata(std::uint64_t offset)
 {
-    constexpr std::uint64_t most = 16 << 20;
-    effort_ = 0;
+    // Among lost bytes, what looks like longer metadata seldom is.
+    constexpr std::uint64_t most = 64 << 10;
     segment_facts facts{0, offset};
+    effort_ = lead_in_size;
     offset += lead_in_size;
     if (offset >= size_) return 0;
-    if (read_metadata(offset, std::min(size_ - offset, most), facts) != TDMS_OK) return 0;
+    const std::uint64_t count = std::min(size_ - offset, most);
+    const unsigned char* const bytes = window_.view(offset, count);
+    if (bytes == nullptr) return 0;
+    const int status = metadata_.read({bytes, count}, facts);
+    effort_ += metadata_.length();
+    if (status != TDMS_OK) return 0;
     metadata_.undo();
     offset += metadata_.length();
     const std::uint64_t raw = metadata_.stated_size();
