@@ -9,6 +9,7 @@
 #include "commands/commands.h"
 #include "console/output.h"
 #include "console/report.h"
+#include "console/text.h"
 #include "console/value_text.h"
 
 namespace tool {
@@ -17,6 +18,20 @@ namespace {
 constexpr const char* about_file = "The measurement file";
 constexpr const char* about_files = "The measurement files";
 constexpr const char* about_channels = "GROUP/CHANNEL, or GROUP for all in it; default: all";
+
+// @return what is wrong with a number of rows; empty if nothing is
+std::string count_in(const std::string& text)
+{
+    const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
+    return digits && !text.empty() ? "" : "not a number of rows: " + in_quotes(text);
+}
+
+std::string tolerance_in(const std::string& text)
+{
+    double value = 0;
+    const bool is_number = CLI::detail::lexical_cast(text, value);
+    return is_number && value >= 0 ? "" : "not a tolerance: " + in_quotes(text);
+}
 
 // The subcommands, and what becomes of their run.
 class command_line {
@@ -74,12 +89,14 @@ class command_line {
         CLI::App& command = *app_.add_subcommand("dump", "Print values as CSV");
         command.add_option("FILE", dump_.file, about_file)->required();
         command.add_option("CHANNEL", dump_.channels, about_channels);
-        command.add_option("--from", dump_.from, "The first row, counted from 0")
-            ->check(CLI::NonNegativeNumber);
-        command.add_option("--count", dump_.count, "How many rows at most")
-            ->check(CLI::NonNegativeNumber);
-        command.add_option("--since", dump_.since, "Rows from this time on: 2026-05-04T10:00:00Z");
-        command.add_option("--until", dump_.until, "Rows before this time");
+        CLI::Option* const from =
+            command.add_option("--from", dump_.from, "The first row, counted from 0")
+                ->check(count_in);
+        command.add_option("--count", dump_.count, "How many rows at most")->check(count_in);
+        command.add_option("--since", dump_.since, "Rows from this time on: 2026-05-04T10:00:00Z")
+            ->excludes(from);
+        CLI::Option* const until =
+            command.add_option("--until", dump_.until, "Rows before this time");
         command.add_flag("--time-first", dump_.time_first,
                          "Each group's times before its channels");
         command.add_flag("--units", dump_.units, "A second line with the units");
@@ -90,7 +107,8 @@ class command_line {
         CLI::Option* const target =
             command.add_option("-o,--output", dump_.target, "A file; else standard output");
         command.add_flag("--follow", dump_.follow, "Go on with what a recorder adds")
-            ->excludes(target);
+            ->excludes(target)
+            ->excludes(until);
         add_strict(command, dump_.strict);
         add_local(command);
         command.callback([this] { run_one(dump, dump_, dump_.file); });
@@ -148,10 +166,10 @@ class command_line {
         command.add_option("FILE", diff_.first, about_file)->required();
         command.add_option("OTHER", diff_.second, "Another one")->required();
         command.add_option("--tolerance", diff_.tolerance, "Numbers may differ by so much")
-            ->check(CLI::NonNegativeNumber);
+            ->check(tolerance_in);
         command
             .add_option("--relative", diff_.relative_tolerance, "Or by this share of the larger")
-            ->check(CLI::NonNegativeNumber);
+            ->check(tolerance_in);
         command.add_flag("-q,--quiet", diff_.quiet, "Only the exit status");
         add_local(command);
         command.callback([this] { all_well_ = diff(diff_); });

@@ -67,6 +67,9 @@ pair() { # FORM VALUE VALUE VALUE: one of g/c, two of g/d; the indexes, or those
     done
     le 4 "${@:2}"
 }
+for _ in {1..40}; do values 1 && values 1 2; done >alternating.tdms
+status 0 '^ +51-80 .* various .* 45  intact$' "$tdms" check alternating.tdms
+
 damaged() { "$@" | sed s/TDSm/XXXX/; }
 # A segment with a string, the bytes of another file.
 values 666 >inner && size=$(stat -c %s inner)

@@ -100,6 +100,9 @@ for more in 1 28 $((28 + metadata)) $((27 + metadata + raw)); do
     done
 done
 
+# A clock that was set back.
+for second in 1 2 3 0 4; do echo "2024-02-01T00:00:0${second}Z"; done | sed '1i g/time' | "$tdms" convert - -o back.tdms
+
 # Nothing is written that is not complete, and never over the file itself.
 ln -s record.tdms record.svg && mkdir empty
 each_status <<'END'
@@ -112,8 +115,13 @@ each_status <<'END'
 2|no channel or group "System/cpu.idle"; did you mean "system/cpu idle"|dump record.tdms System/cpu.idle
 2|no channel or group "load"; did you mean "system/load"|dump record.tdms load
 2|Try .tdms dump --help|dump record.tdms load
-2|--from|dump record.tdms --from x
-2|--count|dump record.tdms --count -1
+2|^tdms: --from: not a number of rows: "x"$|dump record.tdms --from x
+2|^tdms: --count: not a number of rows: "-1"$|dump record.tdms --count -1
+2|--from excludes --since|dump record.tdms --from 1 --since 2024-02-01
+2|--until excludes --follow|dump record.tdms --until 2024-02-01 --follow
+2|no time: "2024-02-01T24:30Z"|dump record.tdms --until 2024-02-01T24:30Z
+2|no separator: ""|dump record.tdms --separator ""
+1|"g/time": the times do not ascend|dump back.tdms --since 2024-02-01
 2|no time: "2024-02-30"|dump record.tdms --since 2024-02-30
 2|no separator: "--"|dump record.tdms --separator --
 2|must be another|dump record.tdms --decimal-comma --separator ,

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <optional>
 
 #include "commands/commands.h"
 #include "console/output.h"
@@ -13,7 +12,8 @@
 namespace tool {
 namespace {
 
-// A table of segments, in which consecutive ones that are alike share a line.
+// A table of segments, in which consecutive ones that are alike share a line. After the first lines
+// all intact ones do, so that it can be looked at.
 class segment_table {
   public:
     explicit segment_table(output& out) : out_(out)
@@ -25,38 +25,45 @@ class segment_table {
 
     void add(const segment_facts& s)
     {
-        if (!last_ || !are_alike(*last_, s)) {
+        const numbers_of_segment numbers{s.metadata_length, s.raw_length, s.objects,
+                                         s.properties,      s.channels,   s.values};
+        const bool same_state = std::string_view(first_.state) == s.state;
+        const bool alike = same_state && (numbers == numbers_ || lines_ >= most_lines);
+        if (first_.number == 0 || !alike) {
             put_run();
             first_ = s;
+            numbers_ = numbers;
         }
-        last_ = s;
+        for (std::size_t i = 0; i != numbers.size(); ++i) {
+            same_[i] = same_[i] && numbers[i] == numbers_[i];
+        }
+        last_number_ = s.number;
+        all_values_ += s.values;
     }
 
     /// Completes the table.
     void put_run()
     {
-        if (!last_) return;
-        const segment_facts& s = *last_;
-        const auto known = [&s](std::uint64_t number) {
-            return s.metadata_length == 0 ? "-" : std::to_string(number);
-        };
-        std::string numbers = std::to_string(first_.number);
-        if (s.number != first_.number) numbers.append("-").append(std::to_string(s.number));
-        const std::uint64_t count = s.number - first_.number + 1;
-        put_line({numbers, std::to_string(first_.offset), known(s.metadata_length),
-                  known(s.raw_length), known(s.objects), known(s.properties), known(s.channels),
-                  known(s.values), known(count * s.values)},
-                 s.state);
-        last_.reset();
+        if (first_.number == 0) return;
+        std::string segments = std::to_string(first_.number);
+        if (last_number_ != first_.number)
+            segments.append("-").append(std::to_string(last_number_));
+        std::array<std::string, 9> fields{segments, std::to_string(first_.offset)};
+        const bool known = first_.metadata_length != 0;
+        for (std::size_t i = 0; i != numbers_.size(); ++i) {
+            fields[2 + i] = !known ? "-" : same_[i] ? std::to_string(numbers_[i]) : "various";
+        }
+        fields.back() = known ? std::to_string(all_values_) : "-";
+        put_line(fields, first_.state);
+        ++lines_;
+        first_ = {};
+        same_.fill(true);
+        all_values_ = 0;
     }
 
   private:
-    static bool are_alike(const segment_facts& a, const segment_facts& b)
-    {
-        return a.metadata_length == b.metadata_length && a.raw_length == b.raw_length &&
-               a.objects == b.objects && a.properties == b.properties && a.channels == b.channels &&
-               a.values == b.values && std::string_view(a.state) == b.state;
-    }
+    using numbers_of_segment = std::array<std::uint64_t, 6>;
+    static constexpr unsigned most_lines = 50;
 
     void put_line(const std::array<std::string, 9>& fields, std::string_view state)
     {
@@ -73,8 +80,13 @@ class segment_table {
     }
 
     output& out_;
+    unsigned lines_ = 0;
+    // The run of segments that is not yet put; none if the first one has no number.
     segment_facts first_{};
-    std::optional<segment_facts> last_;
+    numbers_of_segment numbers_{};  // of the first one
+    std::array<bool, 6> same_{true, true, true, true, true, true};
+    std::uint64_t last_number_ = 0;
+    std::uint64_t all_values_ = 0;
 };
 
 // Whether all strings of a channel are where its tables say.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <new>
+#include <optional>
 #include <string>
 #include <tdms.hpp>
 #include <vector>
@@ -33,7 +34,7 @@ struct dump_options {
     std::string until;
     bool time_first = false;
     bool units = false;
-    std::string separator;  // empty for a comma, or a semicolon with decimal commas
+    std::optional<std::string> separator;  // else a comma, or a semicolon with decimal commas
     bool decimal_comma = false;
     bool crlf = false;
     bool follow = false;

@@ -46,10 +46,11 @@ bool to_hdf5(const convert_options& wanted)
     const input from(wanted.source);
     from.reject_as_target(wanted.target);
     const tdms::file file = open_intact(from);
+    const bool complete = report_rest(wanted.source, from, file, wanted.strict);
     new_file target(wanted.target);
     const bool all_values = export_hdf5(wanted.source, file, target.path(), wanted.target);
     target.commit();
-    return report_rest(wanted.source, from, file, wanted.strict) && all_values;
+    return complete && all_values;
 }
 
 bool from_csv(const convert_options& wanted)

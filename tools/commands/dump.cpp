@@ -20,8 +20,8 @@ csv_format format_of(const dump_options& wanted)
     constexpr std::string_view in_values = "\"\r\n+-.0123456789";
     csv_format format{wanted.decimal_comma ? ';' : ',', wanted.decimal_comma,
                       wanted.crlf ? "\r\n" : "\n"};
-    if (wanted.separator.empty()) return format;
-    const std::string separator = wanted.separator == "\\t" ? "\t" : wanted.separator;
+    if (!wanted.separator) return format;
+    const std::string separator = *wanted.separator == "\\t" ? "\t" : *wanted.separator;
     if (separator.size() != 1 || in_values.find(separator) != std::string_view::npos) {
         throw usage_error("no separator: " + in_quotes(separator));
     }
@@ -97,7 +97,18 @@ class dump_plan {
         }
         if (since_) rows.first = row_at(*rows.times, *since_);
         if (until_) rows.end = row_at(*rows.times, *until_);
+        if (since_ || until_) check_order(rows);
         return rows;
+    }
+
+    // Rows are found by halving, which other times mislead.
+    void check_order(const group_rows& rows) const
+    {
+        const std::uint64_t end = std::min(rows.end, rows.times->count);
+        const std::uint64_t left = end - std::min(rows.first, end);
+        if (ascend(*rows.times, rows.first, rows.first + std::min(left, wanted_.count))) return;
+        throw failure(in_quotes(rows.times->name()) +
+                      ": the times do not ascend; choose rows by --from and --count");
     }
 
     const dump_options& wanted_;
@@ -133,6 +144,11 @@ class dump_command {
     {
         tdms::file file = open_intact(from_);
         if (wanted_.follow) wait_for_channels(file);
+        // After damage nothing can be followed.
+        const bool is_sound = wanted_.follow
+                                  ? report_damage(wanted_.file, from_, file)
+                                  : report_rest(wanted_.file, from_, file, wanted_.strict);
+        if (!is_sound) all_well_ = false;
         csv_table table(out, format, dump_plan(file, wanted_).sources);
         for (const csv_source& s : table.sources()) {
             if (s.from.lost != 0) complain(s.from, lost_values(s.from));
@@ -141,16 +157,13 @@ class dump_command {
         if (wanted_.units) table.put_units();
         std::uint64_t left = wanted_.count;
         put_rows(table, left);
-        while (wanted_.follow && left != 0) {
+        while (wanted_.follow && is_sound && left != 0) {
             out.flush();
             wait();
             refresh(file, table);
             put_rows(table, left);
         }
         out.flush();
-        if (!wanted_.follow && !report_rest(wanted_.file, from_, file, wanted_.strict)) {
-            all_well_ = false;
-        }
     }
 
     void put_rows(csv_table& table, std::uint64_t& left)

@@ -1,10 +1,12 @@
 #include "files/group_times.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
 #include <cmath>
 #include <ctime>
+#include <span>
 
 #include "console/report.h"
 #include "console/text.h"
@@ -77,6 +79,25 @@ std::int64_t local_offset(chrono::sys_seconds shown)
     return shown.time_since_epoch().count() - std::mktime(&fields);
 }
 
+// Takes times, and finds out whether they ascend.
+class order_check {
+  public:
+    bool read(const tdms::channel& times, std::uint64_t first, std::uint64_t count)
+    {
+        const std::span<tdms::time> piece(piece_.data(), count);
+        times.read(first, piece);
+        const bool follows = piece.empty() || piece.front() >= last_;
+        if (!piece.empty()) last_ = piece.back();
+        return follows && std::ranges::is_sorted(piece);
+    }
+
+    static constexpr std::uint64_t most = 4096;  // times at once
+
+  private:
+    std::array<tdms::time, most> piece_{};
+    tdms::time last_ = tdms::time::min();
+};
+
 std::optional<tdms::time> parse(std::string_view text)
 {
     time_parser from(text);
@@ -96,7 +117,7 @@ std::optional<tdms::time> parse(std::string_view text)
     const chrono::year_month_day date{chrono::year(year), chrono::month(unsigned(month)),
                                       chrono::day(unsigned(day))};
     // Years that nanoseconds in 64 bits reach in full.
-    if (!date.ok() || year < 1678 || year > 2261 || hour > 24 || minute > 59 || second > 60) {
+    if (!date.ok() || year < 1678 || year > 2261 || hour > 23 || minute > 59 || second > 59) {
         return std::nullopt;
     }
     const chrono::sys_seconds shown = chrono::sys_days(date) + chrono::hours(hour) +
@@ -108,6 +129,7 @@ std::optional<tdms::time> parse(std::string_view text)
         from.take(':');
         minute = 0;
         if (!from.at_end() && !from.take(minute, 2)) return std::nullopt;
+        if (hour > 23 || minute > 59) return std::nullopt;
         offset = (west ? -1 : 1) * (3600 * hour + 60 * minute);
     } else if (!from.take('Z')) {
         offset = times_are_local() ? local_offset(shown) : 0;
@@ -164,6 +186,28 @@ std::uint64_t row_at(const selected_channel& times, tdms::time time)
         }
     }
     return low;
+}
+
+bool ascend(const selected_channel& times, std::uint64_t first, std::uint64_t end)
+{
+    constexpr std::uint64_t samples = 64;
+    const std::uint64_t step = times.count / samples;
+    const std::uint64_t size = std::min(step, samples);
+    order_check sampled;
+    for (std::uint64_t i = 0; step > samples && i != samples; ++i) {
+        if (!sampled.read(times.channel, i * step, size)) return false;
+    }
+    if (step <= samples) {  // few enough for all
+        first = 0;
+        end = times.count;
+    }
+    order_check all;
+    while (first < end) {
+        const std::uint64_t count = std::min(order_check::most, end - first);
+        if (!all.read(times.channel, first, count)) return false;
+        first += count;
+    }
+    return true;
 }
 
 tdms::time time_from(const std::string& text)

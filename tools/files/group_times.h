@@ -21,6 +21,9 @@ std::optional<double> sampling_rate_of(const selected_channel& c);
 /// The number of the first time that is not before `time`, for times that ascend; reads only some.
 std::uint64_t row_at(const selected_channel& times, tdms::time time);
 
+/// Whether times ascend from one number to another, and in samples of all others.
+bool ascend(const selected_channel& times, std::uint64_t first, std::uint64_t end);
+
 /// A time in ISO 8601 format, or only its date; without an offset in the zone that times are shown
 /// in. Throws a usage_error.
 tdms::time time_from(const std::string& text);

@@ -35,19 +35,23 @@ std::string similar_name(const tdms::file& file, std::string_view name)
 {
     std::string best;
     std::size_t least = std::max<std::size_t>(name.size() / 3, 2) + 1;
-    const auto consider = [&](const std::string& candidate, std::size_t distance) {
+    const auto consider = [&](const std::string& candidate, std::string_view own) {
+        const bool is_begin = candidate.starts_with(name) || own.starts_with(name);
+        const std::size_t distance = own == name ? 0
+                                     : is_begin  ? 1
+                                                 : edit_distance(name, candidate);
         if (distance >= least) return;
         least = distance;
         best = candidate;
     };
     for (const tdms::group& g : file.groups()) {
         const std::string group = g.name();
-        consider(group, edit_distance(name, group));
+        consider(group, group);
         for (const tdms::channel& c : g.channels()) {
             const std::string own = c.name();
             std::string full = group + '/';
             full.append(own);
-            consider(full, own == name ? 0 : edit_distance(name, full));
+            consider(full, own);
         }
     }
     return best;
@@ -143,17 +147,22 @@ tdms::file open_intact(const input& from)
     }
 }
 
+bool report_damage(const std::string& name, const input& from, const tdms::file& file)
+{
+    if (file.rest() == 0) return true;
+    const intact_part intact = walk_file(from, [](const segment_facts&) {});
+    if (intact.end != file_end::damaged) return true;
+    report(name, intact.fault + "; the last " + count_of(file.rest(), "byte") +
+                     " are not shown; see tdms salvage");
+    return false;
+}
+
 bool report_rest(const std::string& name, const input& from, const tdms::file& file,
                  bool must_be_complete)
 {
     if (file.rest() == 0) return true;
-    const intact_part intact = walk_file(from, [](const segment_facts&) {});
-    const std::string rest = count_of(file.rest(), "byte");
-    if (intact.end == file_end::damaged) {
-        report(name, intact.fault + "; the last " + rest + " are not shown; see tdms salvage");
-        return false;
-    }
-    report(name, "the last " + rest + (file.rest() == 1 ? " is" : " are") +
+    if (!report_damage(name, from, file)) return false;
+    report(name, "the last " + count_of(file.rest(), "byte") + (file.rest() == 1 ? " is" : " are") +
                      " not a complete segment: being recorded, or cut short; see tdms salvage");
     return !must_be_complete;
 }

@@ -21,6 +21,10 @@ int type_of(const tdms::property_value& value);
 /// Opens what is intact of a file.
 tdms::file open_intact(const input& from);
 
+/// Reports the damage that follows the intact segments, if any does.
+/// @return whether there is none
+bool report_damage(const std::string& name, const input& from, const tdms::file& file);
+
 /// Reports what follows the intact segments, if anything does: a segment that is not complete, or
 /// damage.
 /// @return false if that is damage, or if the file is required to be complete

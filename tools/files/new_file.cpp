@@ -83,8 +83,7 @@ new_file::new_file(const std::string& target) : target_(without_links(target))
     mode_t mode = 0666 & ~mask;
     struct stat facts {};
     if (stat(target_.c_str(), &facts) == 0) {
-        errno = S_ISDIR(facts.st_mode) ? EISDIR : EEXIST;
-        if (!S_ISREG(facts.st_mode)) cannot_be_written();
+        if (!S_ISREG(facts.st_mode)) throw failure(in_quotes(target_) + " is not a regular file");
         mode = facts.st_mode & 0777;
     } else if (errno != ENOENT) {
         cannot_be_written();

@@ -180,14 +180,28 @@ class number_statistics {
     moments moments_;
 };
 
+// All nanoseconds that there are do not fit in a signed number.
+std::uint64_t nanoseconds_between(tdms::time first, tdms::time last)
+{
+    const auto count = [](tdms::time time) {
+        return static_cast<std::uint64_t>(time.time_since_epoch().count());
+    };
+    return count(last) - count(first);
+}
+
 class time_statistics {
   public:
     void add(std::span<const tdms::time> piece)
     {
+        if (low_ > high_ && !piece.empty()) before_ = piece.front();
         for (const tdms::time each : piece) {
             low_ = std::min(low_, each);
             high_ = std::max(high_, each);
-            ascending_ = ascending_ && each >= before_;
+            if (each < before_) {
+                ascending_ = false;
+            } else {
+                step_ = std::max(step_, nanoseconds_between(before_, each));
+            }
             before_ = each;
         }
     }
@@ -195,6 +209,7 @@ class time_statistics {
     void put(channel_statistics& to) const
     {
         to.ascending = ascending_;
+        to.largest_step = static_cast<double>(step_) / 1e9;
         if (low_ > high_) return;
         to.minimum = low_;
         to.maximum = high_;
@@ -203,8 +218,9 @@ class time_statistics {
   private:
     tdms::time low_ = tdms::time::max();
     tdms::time high_ = tdms::time::min();
-    tdms::time before_ = tdms::time::min();
+    tdms::time before_;
     bool ascending_ = true;
+    std::uint64_t step_ = 0;
 };
 
 class string_statistics {
@@ -272,8 +288,12 @@ group_statistics statistics_of(const tdms::group& g, progress& shown)
     for (const selected_channel& c : channels) {
         const channel_statistics& found = result.channels.emplace_back(statistics_of(c, shown));
         if (!times || c.channel != times->channel || !found.failure.empty()) continue;
-        result.times = {c.channel.name(), c.count, std::get<tdms::time>(found.minimum),
-                        std::get<tdms::time>(found.maximum), found.ascending};
+        result.times = {c.channel.name(),
+                        c.count,
+                        std::get<tdms::time>(found.minimum),
+                        std::get<tdms::time>(found.maximum),
+                        found.ascending,
+                        found.largest_step};
     }
     return result;
 }
@@ -282,11 +302,7 @@ group_statistics statistics_of(const tdms::group& g, progress& shown)
 
 double seconds_between(tdms::time first, tdms::time last)
 {
-    // All nanoseconds that there are do not fit in a signed number.
-    const auto count = [](tdms::time time) {
-        return static_cast<std::uint64_t>(time.time_since_epoch().count());
-    };
-    return static_cast<double>(count(last) - count(first)) / 1e9;
+    return static_cast<double>(nanoseconds_between(first, last)) / 1e9;
 }
 
 double sample_times::duration() const
@@ -298,6 +314,12 @@ std::optional<double> sample_times::rate() const
 {
     if (!ascending || first == last) return std::nullopt;
     return static_cast<double>(count - 1) / duration();
+}
+
+bool sample_times::is_even() const
+{
+    constexpr double most = 1.5;
+    return count < 2 || largest_step <= most * duration() / static_cast<double>(count - 1);
 }
 
 file_statistics statistics_of(const input& from, const tdms::file& file)

@@ -20,6 +20,7 @@ struct channel_statistics {
     std::optional<double> mean;       // of numbers; of bool the share of true
     std::optional<double> deviation;  // the standard deviation of a sample, by n - 1
     bool ascending = true;            // of times
+    double largest_step = 0;          // between times, in seconds
     std::string failure;              // why the values cannot be read; empty if they can
 };
 
@@ -27,14 +28,18 @@ struct channel_statistics {
 struct sample_times {
     double duration() const;
 
-    /// The samples per second; nothing if the times do not tell.
+    /// The samples per second on average; nothing if the times do not tell.
     std::optional<double> rate() const;
+
+    /// Whether all steps between times are about as long as the average.
+    bool is_even() const;
 
     std::string channel;
     std::uint64_t count;
     tdms::time first;
     tdms::time last;
     bool ascending;
+    double largest_step;  // in seconds
 };
 
 struct group_statistics {

@@ -66,6 +66,7 @@ void put_json_statistics(json_writer& to, const group_statistics& s)
     put_json_value(to, "last", s.times->last);
     to.put("duration", s.times->duration());
     put_json_number(to, "sampling_rate", s.times->rate());
+    to.put("largest_step", s.times->largest_step);
     to.close('}');
 }
 

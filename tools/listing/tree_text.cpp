@@ -130,7 +130,10 @@ std::string times_text(const sample_times& times)
     const std::string duration = duration_text(times.duration());
     if (!times.ascending) return duration + ", but the times do not ascend";
     const std::optional<double> rate = times.rate();
-    return rate ? duration + " at " + short_number(*rate, 7) + " Hz" : duration;
+    if (!rate) return duration;
+    const std::string text = duration + " at " + short_number(*rate, 7) + " Hz";
+    if (times.is_even()) return text;
+    return text + " on average, with steps up to " + duration_text(times.largest_step);
 }
 
 // A table of what the values of channels are like. Of those that are no numbers there is a text.
