@@ -76,6 +76,8 @@ set(TDMS_development_EXAMPLES installed/c installed/cpp programs)
 set(TDMS_python_PAGES languages cluster)
 set(TDMS_python_EXAMPLES installed/python/ cluster)
 tdms_install_documents(development libtdms-dev)
+install(FILES examples/record.c examples/summary.c
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libtdms-dev/examples COMPONENT development EXCLUDE_FROM_ALL)
 tdms_install_documents(python python3-tdms)
 
 # Every package carries its copyright and its changes.

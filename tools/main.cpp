@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <csignal>
 #include <ctime>
 #include <sstream>
@@ -26,11 +27,17 @@ std::string count_in(const std::string& text)
     return digits && !text.empty() ? "" : "not a number of rows: " + in_quotes(text);
 }
 
+std::string any_text_in(const std::string& text)
+{
+    return text.empty() ? "must not be empty" : "";
+}
+
 std::string tolerance_in(const std::string& text)
 {
     double value = 0;
     const bool is_number = CLI::detail::lexical_cast(text, value);
-    return is_number && value >= 0 ? "" : "not a tolerance: " + in_quotes(text);
+    return is_number && value >= 0 && std::isfinite(value) ? ""
+                                                           : "not a tolerance: " + in_quotes(text);
 }
 
 // The subcommands, and what becomes of their run.
@@ -94,9 +101,10 @@ class command_line {
                 ->check(count_in);
         command.add_option("--count", dump_.count, "How many rows at most")->check(count_in);
         command.add_option("--since", dump_.since, "Rows from this time on: 2026-05-04T10:00:00Z")
+            ->check(any_text_in)
             ->excludes(from);
         CLI::Option* const until =
-            command.add_option("--until", dump_.until, "Rows before this time");
+            command.add_option("--until", dump_.until, "Rows before this time")->check(any_text_in);
         command.add_flag("--time-first", dump_.time_first,
                          "Each group's times before its channels");
         command.add_flag("--units", dump_.units, "A second line with the units");
@@ -105,7 +113,8 @@ class command_line {
                          "Numbers like 0,5; then the separator is ;");
         command.add_flag("--crlf", dump_.crlf, "End lines with CR LF");
         CLI::Option* const target =
-            command.add_option("-o,--output", dump_.target, "A file; else standard output");
+            command.add_option("-o,--output", dump_.target, "A file; else standard output")
+                ->check(any_text_in);
         command.add_flag("--follow", dump_.follow, "Go on with what a recorder adds")
             ->excludes(target)
             ->excludes(until);
@@ -119,8 +128,10 @@ class command_line {
         CLI::App& command = *app_.add_subcommand("plot", "Draw channels");
         command.add_option("FILE", plot_.file, about_file)->required();
         command.add_option("CHANNEL", plot_.channels, about_channels);
-        CLI::Option* const target = command.add_option(
-            "-o,--output", plot_.target, "A picture, .svg or .png; else the terminal");
+        CLI::Option* const target = command
+                                        .add_option("-o,--output", plot_.target,
+                                                    "A picture, .svg or .png; else the terminal")
+                                        ->check(any_text_in);
         command.add_option("--size", plot_.size, "Of the picture in pixels, such as 1200x800")
             ->needs(target);
         command.add_flag("--follow", plot_.follow, "Go on with what a recorder adds")
@@ -144,7 +155,9 @@ class command_line {
         CLI::App& command =
             *app_.add_subcommand("salvage", "Copy the intact segments of a damaged file");
         command.add_option("FILE", salvage_.file, about_file)->required();
-        command.add_option("-o,--output", salvage_.target, "The file to write, or -")->required();
+        command.add_option("-o,--output", salvage_.target, "The file to write, or -")
+            ->required()
+            ->check(any_text_in);
         command.callback([this] { run_one(salvage, salvage_, salvage_.file); });
     }
 
@@ -153,7 +166,8 @@ class command_line {
         CLI::App& command = *app_.add_subcommand("convert", "To HDF5 or CSV; from CSV to TDMS");
         command.add_option("FILE", convert_.source, "A measurement file, or .csv")->required();
         command.add_option("-o,--output", convert_.target, "A .h5, .hdf5, .csv or .tdms file")
-            ->required();
+            ->required()
+            ->check(any_text_in);
         command.add_flag("--units", convert_.units, "The second line of CSV is units");
         add_strict(command, convert_.strict);
         add_local(command);

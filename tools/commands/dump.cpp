@@ -1,14 +1,16 @@
-#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
+#include <utility>
 
 #include "commands/commands.h"
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/text.h"
 #include "files/csv_columns.h"
+#include "files/follower.h"
 #include "files/group_times.h"
 #include "files/new_file.h"
 
@@ -125,9 +127,6 @@ class dump_command {
     bool run()
     {
         const csv_format format = format_of(wanted_);
-        if (wanted_.follow && from_.is_copy()) {
-            throw usage_error("--follow needs a file, which can grow");
-        }
         if (wanted_.target.empty()) {
             put(output(), format);
         } else {
@@ -142,8 +141,10 @@ class dump_command {
   private:
     void put(output out, const csv_format& format)
     {
+        std::optional<follower> recorder;
+        if (wanted_.follow) recorder.emplace(from_);
         tdms::file file = open_intact(from_);
-        if (wanted_.follow) wait_for_channels(file);
+        if (recorder) wait_for_channels(file, *recorder);
         // After damage nothing can be followed.
         const bool is_sound = wanted_.follow
                                   ? report_damage(wanted_.file, from_, file)
@@ -157,13 +158,8 @@ class dump_command {
         if (wanted_.units) table.put_units();
         std::uint64_t left = wanted_.count;
         put_rows(table, left);
-        while (wanted_.follow && is_sound && left != 0) {
-            out.flush();
-            wait();
-            refresh(file, table);
-            put_rows(table, left);
-        }
         out.flush();
+        if (recorder && is_sound) follow(file, *recorder, table, out, left);
     }
 
     void put_rows(csv_table& table, std::uint64_t& left)
@@ -190,31 +186,40 @@ class dump_command {
         all_well_ = false;
     }
 
-    void wait_for_channels(tdms::file& file)
+    void wait_for_channels(tdms::file& file, follower& recorder)
     {
-        for (; all_channels(file).empty(); file.refresh()) wait();
-    }
-
-    // Until a recorder may have saved; throws when nobody reads the output any more.
-    static void wait()
-    {
-        constexpr int milliseconds = 100;
-        pollfd standard_output{STDOUT_FILENO, 0, 0};
-        poll(&standard_output, 1, milliseconds);
-        if ((standard_output.revents & POLLERR) != 0) throw closed_pipe{};
-    }
-
-    void refresh(tdms::file& file, csv_table& table) const
-    {
-        try {
-            file.refresh();
-        } catch (const tdms::error& e) {
-            if (e.status() != TDMS_FILE_READ) throw;
-            throw failure("the file has become shorter: it is recorded anew");
+        while (all_channels(file).empty()) {
+            follower::wait(pause);
+            recorder.refresh(file);
         }
-        table.count_values();
     }
 
+    // Goes on with what a recorder adds.
+    void follow(tdms::file& file, follower& recorder, csv_table& table, output& out,
+                std::uint64_t left)
+    {
+        std::size_t channels = count_channels(file);
+        while (left != 0) {
+            follower::wait(pause);
+            recorder.refresh(file);
+            table.count_values();
+            put_rows(table, left);
+            out.flush();
+            const std::size_t now = count_channels(file);
+            if (now != std::exchange(channels, now)) {
+                report(wanted_.file, "there are new channels; start again to see them");
+            }
+        }
+    }
+
+    static std::size_t count_channels(const tdms::file& file)
+    {
+        std::size_t count = 0;
+        for (const tdms::group& g : file.groups()) count += g.channels().size();
+        return count;
+    }
+
+    static constexpr std::chrono::milliseconds pause{100};
     const dump_options& wanted_;
     input from_;
     bool all_well_ = true;

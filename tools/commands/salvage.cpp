@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
 #include <vector>
 
@@ -125,14 +124,6 @@ salvage_report copy_intact_segments(const input& from, new_file& to)
     return kept;
 }
 
-// What goes to standard output is complete before that begins.
-std::string temporary_target()
-{
-    const char* const directory = std::getenv("TMPDIR");
-    const bool known = directory != nullptr && *directory != '\0';
-    return std::string(known ? directory : "/tmp") + "/salvaged.tdms";
-}
-
 void put_on_standard_output(const std::string& path)
 {
     const descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -166,7 +157,8 @@ bool salvage(const salvage_options& wanted)
     const bool to_standard_output = wanted.target == "-";
     const input from(wanted.file);
     from.reject_as_target(to_standard_output ? "/dev/stdout" : wanted.target);
-    new_file to(to_standard_output ? temporary_target() : wanted.target);
+    // What goes to standard output is complete before that begins.
+    new_file to = to_standard_output ? new_file::temporary() : new_file(wanted.target);
     const salvage_report kept = copy_intact_segments(from, to);
     if (kept.segments() == 0 && !kept.lost().empty()) {
         throw failure(walk_file(from, [](const segment_facts&) {}).fault +

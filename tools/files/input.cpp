@@ -18,9 +18,7 @@ namespace {
 
 descriptor temporary_file()
 {
-    const char* const directory = std::getenv("TMPDIR");
-    const bool known = directory != nullptr && *directory != '\0';
-    std::string path = std::string(known ? directory : "/tmp") + "/tdms-XXXXXX";
+    std::string path = temporary_directory() + "/tdms-XXXXXX";
     descriptor file(mkostemp(path.data(), O_CLOEXEC));
     if (file.get() < 0) throw system_failure("temporary file " + path);
     unlink(path.c_str());
@@ -64,7 +62,7 @@ void descriptor::close()
     if (number_ >= 0) ::close(release());
 }
 
-input::input(const std::string& name) : path_(name), file_(open_or_throw(name))
+input::input(const std::string& name) : name_(name), path_(name), file_(open_or_throw(name))
 {
     source_ = facts_of(file_);
     if (name == "-" || S_ISFIFO(source_.st_mode)) {
@@ -84,11 +82,20 @@ std::uint64_t input::size() const
 
 void input::reject_as_target(const std::string& target) const
 {
+    if (is_same(target)) throw usage_error("the output is the input file: " + in_quotes(target));
+}
+
+bool input::is_same(const std::string& name) const
+{
     struct stat facts {};
-    if (stat(target.c_str(), &facts) == 0 && facts.st_dev == source_.st_dev &&
-        facts.st_ino == source_.st_ino) {
-        throw usage_error("the output is the input file: " + in_quotes(target));
-    }
+    return stat(name.c_str(), &facts) == 0 && facts.st_dev == source_.st_dev &&
+           facts.st_ino == source_.st_ino;
+}
+
+std::string temporary_directory()
+{
+    const char* const directory = std::getenv("TMPDIR");
+    return directory != nullptr && *directory != '\0' ? directory : "/tmp";
 }
 
 std::size_t read_some(int file, char* bytes, std::size_t count, const std::string& what)

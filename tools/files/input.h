@@ -48,6 +48,9 @@ class input {
     /// Whether it is a temporary file, which no recorder adds to.
     bool is_copy() const { return is_copy_; }
 
+    /// Whether the name still means this file.
+    bool is_in_place() const { return is_same(name_); }
+
     /// The current size; the file may be growing.
     std::uint64_t size() const;
 
@@ -55,11 +58,17 @@ class input {
     void reject_as_target(const std::string& target) const;
 
   private:
+    bool is_same(const std::string& name) const;
+
     struct stat source_ {};
+    std::string name_;
     bool is_copy_ = false;
     std::string path_;
     descriptor file_;
 };
+
+/// Where temporary files are: TMPDIR, or /tmp.
+std::string temporary_directory();
 
 /// Reads up to `count` bytes, as many as there are; throws a failure about `what`.
 std::size_t read_some(int file, char* bytes, std::size_t count, const std::string& what);

@@ -89,6 +89,16 @@ new_file::new_file(const std::string& target) : target_(without_links(target))
         cannot_be_written();
     }
     path_ = std::filesystem::path(target_).replace_filename(".tdms-XXXXXX");
+    create(mode);
+}
+
+new_file::new_file() : target_(temporary_directory()), path_(target_ + "/.tdms-XXXXXX")
+{
+    create(0600);
+}
+
+void new_file::create(mode_t mode)
+{
     errno = ENAMETOOLONG;
     if (path_.size() >= path_to_remove.size()) cannot_be_written();
     file_ = descriptor(create_to_be_removed(path_));

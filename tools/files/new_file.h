@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 
@@ -15,6 +17,10 @@ class new_file {
     /// Throws a failure if nothing can be written beside the target, or something that is not a
     /// file is in its place. A target that is a symbolic link means what it points to.
     explicit new_file(const std::string& target);
+
+    /// One that is never committed.
+    static new_file temporary() { return new_file(); }
+
     ~new_file();
     new_file(const new_file&) = delete;
     new_file& operator=(const new_file&) = delete;
@@ -27,6 +33,8 @@ class new_file {
     void commit();
 
   private:
+    new_file();
+    void create(mode_t mode);
     [[noreturn]] void cannot_be_written() const;
 
     std::string target_;

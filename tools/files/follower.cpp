@@ -1,0 +1,35 @@
+#include "files/follower.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include "console/output.h"
+#include "console/report.h"
+
+namespace tool {
+
+follower::follower(const input& from) : from_(from)
+{
+    if (from.is_copy()) throw usage_error("--follow needs a file, which can grow");
+}
+
+void follower::refresh(tdms::file& file)
+{
+    if (is_gone_) throw failure("the file was replaced or removed");
+    is_gone_ = !from_.is_in_place();  // looked at first, so that its last save is taken in
+    try {
+        file.refresh();
+    } catch (const tdms::error& e) {
+        if (e.status() != TDMS_FILE_READ) throw;
+        throw failure("the file has become shorter: it is recorded anew");
+    }
+}
+
+void follower::wait(std::chrono::milliseconds time)
+{
+    pollfd standard_output{STDOUT_FILENO, 0, 0};
+    poll(&standard_output, 1, static_cast<int>(time.count()));
+    if ((standard_output.revents & POLLERR) != 0) throw closed_pipe{};
+}
+
+}  // namespace tool
