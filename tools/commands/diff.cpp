@@ -7,18 +7,16 @@
 #include <type_traits>
 
 #include "commands/commands.h"
+#include "comparison/difference_text.h"
+#include "comparison/tolerance.h"
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/short_number.h"
 #include "console/text.h"
-#include "console/value_text.h"
 #include "files/piece_reader.h"
 
 namespace tool {
 namespace {
-
-template <class T>
-constexpr bool is_number = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
 
 bool is_number_type(int type)
 {
@@ -50,94 +48,6 @@ auto read_from(const compared_file& in, Read read)
     }
 }
 
-// How far apart two numbers may be. In long double, which holds all integers of 64 bits.
-class tolerance {
-  public:
-    explicit tolerance(const diff_options& wanted)
-        : absolute_(wanted.tolerance), relative_(wanted.relative_tolerance)
-    {
-    }
-
-    bool is_exact() const { return absolute_ == 0 && relative_ == 0; }
-
-    /// Whether two values count as equal: NaN equals NaN, and an infinity only itself.
-    template <class T>
-    bool accepts(const T& a, const T& b) const
-    {
-        if (a == b) return true;
-        if constexpr (std::is_floating_point_v<T>) {
-            if (std::isnan(a) && std::isnan(b)) return true;
-        }
-        if constexpr (is_number<T>) return !is_exact() && is_near(a, b);
-        return false;
-    }
-
-  private:
-    bool is_near(long double a, long double b) const
-    {
-        if (!std::isfinite(a) || !std::isfinite(b)) return false;
-        const long double larger = std::max(std::abs(a), std::abs(b));
-        return std::abs(a - b) <= std::max(absolute_, relative_ * larger);
-    }
-
-    long double absolute_;
-    long double relative_;
-};
-
-// Two texts that differ, each with what precedes the difference left out if it is long.
-std::string excerpts(const std::string& a, const std::string& b)
-{
-    constexpr std::size_t longest = 60;
-    constexpr std::size_t before = 20;
-    std::size_t begin = 0;
-    if (std::max(width_of(printable(a)), width_of(printable(b))) > longest) {
-        const auto end = a.begin() + static_cast<std::ptrdiff_t>(std::min(a.size(), b.size()));
-        const auto first = std::mismatch(a.begin(), end, b.begin()).first;
-        const auto at = static_cast<std::size_t>(first - a.begin());
-        begin = at - std::min(at, before);
-        // Not within a character of UTF-8.
-        while (begin != 0 && (static_cast<unsigned char>(a[begin]) & 0xC0) == 0x80) --begin;
-    }
-    const auto excerpt = [begin](const std::string& of) {
-        return (begin == 0 ? "" : "…") + shortened(in_quotes(of.substr(begin)), longest);
-    };
-    return excerpt(a) + " and " + excerpt(b);
-}
-
-// Numbers of any type: the integers that are no double fit in 64 bits.
-std::string text_of_any(long double value)
-{
-    const auto rounded = static_cast<double>(value);
-    if (static_cast<long double>(rounded) == value || std::isnan(value)) return text_of(rounded);
-    return value < 0 ? text_of(static_cast<std::int64_t>(value))
-                     : text_of(static_cast<std::uint64_t>(value));
-}
-
-template <class T>
-std::string both(const T& a, const T& b)
-{
-    if constexpr (std::is_same_v<T, std::string>) {
-        return excerpts(a, b);
-    } else if constexpr (std::is_same_v<T, long double>) {
-        return text_of_any(a) + " and " + text_of_any(b);
-    } else {
-        return text_of(a) + " and " + text_of(b);
-    }
-}
-
-std::string with_type_name(const tdms::property_value& value)
-{
-    const auto text = []<class T>(const T& v) -> std::string {
-        if constexpr (std::is_same_v<T, std::monostate>)
-            return "";
-        else if constexpr (std::is_same_v<T, std::string>)
-            return ' ' + shortened(in_quotes(v), 60);
-        else
-            return ' ' + text_of(v);
-    };
-    return type_name(type_of(value)) + std::visit(text, value);
-}
-
 // Where the values of two channels differ.
 struct value_differences {
     std::uint64_t count = 0;
@@ -149,7 +59,7 @@ struct value_differences {
 class comparison {
   public:
     comparison(const diff_options& wanted, const compared_file& a, const compared_file& b)
-        : wanted_(wanted), tolerance_(wanted), a_(a), b_(b)
+        : wanted_(wanted), tolerance_(wanted.tolerance, wanted.relative_tolerance), a_(a), b_(b)
     {
     }
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <tdms.hpp>
+#include <type_traits>
+
+#include "console/value_text.h"
+
+namespace tool {
+
+/// Two strings that differ, each with what precedes the difference left out if it is long.
+std::string excerpts(const std::string& a, const std::string& b);
+
+/// A number of any type: the integers that are no double fit in 64 bits.
+std::string text_of_any(long double value);
+
+/// Two values that differ.
+template <class T>
+std::string both(const T& a, const T& b)
+{
+    if constexpr (std::is_same_v<T, std::string>) {
+        return excerpts(a, b);
+    } else if constexpr (std::is_same_v<T, long double>) {
+        return text_of_any(a) + " and " + text_of_any(b);
+    } else {
+        return text_of(a) + " and " + text_of(b);
+    }
+}
+
+/// A property's type and value.
+std::string with_type_name(const tdms::property_value& value);
+
+}  // namespace tool
