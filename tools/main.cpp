@@ -43,7 +43,7 @@ std::string tolerance_in(const std::string& text)
 // The subcommands, and what becomes of their run.
 class command_line {
   public:
-    command_line() : app_("Shows, converts, draws, checks and salvages TDMS files", "tdms")
+    command_line() : app_("Shows, converts, draws, compares, checks and salvages TDMS files", "tdms")
     {
         app_.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
         app_.require_subcommand(1);
@@ -132,7 +132,7 @@ class command_line {
                                         .add_option("-o,--output", plot_.target,
                                                     "A picture, .svg or .png; else the terminal")
                                         ->check(any_text_in);
-        command.add_option("--size", plot_.size, "Of the picture in pixels, such as 1200x800")
+        command.add_option("--size", plot_.size, "Size of the picture in pixels, such as 1200x800")
             ->needs(target);
         command.add_flag("--follow", plot_.follow, "Go on with what a recorder adds")
             ->excludes(target);
@@ -179,7 +179,7 @@ class command_line {
         CLI::App& command = *app_.add_subcommand("diff", "Report what differs between two files");
         command.add_option("FILE", diff_.first, about_file)->required();
         command.add_option("OTHER", diff_.second, "Another one")->required();
-        command.add_option("--tolerance", diff_.tolerance, "Numbers may differ by so much")
+        command.add_option("--tolerance", diff_.tolerance, "Numbers may differ by this much")
             ->check(tolerance_in);
         command
             .add_option("--relative", diff_.relative_tolerance, "Or by this share of the larger")

@@ -119,11 +119,11 @@ each_status <<'END'
 2|^tdms: --count: not a number of rows: "-1"$|dump record.tdms --count -1
 2|--from excludes --since|dump record.tdms --from 1 --since 2024-02-01
 2|--until excludes --follow|dump record.tdms --until 2024-02-01 --follow
-2|no time: "2024-02-01T24:30Z"|dump record.tdms --until 2024-02-01T24:30Z
-2|no separator: ""|dump record.tdms --separator ""
+2|not a time: "2024-02-01T24:30Z"|dump record.tdms --until 2024-02-01T24:30Z
+2|not a separator: ""|dump record.tdms --separator ""
 1|"g/time": the times do not ascend|dump back.tdms --since 2024-02-01
-2|no time: "2024-02-30"|dump record.tdms --since 2024-02-30
-2|no separator: "--"|dump record.tdms --separator --
+2|not a time: "2024-02-30"|dump record.tdms --since 2024-02-30
+2|not a separator: "--"|dump record.tdms --separator --
 2|must be another|dump record.tdms --decimal-comma --separator ,
 2|--follow needs a file|dump - --follow
 2|excludes|dump record.tdms --follow -o empty/rows.csv

@@ -25,7 +25,7 @@ csv_format format_of(const dump_options& wanted)
     if (!wanted.separator) return format;
     const std::string separator = *wanted.separator == "\\t" ? "\t" : *wanted.separator;
     if (separator.size() != 1 || in_values.find(separator) != std::string_view::npos) {
-        throw usage_error("no separator: " + in_quotes(separator));
+        throw usage_error("not a separator: " + in_quotes(separator));
     }
     if (wanted.decimal_comma && separator == ",") {
         throw usage_error("where numbers have a comma, the separator must be another");

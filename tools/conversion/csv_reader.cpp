@@ -101,7 +101,7 @@ void csv_reader::fail(const std::string& message) const
     throw failure("line " + with_commas(line_) + ": " + message);
 }
 
-// Reads more behind what is not yet split. @return false if there is no more
+// Reads more after what is not yet split. @return false if there is no more
 bool csv_reader::fill()
 {
     if (at_end()) return false;

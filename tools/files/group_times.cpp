@@ -39,7 +39,7 @@ class time_parser {
         return true;
     }
 
-    // The digits after a decimal point, of which those behind the ninth count for nothing.
+    // The digits after a decimal point, of which those after the ninth are ignored.
     bool take_fraction(std::int64_t& nanoseconds)
     {
         std::int64_t unit = 100000000;
@@ -213,7 +213,7 @@ bool ascend(const selected_channel& times, std::uint64_t first, std::uint64_t en
 tdms::time time_from(const std::string& text)
 {
     if (const std::optional<tdms::time> time = parse(text)) return *time;
-    throw usage_error("no time: " + in_quotes(text) +
+    throw usage_error("not a time: " + in_quotes(text) +
                       "; times are such as 2026-05-04T10:00:00Z, or 2026-05-04");
 }
 

@@ -16,7 +16,7 @@ namespace tool {
 template <class T>
 class piece_reader {
   public:
-    /// @param shown is told the bytes that the values take in the file
+    /// @param shown receives the bytes that the values take in the file
     piece_reader(const tdms::channel& from, progress& shown) : from_(from), shown_(shown) {}
 
     /// How many values a piece may have now. How long the next strings are is not known.

@@ -28,7 +28,7 @@ struct channel_statistics {
 struct sample_times {
     double duration() const;
 
-    /// The samples per second on average; nothing if the times do not tell.
+    /// The samples per second on average; none if the times do not determine it.
     std::optional<double> rate() const;
 
     /// Whether all steps between times are about as long as the average.
