@@ -16,6 +16,6 @@ cat <<'END'
 The next three commands to try:
 
     build/demo/tools/tdms plot build/demo/record.tdms system -o build/demo/record.png
-    build/demo/tools/tdms dump build/demo/record.tdms --time-first --count 5
+    build/demo/tools/tdms dump build/demo/record.tdms "system/cpu user" system/load --time-first --count 5
     build/demo/tools/tdms info --stats build/demo/record.tdms
 END

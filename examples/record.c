@@ -216,7 +216,7 @@ int main(int argc, char** argv)
     const double rate = argc > 3 ? atof(argv[3]) : 50;
     struct recording r = {argc > 1 ? argv[1] : "record.tdms", NULL, NULL, NULL, NULL, {NULL}};
     int status;
-    if (argc > 4 || !(seconds > 0) || !(rate > 0) || !(rate <= HIGHEST_RATE)) {
+    if (argc > 4 || r.path[0] == '-' || !(seconds > 0) || !(rate > 0) || !(rate <= HIGHEST_RATE)) {
         fprintf(stderr, "usage: record [FILE [SECONDS [RATE]]], RATE at most %d a second\n",
                 HIGHEST_RATE);
         return 2;

@@ -76,7 +76,7 @@ done <<'END'
 1|line 4: a quote is not closed|a,b\n"x\n",1\n"y
 1|two columns are named "data/a"|a,data/a\n1,2\n
 1|cannot have a slash: "g/a/b"|g/a/b\n1\n
-1|line 2: a zero byte|a\nx\0y\n
+1|it has zero bytes|a\nx\0y\n
 1|column 2 has values and no name|a,\n1,2\n
 2|TDMS already|TDSm
 END

@@ -101,7 +101,7 @@ for more in 1 28 $((28 + metadata)) $((27 + metadata + raw)); do
 done
 
 # A clock that was set back.
-for second in 1 2 3 0 4; do echo "2024-02-01T00:00:0${second}Z"; done | sed '1i g/time' | "$tdms" convert - -o back.tdms
+for second in 1 2 3 0 4; do echo "2024-02-01T00:00:0${second}Z"; done | sed '1i g/time' | "$tdms" convert - -o back.tdms >out
 
 # Nothing is written that is not complete, and never over the file itself.
 ln -s record.tdms record.svg && mkdir empty

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "commands/commands.h"
+#include "console/output.h"
 #include "console/text.h"
 #include "conversion/csv_import.h"
 #include "conversion/hdf5_export.h"
@@ -61,8 +62,12 @@ bool from_csv(const convert_options& wanted)
         throw usage_error("the input is TDMS already; to a .tdms file only CSV is converted");
     }
     new_file target(wanted.target);
-    import_csv(from, wanted.source, wanted.units, target.path(), wanted.target);
+    const std::string summary =
+        import_csv(from, wanted.source, wanted.units, target.path(), wanted.target);
     target.commit();
+    output out;
+    out.put(printable(wanted.target) + ": " + summary + '\n');
+    out.flush();
     return true;
 }
 

@@ -159,6 +159,9 @@ class dump_command {
         std::uint64_t left = wanted_.count;
         put_rows(table, left);
         out.flush();
+        if (!recorder && left != 0 && left == wanted_.count && table.has_values()) {
+            report(wanted_.file, "no values in these rows");
+        }
         if (recorder && is_sound) follow(file, *recorder, table, out, left);
     }
 

@@ -1,18 +1,23 @@
 #include "conversion/csv_import.h"
 
+#include <algorithm>
 #include <limits>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <system_error>
 #include <tdms.hpp>
+#include <utility>
 #include <vector>
 
 #include "console/progress.h"
 #include "console/report.h"
 #include "console/text.h"
+#include "console/value_text.h"
 #include "conversion/csv_reader.h"
 #include "conversion/csv_values.h"
+#include "files/measurement_file.h"
 
 namespace tool {
 namespace {
@@ -109,6 +114,27 @@ class csv_import {
         find_types();
     }
 
+    /// What there is: "2 channels (1 double, 1 timestamp), 1,000 rows".
+    std::string summary() const
+    {
+        std::map<std::string, std::uint64_t> types;
+        std::uint64_t rows = 0;
+        std::uint64_t channels = 0;
+        for (const planned_column& c : columns_) {
+            if (!c.has_name()) continue;
+            ++channels;
+            ++types[type_name(c.profile.type())];
+            rows = std::max(rows, c.profile.count());
+        }
+        std::string text = count_of(channels, "channel");
+        const char* before = " (";
+        for (const auto& [type, count] : types) {
+            text.append(std::exchange(before, ", ")).append(with_commas(count));
+            text.append(" ").append(type);
+        }
+        return text.append("), ").append(count_of(rows, "row"));
+    }
+
     void write(const std::string& path)
     {
         tdms::file file(path, "w");
@@ -166,9 +192,14 @@ class csv_import {
             }
         }
         for (const planned_column& c : columns_) {
-            if (!c.profile.is_rounded()) continue;
-            report(name_, c.name() + ": integers beyond 2^53 are rounded, as " +
-                              "others in the column need floating point");
+            if (c.profile.is_rounded()) {
+                report(name_, c.name() + ": integers beyond 2^53 are rounded, as " +
+                                  "others in the column need floating point");
+            }
+            if (c.profile.has_no_offset()) {
+                report(name_, c.name() + ": times without an offset are taken as " +
+                                  (times_are_local() ? "local" : "UTC; see --local"));
+            }
         }
     }
 
@@ -238,12 +269,13 @@ class csv_import {
 
 }  // namespace
 
-void import_csv(const input& from, const std::string& name, bool has_units, const std::string& path,
-                const std::string& target)
+std::string import_csv(const input& from, const std::string& name, bool has_units,
+                       const std::string& path, const std::string& target)
 {
     csv_import work(from, name, has_units);
     try {
         work.write(path);
+        return work.summary();
     } catch (const tdms::error& e) {
         std::string message = in_quotes(target) + " cannot be written: ";
         message += e.system_error() == 0 ? tdms_status_text(e.status())

@@ -13,7 +13,8 @@ namespace tool {
 /// @param has_units whether the second line has the units
 /// @param path of the file to write
 /// @param target what to call that in messages
-void import_csv(const input& from, const std::string& name, bool has_units, const std::string& path,
-                const std::string& target);
+/// @return what it holds, in words
+std::string import_csv(const input& from, const std::string& name, bool has_units,
+                       const std::string& path, const std::string& target);
 
 }  // namespace tool

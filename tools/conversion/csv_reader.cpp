@@ -44,6 +44,11 @@ std::uint64_t lines_in(std::string_view text)
 
 csv_reader::csv_reader(int file, std::uint64_t size) : file_(file), size_(size), buffer_(1 << 18)
 {
+    rewind();
+    const char* const end = end_of_buffer();
+    if (std::find<const char*>(buffer_.data() + begin_, end, '\0') != end) {
+        throw failure("not a CSV file: it has zero bytes");
+    }
     separator_ = find_separator();
     rewind();
 }

@@ -59,12 +59,19 @@ bool is_large_integer(std::string_view text)
     return text.size() > 18 && std::ranges::all_of(text, is_digit);
 }
 
-// A time of no zone could be any.
-bool states_zone(std::string_view text)
+// Whether a text has a time of day after its date, which is all that distinguishes a time from a
+// string.
+bool has_clock(std::string_view text)
+{
+    return text.find_first_of("T ") != std::string_view::npos;
+}
+
+// A time without an offset is one of the zone that times are in.
+bool has_offset(std::string_view text)
 {
     const std::size_t clock = text.find_first_of("T ");
     return clock != std::string_view::npos &&
-           (times_are_local() || text.find_first_of("Z+-", clock) != std::string_view::npos);
+           text.find_first_of("Z+-", clock) != std::string_view::npos;
 }
 
 }  // namespace
@@ -107,7 +114,7 @@ template <>
 std::optional<tdms::time> value_from(std::string_view text, char)
 {
     text = without_blanks(text);
-    if (text.empty() || !is_digit(text[0]) || !states_zone(text)) return std::nullopt;
+    if (text.empty() || !is_digit(text[0]) || !has_clock(text)) return std::nullopt;
     try {
         return time_from(std::string(text));
     } catch (const usage_error&) {
@@ -137,6 +144,7 @@ void csv_column_profile::take(std::string_view text)
 {
     bool_ = bool_ && value_from<bool>(text, '.');
     time_ = time_ && value_from<tdms::time>(text, '.');
+    without_offset_ = without_offset_ || (time_ && !has_offset(text));
     if ((!point_ && !comma_) || take_integer(text)) return;
     integer_ = false;
     inexact_ = inexact_ || is_large_integer(number_in(text));

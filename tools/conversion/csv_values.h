@@ -32,6 +32,9 @@ class csv_column_profile {
     /// Whether an integer is rounded, because others in the column need a double.
     bool is_rounded() const { return inexact_ && type() == TDMS_TYPE_DOUBLE; }
 
+    /// Whether times have no offset from UTC.
+    bool has_no_offset() const { return without_offset_ && type() == TDMS_TYPE_TIMESTAMP; }
+
   private:
     void take(std::string_view text);
     bool take_integer(std::string_view text);
@@ -49,6 +52,7 @@ class csv_column_profile {
     bool negative_ = false;
     bool beyond_int64_ = false;
     bool inexact_ = false;
+    bool without_offset_ = false;
 };
 
 }  // namespace tool

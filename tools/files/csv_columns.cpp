@@ -71,6 +71,11 @@ csv_table::csv_table(output& out, const csv_format& format, std::vector<csv_sour
     for (const csv_source& s : sources_) columns_.push_back(column_of(s.from));
 }
 
+bool csv_table::has_values() const
+{
+    return std::ranges::any_of(sources_, [](const csv_source& s) { return s.from.count != 0; });
+}
+
 void csv_table::count_values()
 {
     for (std::size_t i = 0; i != sources_.size(); ++i) {

@@ -45,6 +45,9 @@ class csv_table {
 
     const std::vector<csv_source>& sources() const { return sources_; }
 
+    /// Whether there are any values, in whatever rows.
+    bool has_values() const;
+
     /// Takes in the values that the file has now.
     void count_values();
 

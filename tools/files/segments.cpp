@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "console/text.h"
 #include "files/measurement_file.h"
 #include "reader/lead_in.h"
 
@@ -12,7 +13,7 @@ using tdms_impl::lead_in_size;
 
 std::string stated_and_there(const char* what, std::uint64_t stated, std::uint64_t there)
 {
-    return std::to_string(stated) + " bytes of " + what + " are stated, " + std::to_string(there) +
+    return with_commas(stated) + " bytes of " + what + " are stated, " + with_commas(there) +
            " are there";
 }
 
