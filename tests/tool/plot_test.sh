@@ -26,18 +26,21 @@ status 143 '' env PATH="$PWD/bin:$PATH" "$tdms" plot record.tdms system -o empty
 command -v gnuplot >/dev/null || { finish && exit; }
 
 # A file of one segment. channel GROUP NAME TYPE 'VALUES' [PROPERTY]...: of bytes, or 8 bytes a value
-# where the type takes them; PROPERTY is NAME=STRING, or NAME:INTEGER.
+# where the type takes them; PROPERTY is NAME=STRING, NAME:INTEGER,
+# or NAME@DOUBLE, as the integer of the same bytes.
 begin() { : >objects && : >raw && objects=0; }
 counted() { le 4 ${#1} && printf %s "$1"; }
 channel() {
     local group=$1 name=$2 type=$3 values=($4) width=1 property && shift 4
-    ((type == 10)) && width=8
+    [[ $type == @(4|8|10) ]] && width=8
     {
         counted "/'$group'/'$name'"
         le 4 20 "$type" 1 && le 8 ${#values[@]} && le 4 $#
         for property; do
             if [[ $property == *=* ]]; then
                 counted "${property%%=*}" && le 4 32 && counted "${property#*=}"
+            elif [[ $property == *@* ]]; then
+                counted "${property%%@*}" && le 4 10 && le 8 "${property##*@}"
             else
                 counted "${property%%:*}" && le 4 3 "${property##*:}"
             fi
@@ -111,6 +114,56 @@ draws kinds.tdms 1 m g/gaps
 [[ $(curve | tr -dc ML) == MMLM ]] || fail "the curve with gaps: $(curve)"
 (($(grep -c '<use.*translate' p.svg) == 4)) || fail 'the lone points'
 
+# Extremes, and what is too large or is no number.
+max=9218868437227405311 inf=9218868437227405312 min_int=$((1 << 63))
+begin
+channel g int64 4 "$min_int $((~min_int))"
+channel g uint64 8 '0 -1'
+channel g rate 1 '0 1' 'sampling rate@1' # 5e-324
+write extremes.tdms
+draws extremes.tdms 2 $'int64\nuint64\n1e+19\nsample\n-seconds from the first sample'
+begin
+channel g partly 10 "$one $max $two -1 $inf $max"
+channel g wholly 10 "$max $max"
+channel g none 10 "$nan $inf"
+write large.tdms
+begin
+channel g some 10 "$one $nan"
+channel g none 10 "$nan $nan"
+write none.tdms
+each_status <<'END'
+1|"g/partly": 2 numbers left out: too large|plot large.tdms g -o p.svg
+1|"g/wholly": its numbers are too large|plot large.tdms g -o p.svg
+0|"g/none": it has no numbers|plot none.tdms -o p.svg
+1|"g/none": it has no numbers|plot none.tdms g g/none -o p.svg
+1|nothing to draw|plot none.tdms g/none -o empty/p.svg
+END
+
+# Where texts of a pattern are, row by row: Y X.
+places() {
+    grep -B1 -E ">($1)<" p.svg | sed -n 's/.*translate(\([0-9.]*\),\([0-9.]*\)).*/\2 \1/p' | sort -k1,1n -k2,2n
+}
+
+# Texts that are neither over one another nor cut off.
+begin
+for i in 1 2 3; do channel g "$(printf 'W%.0s' {1..20})$i" 1 '1 2'; done
+write legend.tdms
+draws legend.tdms 1 sample
+places 'W+[123]' | awk '$1 == y && $2 < x + 270 { exit 1 } { y = $1; x = $2 }' ||
+    fail "the legend: $(places 'W+[123]')"
+begin
+channel g time 0x44 "$monday $((monday + 1)) $((monday + 2))"
+channel g a 1 '1 2 3'
+write seconds.tdms
+draws seconds.tdms 1 10:00:02.0
+places 10:00:02.0 | awk '{ exit !($2 > 800 && $2 < 862) }' || fail "cut off: $(places 10:00:02.0)"
+begin
+channel g time 0x44 "$monday $((monday + 83 * 86400))"
+channel g a 1 '1 2'
+write days.tdms
+draws days.tdms 1 $'2026-05-18\n2026-06-01\ntime (UTC)'
+draws days.tdms 1 $'2026-06\ntime (UTC), 2026-05-04 to 2026-07-26' --size 400x300
+
 # Names that gnuplot must not take for its own, long ones, and none at all.
 begin
 odd="'; system('touch pwned') # \`touch pwned\` ]]>"
@@ -157,6 +210,8 @@ head -c 20000 record.tdms >truncated.tdms
 "$record" whole.tdms 2 500 && head -c $(($(wc -c <whole.tdms) - 1)) whole.tdms >truncated.tdms
 status 0 'not a complete segment' "$tdms" plot truncated.tdms -o truncated.svg
 status 1 'not a complete segment' "$tdms" plot truncated.tdms --strict -o truncated.svg
+status 2 'no channel or group' "$tdms" plot truncated.tdms later -o truncated.svg
+grep -q 'not a complete segment' err || fail 'why a channel may be missing'
 for file in files/[1-9]* files/cut files/everything; do
     status '[012]' '' timeout 20 "$tdms" plot $file -o p.svg
     ((got == 0)) || grep -q '^tdms: ' err || fail "$file: no message"

@@ -103,19 +103,18 @@ class plot_command {
     {
         const picture_format format = picture_format_of(wanted_.target, wanted_.size);
         from_.reject_as_target(wanted_.target);
-        const tdms::file file = open_intact(from_);
+        const tdms::file file = open_reported();
         const curve_set curves = read_curves(file, format.width);
         const std::string script = picture_script(panels(curves, curves_in_picture_panel), title(),
                                                   curves.time_name(), format);
         new_file picture(wanted_.target);
         run_gnuplot(script, [&picture](std::string_view bytes) { picture.write(bytes); });
         picture.commit();
-        report_the_rest(file);
     }
 
     void draw_in_terminal()
     {
-        const tdms::file file = open_intact(from_);
+        const tdms::file file = open_reported();
         const terminal_size size = size_of_terminal(STDOUT_FILENO, usual_terminal);
         const curve_set curves = read_curves(file, size.columns);
         const std::vector<panel> shown = panels(curves, curves_in_terminal_panel);
@@ -128,7 +127,6 @@ class plot_command {
                     drawer.draw(p, size.rows - std::min(size.rows, 2U)));
             out.flush();
         }
-        report_the_rest(file);
     }
 
     curve_set read_curves(const tdms::file& file, unsigned columns)
@@ -162,8 +160,27 @@ class plot_command {
         });
         for (const curve& c : curves.curves()) {
             if (c.from.lost != 0) complain(c.from, lost_values(c.from));
-            if (!wanted_.follow && !c.has_numbers()) complain(c.from, "it has no numbers to draw");
+            report_missing(c);
         }
+    }
+
+    // That there are no numbers is an error only of a channel that was asked for itself.
+    void report_missing(const curve& c)
+    {
+        if (c.trace.too_large() != 0) {
+            complain(c.from, too_large(c));
+        } else if (!wanted_.follow && !c.has_numbers()) {
+            if (c.from.named) all_well_ = false;
+            note(c.from, "it has no numbers to draw");
+        }
+    }
+
+    // Without a number that grows with the file, which would be a complaint every time.
+    std::string too_large(const curve& c) const
+    {
+        if (wanted_.follow) return "some numbers are left out: too large to draw";
+        if (!c.has_numbers()) return "its numbers are too large to draw";
+        return count_of(c.trace.too_large(), "number") + " left out: too large to draw";
     }
 
     static std::vector<panel> panels(const curve_set& curves, std::size_t most)
@@ -179,15 +196,23 @@ class plot_command {
         return printable(wanted_.file.substr(wanted_.file.rfind('/') + 1));
     }
 
-    void report_the_rest(const tdms::file& file)
+    // What is not intact is reported first: it may be why a channel is not found.
+    tdms::file open_reported()
     {
+        tdms::file file = open_intact(from_);
         if (!report_rest(wanted_.file, from_, file, wanted_.strict)) all_well_ = false;
+        return file;
     }
 
     // Each complaint once, also about a file that is drawn again and again.
     void complain(const selected_channel& c, const std::string& message)
     {
         all_well_ = false;
+        note(c, message);
+    }
+
+    void note(const selected_channel& c, const std::string& message)
+    {
         const std::string complaint = in_quotes(c.name()) + ": " + message;
         if (complaints_.insert(complaint).second) report(wanted_.file, complaint);
     }

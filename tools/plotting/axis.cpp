@@ -60,7 +60,7 @@ std::vector<time_step> time_steps()
         for (const std::int64_t factor : {1, 2, 5, 10, 15, 30})
             steps.push_back({0, factor * unit * second});
     }
-    for (const std::int64_t hours : {1, 2, 3, 6, 12, 24, 48, 168}) {
+    for (const std::int64_t hours : {1, 2, 3, 6, 12, 24, 48, 168, 336}) {
         steps.push_back({0, hours * 3600 * second});
     }
     for (const int months : {1, 2, 3, 6, 12, 24, 60, 120, 240, 600, 1200}) {
@@ -123,6 +123,7 @@ class tick_format {
     }
 
     bool has_date() const { return step_.nanoseconds >= day; }
+    bool has_day() const { return has_date() && step_.months == 0; }
 
     std::size_t width() const
     {
@@ -243,7 +244,7 @@ axis time_axis(const std::string& name, tdms::time first, tdms::time last, doubl
     for (const shown_time& t : ticks_of(begin, end, step)) {
         result.ticks.push_back({seconds_between(shown(first, offset), t), format.text(t)});
     }
-    if (!format.has_date()) {
+    if (!format.has_day()) {
         result.label.append(", ").append(first_date);
         if (several_days) result.label.append(" to ").append(last_date);
     }

@@ -31,8 +31,8 @@ axis number_axis(double low, double high, double room, double if_empty, std::siz
 
 /// An axis of times in seconds since `first`, in the zone that times are shown in. That zone's
 /// offset at the first time is the whole axis', which does not go back where a clock does. The
-/// label, after `name`, has the zone, and the date if the ticks leave it out. REQUIRES: the times
-/// differ.
+/// label, after `name`, has the zone, and the dates if the ticks leave out the day. REQUIRES: the
+/// times differ.
 /// @param characters the axis' length
 axis time_axis(const std::string& name, tdms::time first, tdms::time last, double room,
                std::size_t characters);

@@ -27,6 +27,12 @@ std::uint64_t size_of(const selected_channel& c)
     return tdms_impl::DataSize.at(static_cast<std::uint32_t>(c.type));
 }
 
+// Whether the time of any sample can be drawn.
+bool is_usable(double rate)
+{
+    return is_drawable(rate) && is_drawable(0x1p64 / rate);
+}
+
 }  // namespace
 
 bool curve::has_numbers() const
@@ -46,11 +52,10 @@ std::vector<selected_channel> drawable_channels(
 {
     std::vector<selected_channel> drawable;
     for (const selected_channel& c : select(file, names)) {
-        const auto same = [&c](const selected_channel& known) {
-            return known.channel == c.channel;
-        };
-        if (std::ranges::any_of(drawable, same)) continue;
-        if (can_be_drawn(c.type) && c.count != 0) {
+        const auto same = std::ranges::find(drawable, c.channel, &selected_channel::channel);
+        if (same != drawable.end()) {
+            same->named = same->named || c.named;
+        } else if (can_be_drawn(c.type) && c.count != 0) {
             drawable.push_back(c);
         } else {
             other(c);
@@ -72,7 +77,7 @@ void curve_set::add(const selected_channel& c, std::size_t columns)
                 1, envelope(columns)};
     if (f.times) {
         added.kind = x_kind::time;
-    } else if (const std::optional<double> rate = sampling_rate_of(c)) {
+    } else if (const auto rate = sampling_rate_of(c); rate && is_usable(*rate)) {
         added.kind = x_kind::seconds;
         added.rate = *rate;
     }

@@ -51,6 +51,7 @@ class envelope {
     void add(std::int64_t x, double y)
     {
         ++samples_;
+        if (std::isfinite(y) && !is_drawable(y)) ++too_large_;
         const envelope_cell sample = cell_of(x, y);
         while (cells_.empty() || bin(cells_.back()) != x >> shift_) {
             if (cells_.size() < limit()) {
@@ -72,6 +73,9 @@ class envelope {
     const std::vector<envelope_cell>& cells() const { return cells_; }
     std::uint64_t samples() const { return samples_; }
 
+    /// How many of the samples are numbers, but too large to draw.
+    std::uint64_t too_large() const { return too_large_; }
+
   private:
     std::size_t limit() const { return 4 * columns_; }
     std::int64_t bin(const envelope_cell& c) const { return c.first_x >> shift_; }
@@ -90,6 +94,7 @@ class envelope {
     std::size_t columns_;
     unsigned shift_ = 0;  // a cell is 2 to this power wide
     std::uint64_t samples_ = 0;
+    std::uint64_t too_large_ = 0;
     bool unordered_ = false;
     std::vector<envelope_cell> cells_;
 };

@@ -12,6 +12,7 @@
 #include "console/output.h"
 #include "console/report.h"
 #include "console/text.h"
+#include "console/value_text.h"
 #include "plotting/child_process.h"
 
 namespace tool {
@@ -62,6 +63,13 @@ std::string gnuplot_text(std::string_view text)
         }
     }
     return out + '"';
+}
+
+std::string gnuplot_number(double value)
+{
+    std::string text = text_of(value);
+    if (text.find_first_of(".e") == std::string::npos) text += ".0";
+    return text;
 }
 
 // gnuplot does not report write errors, so we write its output.

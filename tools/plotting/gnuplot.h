@@ -9,6 +9,9 @@ namespace tool {
 /// Quotes a string so gnuplot takes it literally.
 std::string gnuplot_text(std::string_view text);
 
+/// A number as gnuplot takes it for floating point: its integers have 64 bits, and overflow.
+std::string gnuplot_number(double value);
+
 /// Runs a script in gnuplot, and gives all that it draws to `take`. Throws a failure if there is no
 /// gnuplot, or if it fails.
 void run_gnuplot(const std::string& script, const std::function<void(std::string_view)>& take);

@@ -3,7 +3,6 @@
 #include <optional>
 
 #include "console/text.h"
-#include "console/value_text.h"
 #include "plotting/gnuplot.h"
 
 namespace tool {
@@ -57,8 +56,8 @@ class point_writer {
     void append_to(std::string& script, const point& p) const
     {
         if (p.y) {
-            script.append(text_of(x_.position(curve_, p.x))).append(" ");
-            script.append(text_of(scale_ * *p.y + offset_));
+            script.append(gnuplot_number(x_.position(curve_, p.x))).append(" ");
+            script.append(gnuplot_number(scale_ * *p.y + offset_));
         }
         script += '\n';
     }
@@ -75,7 +74,7 @@ std::string ticks_text(const axis& a, bool labelled)
     std::string text = "(";
     for (const tick& t : a.ticks) {
         if (text.size() > 1) text += ", ";
-        text.append(gnuplot_text(labelled ? t.text : "")).append(" ").append(text_of(t.at));
+        text.append(gnuplot_text(labelled ? t.text : "")).append(" ").append(gnuplot_number(t.at));
     }
     return text + ")\n";
 }
@@ -83,8 +82,8 @@ std::string ticks_text(const axis& a, bool labelled)
 std::string range_text(const axis& a)
 {
     std::string text = "[";
-    text.append(text_of(a.low)).append(":").append(text_of(a.high)).append("]\n");
-    return text;
+    text.append(gnuplot_number(a.low)).append(":").append(gnuplot_number(a.high));
+    return text.append("]\n");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "console/value_text.h"
 #include "plotting/gnuplot.h"
 #include "plotting/panel_script.h"
+#include "plotting/pixel_width.h"
 
 namespace tool {
 namespace {
@@ -21,12 +22,14 @@ constexpr std::array dashes{"1", "(16,8)"};
 static_assert(colors.size() * dashes.size() >= curves_in_picture_panel);
 
 // Pixels.
-constexpr double character = 7.3;  // of the text, on average
+constexpr double character = 7.3;  // of an axis' labels, on average
 constexpr double line_height = 18;
 constexpr double title_height = 34;
 constexpr double ticks_and_label = 44;
 constexpr double between_panels = 12;
-constexpr double right_margin = 24;
+constexpr double least_margin = 24;
+constexpr double between_names = 15;
+constexpr double title_size = 1.25;  // of the labels' font
 constexpr double line_sample = 28;
 constexpr double unit_width = 28;
 constexpr double tallest_picture = 30000;  // that can be drawn
@@ -62,14 +65,14 @@ class legend {
   public:
     legend(const panel& p, double left, double width)
     {
-        const double room = std::max(1.0, (width - line_sample) / character);
-        const std::size_t longest = std::min(static_cast<std::size_t>(room), longest_label);
+        const double room = width - line_sample;
         double x = 0;
         for (const curve* const c : p.curves) {
+            std::size_t longest = longest_label;
             std::string text = shown_label(*c, longest);
-            const double taken =
-                line_sample + character * static_cast<double>(width_of(text)) + 2 * character;
-            if (x != 0 && x + taken > width + 2 * character) {
+            while (longest > 1 && pixel_width(text) > room) text = shown_label(*c, --longest);
+            const double taken = line_sample + pixel_width(text) + between_names;
+            if (x != 0 && x + taken > width + between_names) {
                 x = 0;
                 ++rows_;
             }
@@ -105,16 +108,8 @@ class picture {
             const std::string& time_name, const picture_format& format)
         : title_(title), format_(format), width_(format.width)
     {
-        std::size_t tick_width = 0;
+        place_sides(panels, time_name);
         for (const panel& p : panels) {
-            tick_width = std::max(tick_width, y_axis(p, 5).tick_width());
-        }
-        left_ = unit_width + character * static_cast<double>(tick_width) + 14;
-        plot_width_ = width_ - left_ - right_margin;
-        if (plot_width_ < 60) throw failure("the picture is too narrow; see --size");
-        for (const panel& p : panels) {
-            const auto characters = static_cast<std::size_t>(plot_width_ / character);
-            axes_.try_emplace(p.kind, panels, p.kind, time_name, characters);
             const bool is_last = &p == &panels.back() || (&p + 1)->kind != p.kind;
             rows_.push_back({&p, legend(p, left_, plot_width_), is_last});
         }
@@ -148,6 +143,48 @@ class picture {
     }
 
   private:
+    void place_sides(const std::vector<panel>& panels, const std::string& time_name)
+    {
+        double tick_width = 0;
+        for (const panel& p : panels) {
+            tick_width = std::max(tick_width, widest_tick(y_axis(p, 5)));
+        }
+        left_ = unit_width + tick_width + 14;
+        set_right(least_margin);
+        make_axes(panels, time_name);
+        // At the ends of an axis half of a label is beside it.
+        double beside = 0;
+        for (const auto& [kind, x] : axes_) {
+            beside = std::max(beside, widest_tick(x.shown) / 2);
+        }
+        left_ = std::max(left_, beside);
+        set_right(std::max(least_margin, beside));
+        make_axes(panels, time_name);
+    }
+
+    static double widest_tick(const axis& a)
+    {
+        double width = 0;
+        for (const tick& t : a.ticks) width = std::max(width, pixel_width(t.text));
+        return width;
+    }
+
+    void set_right(double margin)
+    {
+        right_margin_ = margin;
+        plot_width_ = width_ - left_ - margin;
+        if (plot_width_ < 60) throw failure("the picture is too narrow; see --size");
+    }
+
+    void make_axes(const std::vector<panel>& panels, const std::string& time_name)
+    {
+        axes_.clear();
+        const auto characters = static_cast<std::size_t>(plot_width_ / character);
+        for (const panel& p : panels) {
+            axes_.try_emplace(p.kind, panels, p.kind, time_name, characters);
+        }
+    }
+
     void place_rows()
     {
         double fixed = title_height;
@@ -162,7 +199,8 @@ class picture {
                                  : std::floor(std::min(usual, std::max(least, usual_total)));
         if (height_ < least || height_ > tallest_picture) {
             const std::string needed = with_commas(static_cast<std::uint64_t>(std::ceil(least)));
-            std::string message = count_of(rows_.size(), "panel") + " need a height of ";
+            std::string message = count_of(rows_.size(), "panel");
+            message.append(rows_.size() == 1 ? " needs" : " need").append(" a height of ");
             message.append(needed).append(" pixels");
             message += least > tallest_picture ? ", too much for a picture" : " (--size)";
             throw failure(message.append("; name fewer channels"));
@@ -191,8 +229,8 @@ class picture {
 
     void put_title(std::string& script) const
     {
-        const auto room = static_cast<std::size_t>(width_ / (character * 1.3));
-        script.append("set label ").append(label_text(shortened(printable(title_), room)));
+        const std::string shown = shortened_to_pixels(printable(title_), width_ / title_size);
+        script.append("set label ").append(label_text(shown));
         script.append(" at ").append(at(width_ / 2, title_height / 2)).append(" center font '");
         script += format_.is_svg ? "sans-serif,16'\n" : "sans,12'\n";
     }
@@ -212,8 +250,8 @@ class picture {
 
     void put_unit(std::string& script, const layout_row& row) const
     {
-        const auto room = static_cast<std::size_t>((row.bottom - row.top) / character);
-        const std::string unit = shortened(printable(row.shown->unit), room);
+        const std::string unit =
+            shortened_to_pixels(printable(row.shown->unit), row.bottom - row.top);
         if (unit.empty()) return;
         script.append("set label ").append(label_text(unit)).append(" at ");
         script.append(at(unit_width / 2, (row.top + row.bottom) / 2)).append(" center rotate\n");
@@ -227,17 +265,24 @@ class picture {
         const axis y = y_axis(*row.shown, static_cast<std::size_t>(height / per_tick));
         script += "unset label\nunset arrow\n";
         script.append("set lmargin at screen ").append(text_of(left_ / width_));
-        script.append("\nset rmargin at screen ").append(text_of(1 - right_margin / width_));
+        script.append("\nset rmargin at screen ").append(text_of(1 - right_margin_ / width_));
         script.append("\nset tmargin at screen ").append(text_of(1 - row.top / height_));
         script.append("\nset bmargin at screen ").append(text_of(1 - row.bottom / height_));
         script += '\n';
         append_axes(script, x, row.has_ticks, y);
         put_unit(script, row);
         put_legend(script, row);
-        if (row.has_ticks) {
-            script.append("set label ").append(label_text(x.label)).append(" at ");
-            script.append(at(left_ + plot_width_ / 2, row.bottom + 34)).append(" center\n");
-        }
+        if (row.has_ticks) put_x_label(script, x.label, row.bottom + 34);
+    }
+
+    // Below the middle of the frame, as far as the picture's sides allow.
+    void put_x_label(std::string& script, const std::string& text, double y) const
+    {
+        const std::string shown = shortened_to_pixels(text, width_);
+        const double half = pixel_width(shown) / 2;
+        const double middle = std::max(half, std::min(left_ + plot_width_ / 2, width_ - half));
+        script.append("set label ").append(label_text(shown));
+        script.append(" at ").append(at(middle, y)).append(" center\n");
     }
 
     const std::string& title_;
@@ -245,6 +290,7 @@ class picture {
     double width_;
     double height_ = 0;
     double left_ = 0;
+    double right_margin_ = 0;
     double plot_width_ = 0;
     std::map<x_kind, x_axis> axes_;
     std::vector<layout_row> rows_;
