@@ -64,7 +64,14 @@ installed.")
 function(tdms_install_documents component package)
   set(folder ${CMAKE_INSTALL_DATADIR}/doc/${package})
   foreach(page ${TDMS_${component}_PAGES})
-    install(FILES docs/${page}.md DESTINATION ${folder} COMPONENT ${component} EXCLUDE_FROM_ALL)
+    # Installed, the examples are beside the pages.
+    file(READ docs/${page}.md text)
+    string(REPLACE "](../examples/" "](examples/" text "${text}")
+    string(REPLACE "](../include/" "](/usr/include/" text "${text}")
+    file(WRITE ${TDMS_GENERATED}/${package}/${page}.md "${text}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS docs/${page}.md)
+    install(FILES ${TDMS_GENERATED}/${package}/${page}.md DESTINATION ${folder}
+      COMPONENT ${component} EXCLUDE_FROM_ALL)
   endforeach()
   foreach(example ${TDMS_${component}_EXAMPLES})
     install(DIRECTORY examples/${example} DESTINATION ${folder}/examples
