@@ -12,7 +12,7 @@ for group in "$@"; do
         lint) packages+=(clang-format clang-tidy cppcheck mypy) ;;
         tool) packages+=(libcli11-dev libhdf5-dev gnuplot-nox) ;;
         hdf5) packages+=(libhdf5-dev hdf5-tools) ;;
-        bench) packages+=(libbenchmark-dev libhdf5-dev) ;;
+        bench) packages+=(libbenchmark-dev libhdf5-dev time) ;;
         fuzz) packages+=(clang libclang-rt-14-dev) ;;
         coverage) packages+=(llvm) ;;
         docs) packages+=(doxygen) ;;

@@ -12,7 +12,8 @@ size=$((28 + metadata + raw)) offset=$((first + 28 + metadata + raw))
 ln -s kept.tdms saved.tdms
 while IFS='~' read -r more reason; do
     head -c $((offset + more)) record.tdms | tee before >truncated.tdms
-    reason="$reason are stated, $((more > 28 ? more - 28 - metadata : 0)) are there"
+    reason=$(sed ':a; s/\B[0-9]\{3\}\>/,&/; ta' \
+        <<<"$reason are stated, $((more > 28 ? more - 28 - metadata : 0)) are there")
     status 1 "^tdms: truncated.tdms: truncated at byte $offset: segment 3 begins there: $reason" \
         "$tdms" check truncated.tdms
     status 0 "^lost: .* from offset $offset to $((offset + more)): truncated: $reason" \
