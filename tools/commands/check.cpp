@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <array>
+#include <utility>
+#include <vector>
 
 #include "commands/commands.h"
 #include "console/output.h"
@@ -16,21 +18,14 @@ namespace {
 // all intact ones do, so that it can be looked at.
 class segment_table {
   public:
-    explicit segment_table(output& out) : out_(out)
-    {
-        put_line({"segments", "offset", "metadata", "raw data", "objects", "properties", "channels",
-                  "values", "all values"},
-                 "state");
-    }
-
     void add(const segment_facts& s)
     {
         const numbers_of_segment numbers{s.metadata_length, s.raw_length, s.objects,
                                          s.properties,      s.channels,   s.values};
         const bool same_state = std::string_view(first_.state) == s.state;
-        const bool alike = same_state && (numbers == numbers_ || lines_ >= most_lines);
+        const bool alike = same_state && (numbers == numbers_ || lines_.size() > most_lines);
         if (first_.number == 0 || !alike) {
-            put_run();
+            end_run();
             first_ = s;
             numbers_ = numbers;
         }
@@ -41,47 +36,51 @@ class segment_table {
         all_values_ += s.values;
     }
 
-    /// Completes the table.
-    void put_run()
+    void put(output& out)
+    {
+        end_run();
+        std::array<std::size_t, columns> widths{};
+        for (const auto& line : lines_) {
+            for (std::size_t i = 0; i != columns; ++i) {
+                widths[i] = std::max(widths[i], line[i].size());
+            }
+        }
+        for (const auto& line : lines_) {
+            for (std::size_t i = 0; i != columns; ++i) {
+                const std::string blanks(2 + widths[i] - line[i].size(), ' ');
+                out.put(i + 1 == columns ? "  " + line[i] + '\n' : blanks + line[i]);
+            }
+        }
+    }
+
+  private:
+    using numbers_of_segment = std::array<std::uint64_t, 6>;
+    static constexpr std::size_t most_lines = 50;
+    static constexpr std::size_t columns = 10;
+
+    void end_run()
     {
         if (first_.number == 0) return;
         std::string segments = std::to_string(first_.number);
         if (last_number_ != first_.number)
             segments.append("-").append(std::to_string(last_number_));
-        std::array<std::string, 9> fields{segments, std::to_string(first_.offset)};
+        std::array<std::string, columns> line{segments, std::to_string(first_.offset)};
         const bool known = first_.metadata_length != 0;
         for (std::size_t i = 0; i != numbers_.size(); ++i) {
-            fields[2 + i] = !known ? "-" : same_[i] ? std::to_string(numbers_[i]) : "various";
+            line[2 + i] = !known ? "-" : same_[i] ? std::to_string(numbers_[i]) : "various";
         }
-        fields.back() = known ? std::to_string(all_values_) : "-";
-        put_line(fields, first_.state);
-        ++lines_;
+        line[8] = known ? std::to_string(all_values_) : "-";
+        line[9] = first_.state;
+        lines_.push_back(std::move(line));
         first_ = {};
         same_.fill(true);
         all_values_ = 0;
     }
 
-  private:
-    using numbers_of_segment = std::array<std::uint64_t, 6>;
-    static constexpr unsigned most_lines = 50;
-
-    void put_line(const std::array<std::string, 9>& fields, std::string_view state)
-    {
-        constexpr std::array<std::size_t, 9> width{13, 13, 9, 12, 8, 11, 9, 11, 13};
-        std::string line;
-        for (std::size_t i = 0; i != width.size(); ++i) {
-            line.append(width[i] - std::min(width[i], fields[i].size()), ' ');
-            line.append(fields[i]).append(" ");
-        }
-        out_.put(line);
-        out_.put(' ');
-        out_.put(state);
-        out_.put('\n');
-    }
-
-    output& out_;
-    unsigned lines_ = 0;
-    // The run of segments that is not yet put; none if the first one has no number.
+    std::vector<std::array<std::string, columns>> lines_{
+        {"segments", "offset", "metadata", "raw data", "objects", "properties", "channels",
+         "values", "all values", "state"}};
+    // The run of segments that has not ended; none if the first one has no number.
     segment_facts first_{};
     numbers_of_segment numbers_{};  // of the first one
     std::array<bool, 6> same_{true, true, true, true, true, true};
@@ -139,9 +138,9 @@ intact_part walk(const input& from, const std::function<void(const segment_facts
 intact_part show_segments(output& out, const std::string& name, const input& from)
 {
     out.put(printable(name) + '\n');
-    segment_table table(out);
+    segment_table table;
     intact_part intact = walk(from, [&table](const segment_facts& s) { table.add(s); });
-    table.put_run();
+    table.put(out);
     out.put(count_of(intact.segments, "intact segment") + ", " + with_commas(intact.size) + " of " +
             count_of(intact.file_size, "byte") + ", " + count_of(intact.values, "value") + '\n');
     return intact;
