@@ -43,7 +43,8 @@ std::string tolerance_in(const std::string& text)
 // The subcommands, and what becomes of their run.
 class command_line {
   public:
-    command_line() : app_("Shows, converts, draws, compares, checks and salvages TDMS files", "tdms")
+    command_line()
+        : app_("Shows, converts, draws, compares, checks and salvages TDMS files", "tdms")
     {
         app_.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
         app_.require_subcommand(1);
@@ -134,8 +135,13 @@ class command_line {
                                         ->check(any_text_in);
         command.add_option("--size", plot_.size, "Size of the picture in pixels, such as 1200x800")
             ->needs(target);
+        command.add_option("--since", plot_.since, "From this time on: 2026-05-04T10:00:00Z")
+            ->check(any_text_in);
+        CLI::Option* const until =
+            command.add_option("--until", plot_.until, "Before this time")->check(any_text_in);
         command.add_flag("--follow", plot_.follow, "Go on with what a recorder adds")
-            ->excludes(target);
+            ->excludes(target)
+            ->excludes(until);
         add_strict(command, plot_.strict);
         add_local(command);
         command.callback([this] { run_one(plot, plot_, plot_.file); });

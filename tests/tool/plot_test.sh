@@ -16,7 +16,11 @@ each_status <<'END'
 2|needs a file, which can grow|plot - --follow <record.tdms
 2|did you mean "system/load"|plot record.tdms system/laod -o empty/p.svg
 1|"system/events": string values cannot be drawn|plot record.tdms system/events -o empty/p.svg
-1|nothing to draw|plot record.tdms system/time --follow
+1|"system/time": timestamp values cannot|plot record.tdms system/time --follow
+2|--until excludes --follow|plot record.tdms --until 2024-02-01 --follow
+2|not a time: "2024-02-30"|plot record.tdms --since 2024-02-30 -o empty/p.svg
+1|nothing to draw|plot record.tdms system --since 2200-01-01 -o empty/p.svg
+1|no values at these times|plot record.tdms system/load --until 2000-01-01 -o empty/p.svg
 1|2 panels need a height|plot record.tdms system/load 'system/memory used' -o empty/p.svg --size 400x200
 END
 status 1 'gnuplot is needed' env PATH=/nonexistent "$tdms" plot record.tdms system -o empty/p.svg
@@ -136,8 +140,42 @@ each_status <<'END'
 1|"g/wholly": its numbers are too large|plot large.tdms g -o p.svg
 0|"g/none": it has no numbers|plot none.tdms -o p.svg
 1|"g/none": it has no numbers|plot none.tdms g g/none -o p.svg
-1|nothing to draw|plot none.tdms g/none -o empty/p.svg
+1|"g/none": it has no numbers|plot none.tdms g/none -o empty/p.svg
 END
+(($(wc -l <err) == 1)) || fail "more than one message: $(cat err)"
+
+# Gaps in times: the line is interrupted only if the other steps are regular.
+# gaps 'TIMES' BREAKS [ARGUMENT]...
+gaps() {
+    begin
+    local times=($1) breaks=$2 i && shift 2
+    channel g time 0x44 "$(for i in ${times[@]}; do echo $((monday + i)); done)"
+    channel g a 1 "$(seq ${#times[@]})"
+    channel g on 0x21 "$(for i in ${times[@]}; do echo $((i % 2)); done)"
+    write gaps.tdms
+    draws gaps.tdms 2 a "$@"
+    drawn=$(curve | grep -c M)
+    ((drawn == breaks + 1)) || fail "gaps in $*: $drawn lines"
+}
+regular="$(seq -s' ' 0 40)"
+gaps "$regular $(seq -s' ' 60 80) $(seq -s' ' 90 99)" 2
+gaps "$regular 45 46 47" 0                                   # only five times as long
+gaps "$regular 60" 1                                         # of one point
+gaps "0 1 20 21 40 41 42 70 71 72 73 90 91 92 93 94" 0       # irregular
+gaps "$regular $(seq -s' ' 2000000 1000 2040000)" 0          # of two rates
+gaps "$regular $(seq -s' ' 100000 100040)" 1
+gaps "$(seq -s' ' 0 300) $(seq -s' ' 310 400)" 1 --size 200x600 # more than a column
+gaps "$(seq -s' ' 0 9 9000)" 0 --size 200x600
+at() { date -u -d "@$((monday + $1))" +%FT%TZ; }
+gaps "$regular $(seq -s' ' 60 80)" 0 --since "$(at 50)"
+grep -q '10:01:20' drawn || fail "since: $(cat drawn)"
+gaps "$regular $(seq -s' ' 60 80)" 0 --until "$(at 50)"
+! grep -q '10:01' drawn || fail "until: $(cat drawn)"
+begin
+channel g time 0x44 "$monday $((monday - 1))"
+channel g a 1 '1 2'
+write back.tdms
+status 1 'times do not ascend' "$tdms" plot back.tdms --since 2024-02-01 -o empty/p.svg
 
 # Where texts of a pattern are, row by row: Y X.
 places() {

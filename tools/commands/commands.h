@@ -47,6 +47,8 @@ struct plot_options {
     std::vector<std::string> channels;
     std::string target;  // empty for the terminal
     std::string size;    // WIDTHxHEIGHT; empty for one that fits
+    std::string since;   // times; empty for none
+    std::string until;
     bool follow = false;
     bool strict = false;
 };

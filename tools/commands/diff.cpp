@@ -20,8 +20,7 @@ namespace {
 
 bool is_number_type(int type)
 {
-    bool result = false;
-    return tdms::with_type(type, [&]<class T>() { result = is_number<T>; }) && result;
+    return type >= TDMS_TYPE_INT8 && type <= TDMS_TYPE_DOUBLE;
 }
 
 struct compared_file {
@@ -67,12 +66,12 @@ class comparison {
     bool run()
     {
         try {
-            progress shown("comparing", a_.from.size() + b_.from.size());
-            shown_ = &shown;
+            shown_.emplace("comparing", a_.from.size() + b_.from.size());
             compare_files();
         } catch (const read_failure& e) {
             failures_.push_back({e.in, e.message});
         }
+        shown_.reset();
         out_.flush();
         for (const read_failure& each : failures_) report(each.in.name, each.message);
         return equal_ && failures_.empty();
@@ -179,7 +178,8 @@ class comparison {
     void compare_property(const std::string& where, const tdms::property_value& a,
                           const tdms::property_value& b)
     {
-        const auto compare = [&]<class T>(const T& value) {
+        const auto compare = [&](const auto& value) {
+            using T = std::decay_t<decltype(value)>;
             const T& other = std::get<T>(b);
             if constexpr (!std::is_same_v<T, std::monostate>) {
                 if (!tolerance_.accepts(value, other)) differ(where, both(value, other));
@@ -197,14 +197,13 @@ class comparison {
         value_differences found;
         std::string largest;
         try {
-            const auto compare = [&]<class T>() {
-                compare_as<T>(of, found);
-                if constexpr (std::is_integral_v<T>) {
-                    largest = std::to_string(static_cast<std::uint64_t>(found.largest));
-                }
-            };
             if (of.a.type == of.b.type) {
-                static_cast<void>(tdms::with_type(of.a.type, compare));
+                static_cast<void>(tdms::with_type(of.a.type, [&]<class T>() {
+                    compare_as<T>(of, found);
+                    if constexpr (std::is_integral_v<T>) {
+                        largest = std::to_string(static_cast<std::uint64_t>(found.largest));
+                    }
+                }));
             } else if (is_number_type(of.a.type) && is_number_type(of.b.type)) {
                 compare_numbers(of, found);
             }
@@ -276,17 +275,20 @@ class comparison {
     number_reader numbers_of(const compared_file& in, const selected_channel& c)
     {
         number_reader result;
-        const auto make = [&]<class T>() {
-            if constexpr (is_number<T>) {
-                const auto from = std::make_shared<piece_reader<T>>(c.channel, *shown_);
-                result = [&in, from](std::uint64_t first, std::span<long double> to) {
-                    std::ranges::copy(read_from(in, [&] { return from->read(first, to.size()); }),
-                                      to.begin());
-                };
-            }
-        };
-        static_cast<void>(tdms::with_type(c.type, make));
+        static_cast<void>(tdms::with_type(c.type, [&]<class T>() {
+            if constexpr (is_number<T>) result = numbers_as<T>(in, c);
+        }));
         return result;
+    }
+
+    template <class T>
+    number_reader numbers_as(const compared_file& in, const selected_channel& c)
+    {
+        const auto from = std::make_shared<piece_reader<T>>(c.channel, *shown_);
+        return [&in, from](std::uint64_t first, std::span<long double> to) {
+            std::ranges::copy(read_from(in, [&] { return from->read(first, to.size()); }),
+                              to.begin());
+        };
     }
 
     void compare_numbers(const channel_pair& of, value_differences& found)
@@ -312,7 +314,7 @@ class comparison {
     const compared_file& a_;
     const compared_file& b_;
     output out_;
-    progress* shown_ = nullptr;
+    std::optional<progress> shown_;
     // Reported at the end, so that they do not run into the progress.
     std::vector<read_failure> failures_;
     bool equal_ = true;

@@ -91,11 +91,7 @@ class dump_plan {
     {
         group_rows rows{c.group.name(), std::nullopt, wanted_.from, ~std::uint64_t{0}};
         if (since_ || until_ || wanted_.time_first) {
-            rows.times = time_channel_of(c.group, samples_of(channels_, rows.group));
-            if (!rows.times) {
-                throw failure("the group " + in_quotes(rows.group) +
-                              " has no timestamp channel with a time for every value");
-            }
+            rows.times = required_times(c.group, samples_of(channels_, rows.group));
         }
         if (since_) rows.first = row_at(*rows.times, *since_);
         if (until_) rows.end = row_at(*rows.times, *until_);
@@ -189,7 +185,7 @@ class dump_command {
         all_well_ = false;
     }
 
-    void wait_for_channels(tdms::file& file, follower& recorder)
+    static void wait_for_channels(tdms::file& file, follower& recorder)
     {
         while (all_channels(file).empty()) {
             follower::wait(pause);

@@ -1,4 +1,3 @@
-#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +10,8 @@
 #include "commands/commands.h"
 #include "console/output.h"
 #include "console/text.h"
+#include "files/follower.h"
+#include "files/group_times.h"
 #include "files/new_file.h"
 #include "plotting/curves.h"
 #include "plotting/gnuplot.h"
@@ -22,8 +23,6 @@ namespace {
 
 constexpr terminal_size usual_terminal{80, 25};
 constexpr unsigned least_columns = 512;  // for which a curve's samples are kept
-
-constexpr const char* nothing_to_draw = "there is nothing to draw";
 
 std::atomic<bool> interrupted = false;
 
@@ -84,7 +83,11 @@ class screen {
 
 class plot_command {
   public:
-    explicit plot_command(const plot_options& wanted) : wanted_(wanted), from_(wanted.file) {}
+    explicit plot_command(const plot_options& wanted) : wanted_(wanted), from_(wanted.file)
+    {
+        if (!wanted.since.empty()) limits_.since = time_from(wanted.since);
+        if (!wanted.until.empty()) limits_.until = time_from(wanted.until);
+    }
 
     bool run()
     {
@@ -105,8 +108,9 @@ class plot_command {
         from_.reject_as_target(wanted_.target);
         const tdms::file file = open_reported();
         const curve_set curves = read_curves(file, format.width);
-        const std::string script = picture_script(panels(curves, curves_in_picture_panel), title(),
-                                                  curves.time_name(), format);
+        const std::vector<panel> shown = panels(curves, curves_in_picture_panel);
+        if (shown.empty()) return;
+        const std::string script = picture_script(shown, title(), curves.time_name(), format);
         new_file picture(wanted_.target);
         run_gnuplot(script, [&picture](std::string_view bytes) { picture.write(bytes); });
         picture.commit();
@@ -131,7 +135,7 @@ class plot_command {
 
     curve_set read_curves(const tdms::file& file, unsigned columns)
     {
-        curve_set curves(drawable(file), std::max(columns, least_columns));
+        curve_set curves(drawable(file), std::max(columns, least_columns), limits_);
         read(curves);
         return curves;
     }
@@ -171,7 +175,11 @@ class plot_command {
             complain(c.from, too_large(c));
         } else if (!wanted_.follow && !c.has_numbers()) {
             if (c.from.named) all_well_ = false;
-            note(c.from, "it has no numbers to draw");
+            if (c.trace.samples() != 0) {
+                note(c.from, "it has no numbers to draw");
+            } else if (c.from.named && !c.unreadable) {
+                note(c.from, "it has no values at these times");
+            }
         }
     }
 
@@ -183,11 +191,18 @@ class plot_command {
         return count_of(c.trace.too_large(), "number") + " left out: too large to draw";
     }
 
-    static std::vector<panel> panels(const curve_set& curves, std::size_t most)
+    std::vector<panel> panels(const curve_set& curves, std::size_t most)
     {
         std::vector<panel> found = panels_of(curves.curves(), most);
-        if (found.empty()) throw failure(nothing_to_draw);
+        if (found.empty()) end_without_drawing();
         return found;
+    }
+
+    // What was reported about channels says why.
+    void end_without_drawing()
+    {
+        if (complaints_.empty()) throw failure("there is nothing to draw");
+        all_well_ = false;
     }
 
     std::string title() const
@@ -219,20 +234,40 @@ class plot_command {
 
     void follow()
     {
-        if (from_.is_copy()) throw usage_error("--follow needs a file, which can grow");
+        follower recorder(from_);
         interrupted = false;
         std::signal(SIGINT, interrupt);
         std::signal(SIGTERM, interrupt);
         tdms::file file = open_intact(from_);
+        // After damage nothing can be followed.
+        const bool is_sound = report_damage(wanted_.file, from_, file);
+        if (!is_sound) all_well_ = false;
         output out;
         screen shown(out);
-        std::optional<curve_set> curves;
-        for (; !interrupted; refresh(file)) {
-            const auto begin = std::chrono::steady_clock::now();
-            if (take_in(file, curves) || shown.has_changed()) draw(shown, curves);
-            wait(4 * (std::chrono::steady_clock::now() - begin));
+        try {
+            std::optional<curve_set> curves;
+            while (show_news(file, curves, shown) && is_sound && !interrupted) {
+                recorder.refresh(file);
+            }
+        } catch (const failure&) {
+            shown.close();
+            throw;
         }
         shown.close();
+    }
+
+    // @return false if there is no hope of anything to show
+    bool show_news(const tdms::file& file, std::optional<curve_set>& curves, screen& shown)
+    {
+        const auto begin = std::chrono::steady_clock::now();
+        if (is_hopeless(file)) {
+            drawable(file);
+            end_without_drawing();
+            return false;
+        }
+        if (take_in(file, curves) || shown.has_changed()) draw(shown, curves);
+        wait(4 * (std::chrono::steady_clock::now() - begin));
+        return true;
     }
 
     // Reads what is new. @return whether anything is
@@ -240,26 +275,22 @@ class plot_command {
     {
         if (all_channels(file).empty()) return false;
         std::vector<selected_channel> channels = drawable(file);
-        if (channels.empty()) {
-            reject_hopeless(file);
-            return false;
-        }
+        if (channels.empty()) return false;
         const bool is_known = curves && curves->curves().size() == channels.size();
-        if (!is_known) curves.emplace(channels, 2 * least_columns);
+        if (!is_known) curves.emplace(channels, 2 * least_columns, limits_);
         if (!curves->count_values()) return false;
         read(*curves);
         return true;
     }
 
     // No recorder adds what can be drawn to channels of these types.
-    void reject_hopeless(const tdms::file& file) const
+    bool is_hopeless(const tdms::file& file) const
     {
         const auto hopeless = [](const selected_channel& c) {
             return c.named && !can_be_drawn(c.type);
         };
-        if (std::ranges::all_of(select(file, wanted_.channels), hopeless)) {
-            throw failure(nothing_to_draw);
-        }
+        return !all_channels(file).empty() &&
+               std::ranges::all_of(select(file, wanted_.channels), hopeless);
     }
 
     void draw(screen& on, const std::optional<curve_set>& curves) const
@@ -296,25 +327,12 @@ class plot_command {
         using namespace std::chrono_literals;
         const auto end = std::chrono::steady_clock::now() +
                          std::max<std::chrono::steady_clock::duration>(at_least, 500ms);
-        while (!interrupted && std::chrono::steady_clock::now() < end) {
-            pollfd standard_output{STDOUT_FILENO, 0, 0};
-            poll(&standard_output, 1, 100);
-            if ((standard_output.revents & POLLERR) != 0) throw closed_pipe{};
-        }
-    }
-
-    static void refresh(tdms::file& file)
-    {
-        try {
-            file.refresh();
-        } catch (const tdms::error& e) {
-            if (e.status() != TDMS_FILE_READ) throw;
-            throw failure("the file has become shorter: it is recorded anew");
-        }
+        while (!interrupted && std::chrono::steady_clock::now() < end) follower::wait(100ms);
     }
 
     const plot_options& wanted_;
     input from_;
+    time_limits limits_;
     std::set<std::string> complaints_;
     bool all_well_ = true;
 };

@@ -38,7 +38,8 @@ std::string text_of_any(long double value)
 
 std::string with_type_name(const tdms::property_value& value)
 {
-    const auto text = []<class T>(const T& v) -> std::string {
+    const auto text = [](const auto& v) -> std::string {
+        using T = std::decay_t<decltype(v)>;
         if constexpr (std::is_same_v<T, std::monostate>)
             return "";
         else if constexpr (std::is_same_v<T, std::string>)

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "console/output.h"
@@ -21,7 +22,7 @@ std::string bar(double share)
 
 std::string time_text(double seconds)
 {
-    const auto whole = static_cast<std::uint64_t>(std::min(seconds, 359999.0) + 0.5);
+    const auto whole = static_cast<std::uint64_t>(std::lround(std::min(seconds, 359999.0)));
     std::string text = whole < 3600 ? "" : std::to_string(whole / 3600) + ':';
     for (const std::uint64_t part : {whole / 60 % 60, whole % 60}) {
         text += static_cast<char>('0' + part / 10);
@@ -56,7 +57,7 @@ void progress::at(std::uint64_t done)
     if (now < next_) return;
     next_ = now + std::chrono::milliseconds(200);
     shown_ = true;
-    const double bytes = static_cast<double>(done);
+    const auto bytes = static_cast<double>(done);
     const double share = total_ == 0 ? 1 : std::min(1.0, bytes / static_cast<double>(total_));
     const double seconds = std::chrono::duration<double>(now - begin_).count();
     const unsigned columns = size_of_terminal(STDERR_FILENO, {80, 25}).columns;

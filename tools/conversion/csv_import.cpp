@@ -69,8 +69,8 @@ class typed_writer : public column_writer {
 
 std::unique_ptr<column_writer> writer_of(const csv_column_profile& profile, const tdms::channel& to)
 {
-    const auto make = [&]<class T>(T) -> std::unique_ptr<column_writer> {
-        return std::make_unique<typed_writer<T>>(to, profile.decimal());
+    const auto make = [&](auto value) -> std::unique_ptr<column_writer> {
+        return std::make_unique<typed_writer<decltype(value)>>(to, profile.decimal());
     };
     switch (profile.type()) {
         case TDMS_TYPE_BOOL:

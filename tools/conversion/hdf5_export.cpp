@@ -98,10 +98,10 @@ class hdf5_export {
     void put(hid_t group, const tdms::group& g, const tdms::channel& c, const std::string& link)
     {
         subject_ = g.name() + '/' + c.name();
-        const int type = c.type();
-        const auto put_typed = [&]<class T>() { put_values<T>(group, c, link); };
-        // A channel without a type has no values.
-        if (!tdms::with_type(type, put_typed)) put_typed.template operator()<double>();
+        const bool has_type =
+            tdms::with_type(c.type(), [&]<class T>() { put_values<T>(group, c, link); });
+        // Without one it has no values.
+        if (!has_type) put_values<double>(group, c, link);
         try {
             const selected_channel counted(g, c);
             if (counted.lost != 0) complain(lost_values(counted));
@@ -204,8 +204,8 @@ class hdf5_export {
         std::uint64_t bytes = 0;
         for (const tdms::group& g : from_.groups()) {
             for (const tdms::channel& c : g.channels()) {
-                const auto add = [&]<class T>() { bytes += size_of(c) * size_of_value<T>; };
-                static_cast<void>(tdms::with_type(c.type(), add));
+                static_cast<void>(tdms::with_type(
+                    c.type(), [&]<class T>() { bytes += size_of(c) * size_of_value<T>; }));
             }
         }
         return bytes;

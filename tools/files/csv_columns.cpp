@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 #include "console/value_text.h"
 
@@ -16,7 +17,7 @@ constexpr std::uint64_t bytes_at_once = 8 << 20;
 template <class T>
 class typed_column : public csv_column {
   public:
-    explicit typed_column(const tdms::channel& from) : from_(from) {}
+    explicit typed_column(tdms::channel from) : from_(std::move(from)) {}
 
     std::uint64_t read(std::uint64_t first, std::uint64_t count) override
     {
@@ -59,9 +60,10 @@ class typed_column : public csv_column {
 std::unique_ptr<csv_column> column_of(const selected_channel& c)
 {
     std::unique_ptr<csv_column> column;
-    const auto make = [&]<class T>() { column = std::make_unique<typed_column<T>>(c.channel); };
-    // A channel without a type has no values.
-    if (!tdms::with_type(c.type, make)) make.operator()<double>();
+    const bool has_type = tdms::with_type(
+        c.type, [&]<class T>() { column = std::make_unique<typed_column<T>>(c.channel); });
+    // Without one it has no values.
+    if (!has_type) column = std::make_unique<typed_column<double>>(c.channel);
     return column;
 }
 

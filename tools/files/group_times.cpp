@@ -101,7 +101,12 @@ class order_check {
 std::optional<tdms::time> parse(std::string_view text)
 {
     time_parser from(text);
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
     std::int64_t nanoseconds = 0;
     if (!from.take(year, 4) || !from.take('-') || !from.take(month, 2) || !from.take('-') ||
         !from.take(day, 2)) {
@@ -130,7 +135,7 @@ std::optional<tdms::time> parse(std::string_view text)
         minute = 0;
         if (!from.at_end() && !from.take(minute, 2)) return std::nullopt;
         if (hour > 23 || minute > 59) return std::nullopt;
-        offset = (west ? -1 : 1) * (3600 * hour + 60 * minute);
+        offset = (west ? -60 : 60) * std::int64_t{60 * hour + minute};
     } else if (!from.take('Z')) {
         offset = times_are_local() ? local_offset(shown) : 0;
     }
@@ -150,6 +155,13 @@ std::optional<selected_channel> time_channel_of(const tdms::group& g, std::uint6
         if (!found || c.name() == "time") found = times;
     }
     return found;
+}
+
+selected_channel required_times(const tdms::group& g, std::uint64_t count)
+{
+    if (const auto times = time_channel_of(g, count)) return *times;
+    throw failure("the group " + in_quotes(g.name()) +
+                  " has no timestamp channel with a time for every value");
 }
 
 std::optional<double> sampling_rate_of(const selected_channel& c)

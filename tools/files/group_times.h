@@ -14,6 +14,9 @@ namespace tool {
 /// killed may have more times than samples.
 std::optional<selected_channel> time_channel_of(const tdms::group& g, std::uint64_t count);
 
+/// time_channel_of(); throws a failure if there is none.
+selected_channel required_times(const tdms::group& g, std::uint64_t count);
+
 /// The samples per second that the property "sampling rate" of a channel states, or else that of
 /// its group; nothing if there is none greater than 0.
 std::optional<double> sampling_rate_of(const selected_channel& c);

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include "console/report.h"
 #include "console/text.h"
@@ -167,8 +168,8 @@ bool report_rest(const std::string& name, const input& from, const tdms::file& f
     return !must_be_complete;
 }
 
-selected_channel::selected_channel(const tdms::group& in, const tdms::channel& one)
-    : group(in), channel(one), type(0), count(0), lost(0)
+selected_channel::selected_channel(tdms::group in, tdms::channel one)
+    : group(std::move(in)), channel(std::move(one)), type(0), count(0), lost(0)
 {
     count_values();
 }

@@ -33,7 +33,7 @@ bool report_rest(const std::string& name, const input& from, const tdms::file& f
 
 /// A channel, with what is asked of it again and again.
 struct selected_channel {
-    selected_channel(const tdms::group& in, const tdms::channel& one);
+    selected_channel(tdms::group in, tdms::channel one);
 
     /// Counts the values again, after a refresh.
     void count_values();

@@ -254,21 +254,26 @@ struct statistics_for<std::string> {
     using type = string_statistics;
 };
 
+template <class T>
+void read_statistics(const selected_channel& c, progress& shown, channel_statistics& to)
+{
+    typename statistics_for<T>::type found;
+    piece_reader<T> from(c.channel, shown);
+    for (std::uint64_t next = 0; next != c.count;) {
+        const std::uint64_t count = std::min(c.count - next, from.fitting());
+        found.add(from.read(next, count));
+        next += count;
+    }
+    found.put(to);
+}
+
 channel_statistics statistics_of(const selected_channel& c, progress& shown)
 {
     channel_statistics result;
-    const auto read = [&]<class T>() {
-        typename statistics_for<T>::type found;
-        piece_reader<T> from(c.channel, shown);
-        for (std::uint64_t next = 0; next != c.count;) {
-            const std::uint64_t count = std::min(c.count - next, from.fitting());
-            found.add(from.read(next, count));
-            next += count;
-        }
-        found.put(result);
-    };
     try {
-        if (!tdms::with_type(c.type, read) && c.lost != 0) result.failure = lost_values(c);
+        const bool has_values =
+            tdms::with_type(c.type, [&]<class T>() { read_statistics<T>(c, shown, result); });
+        if (!has_values && c.lost != 0) result.failure = lost_values(c);
     } catch (const tdms::error& e) {
         result.failure = message_of(e.status(), e.system_error());
     }

@@ -8,7 +8,8 @@ namespace {
 
 void put_json_value(json_writer& to, std::string_view key, const tdms::property_value& value)
 {
-    const auto put = [&to]<class T>(const T& v) {
+    const auto put = [&to](const auto& v) {
+        using T = std::decay_t<decltype(v)>;
         if constexpr (std::is_same_v<T, std::monostate>)
             to.put_null();
         else if constexpr (std::is_same_v<T, tdms::time>)

@@ -127,11 +127,11 @@ std::string span_text(tdms::time first, tdms::time last)
 
 std::string times_text(const sample_times& times)
 {
-    const std::string duration = duration_text(times.duration());
+    std::string duration = duration_text(times.duration());
     if (!times.ascending) return duration + ", but the times do not ascend";
     const std::optional<double> rate = times.rate();
     if (!rate) return duration;
-    const std::string text = duration + " at " + short_number(*rate, 7) + " Hz";
+    std::string text = duration + " at " + short_number(*rate, 7) + " Hz";
     if (times.is_even()) return text;
     return text + " on average, with steps up to " + duration_text(times.largest_step);
 }
@@ -192,7 +192,8 @@ class statistics_table {
     static std::string extreme_text(const tdms::property_value& value)
     {
         constexpr std::size_t longest = 14;
-        const auto text = []<class T>(const T& v) {
+        const auto text = [](const auto& v) {
+            using T = std::decay_t<decltype(v)>;
             std::string exact = shown(v);
             if constexpr (std::is_floating_point_v<T>) {
                 if (exact.size() > longest) return short_number(double{v}, 9);

@@ -41,6 +41,24 @@ std::string number_text(double value, double step, double largest)
     return text.data();
 }
 
+// The round step before one.
+double finer(double step)
+{
+    return round_step(step / 2.5);
+}
+
+std::vector<tick> number_ticks(const axis& a, double step, double largest)
+{
+    std::vector<tick> ticks;
+    const double first = std::ceil(a.low / step);
+    const double last = std::floor(a.high / step);
+    for (int i = 0; first + i <= last; ++i) {
+        const double at = first + i == 0 ? 0 : (first + i) * step;
+        ticks.push_back({at, number_text(at, step, std::max(largest, step))});
+    }
+    return ticks;
+}
+
 // The distance between two ticks: of a time axis, months or nanoseconds.
 struct time_step {
     int months;
@@ -209,15 +227,16 @@ axis number_axis(double low, double high, double room, double if_empty, std::siz
     const double narrowest = std::max(1e-12 * largest, 1e-290);
     const double margin = high - low > narrowest ? room * (high - low) : if_empty / 2;
     axis result{low - std::max(margin, narrowest), high + std::max(margin, narrowest), {}, {}};
+    most = std::max<std::size_t>(most, 2);
     const double width = result.high - result.low;
-    const double step =
-        round_step(std::max(width / static_cast<double>(std::max<std::size_t>(most, 2)), least));
-    const double first = std::ceil(result.low / step);
-    const double last = std::floor(result.high / step);
-    for (int i = 0; first + i <= last; ++i) {
-        const double at = first + i == 0 ? 0 : (first + i) * step;
-        result.ticks.push_back({at, number_text(at, step, std::max(largest, step))});
+    double step = round_step(std::max(width / static_cast<double>(most), least));
+    result.ticks = number_ticks(result, step, largest);
+    // One tick alone shows no scale.
+    while (result.ticks.size() < 2 && finer(step) >= least) {
+        step = finer(step);
+        result.ticks = number_ticks(result, step, largest);
     }
+    if (result.ticks.size() > most + 1) result.ticks = {result.ticks.front(), result.ticks.back()};
     return result;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "console/report.h"
 #include "console/text.h"
 #include "core/data_types.h"
 #include "files/group_times.h"
@@ -64,7 +65,9 @@ std::vector<selected_channel> drawable_channels(
     return drawable;
 }
 
-curve_set::curve_set(const std::vector<selected_channel>& channels, std::size_t columns)
+curve_set::curve_set(const std::vector<selected_channel>& channels, std::size_t columns,
+                     const time_limits& limits)
+    : limits_(limits)
 {
     for (const selected_channel& c : channels) add(c, columns);
     label_curves();
@@ -81,6 +84,7 @@ void curve_set::add(const selected_channel& c, std::size_t columns)
         added.kind = x_kind::seconds;
         added.rate = *rate;
     }
+    added.next = f.first;
     f.members.push_back(curves_.size());
     curves_.push_back(std::move(added));
 }
@@ -94,7 +98,19 @@ curve_set::family& curve_set::family_of(const selected_channel& c)
             f.times ? f.times->count >= c.count : curves_[f.members.front()].from.count <= c.count;
         if (f.group == group && as_long) return f;
     }
-    return families_.emplace_back(family{group, time_channel_of(c.group, c.count), {}});
+    family& added = families_.emplace_back(family{group, time_channel_of(c.group, c.count), {}});
+    if (limits_.since || limits_.until) limit(added, c, limits_);
+    return added;
+}
+
+void curve_set::limit(family& f, const selected_channel& c, const time_limits& limits)
+{
+    f.times = required_times(c.group, c.count);
+    if (limits.since) f.first = row_at(*f.times, *limits.since);
+    if (limits.until) f.end = row_at(*f.times, *limits.until);
+    // Rows are found by halving, which other times mislead.
+    if (ascend(*f.times, f.first, std::min(f.end, f.times->count))) return;
+    throw failure(in_quotes(f.times->name()) + ": the times do not ascend");
 }
 
 // The group's name distinguishes what is otherwise called the same, or else the channel's own name.
@@ -115,7 +131,8 @@ void curve_set::label_curves()
 std::uint64_t curve_set::end_of(const family& f, const curve& c)
 {
     if (c.unreadable) return c.next;
-    return f.times ? std::min(c.from.count, f.times->count) : c.from.count;
+    const std::uint64_t end = f.times ? std::min(c.from.count, f.times->count) : c.from.count;
+    return std::max(c.next, std::min(end, f.end));
 }
 
 std::uint64_t curve_set::bytes_to_read() const
@@ -139,6 +156,7 @@ void curve_set::read(const complaint& complain)
     piece rows;
     for (family& f : families_) {
         while (find_rows(f, rows)) read(f, rows, shown, complain);
+        for (const std::size_t i : f.members) curves_[i].longest_step = f.steps.longest();
     }
     for (curve& c : curves_) c.trace.settle();
 }
@@ -170,8 +188,9 @@ void curve_set::read(family& f, piece& rows, progress& shown, const complaint& c
             return false;
         }
     };
-    const bool timed =
-        !f.times || read(*f.times, rows.first, std::span(rows.times.get(), rows.end - rows.first));
+    const std::span times(rows.times.get(), rows.end - rows.first);
+    const bool timed = !f.times || read(*f.times, rows.first, times);
+    if (f.times && timed) f.steps.take_in(rows.first, times);
     for (const std::size_t i : f.members) {
         curve& c = curves_[i];
         const std::uint64_t end = std::min(rows.end, end_of(f, c));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -11,6 +12,7 @@
 #include "console/progress.h"
 #include "files/measurement_file.h"
 #include "plotting/envelope.h"
+#include "plotting/steps.h"
 
 namespace tool {
 
@@ -25,6 +27,7 @@ struct curve {
     x_kind kind = x_kind::samples;
     double rate = 1;  // samples per unit of x
     envelope trace;   // over nanoseconds since 1970, or samples
+    double longest_step = std::numeric_limits<double>::infinity();  // in nanoseconds
     std::uint64_t next = 0;
     bool unreadable = false;
 
@@ -41,13 +44,21 @@ std::vector<selected_channel> drawable_channels(
     const tdms::file& file, const std::vector<std::string>& names,
     const std::function<void(const selected_channel&)>& other);
 
+/// A time from which, and one before which samples are drawn.
+struct time_limits {
+    std::optional<tdms::time> since;
+    std::optional<tdms::time> until;
+};
+
 /// The curves of channels, which are read piece by piece.
 class curve_set {
   public:
     using complaint = std::function<void(const selected_channel&, const std::string& message)>;
 
+    /// Throws a failure if limits cannot be found in a group's times.
     /// @param columns of the widest picture
-    curve_set(const std::vector<selected_channel>& channels, std::size_t columns);
+    curve_set(const std::vector<selected_channel>& channels, std::size_t columns,
+              const time_limits& limits);
 
     /// Reads what has not been read, as far as it goes. A channel that cannot be read is reported,
     /// and its curve ends there.
@@ -69,6 +80,9 @@ class curve_set {
         std::string group;
         std::optional<selected_channel> times;
         std::vector<std::size_t> members;
+        std::uint64_t first = 0;  // row
+        std::uint64_t end = ~std::uint64_t{0};
+        step_counter steps{};
     };
 
     // Some rows of one family, first to end - 1.
@@ -81,6 +95,7 @@ class curve_set {
 
     void add(const selected_channel& c, std::size_t columns);
     family& family_of(const selected_channel& c);
+    static void limit(family& f, const selected_channel& c, const time_limits& limits);
     void label_curves();
     static std::uint64_t end_of(const family& f, const curve& c);
     std::uint64_t bytes_to_read() const;
@@ -89,6 +104,7 @@ class curve_set {
     void read(family& f, piece& rows, progress& shown, const complaint& complain);
     static void add_samples(curve& c, std::span<const double> values, const piece& rows);
 
+    time_limits limits_;
     std::vector<curve> curves_;
     std::vector<family> families_;
 };

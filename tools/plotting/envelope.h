@@ -72,6 +72,7 @@ class envelope {
     /// In the order of the samples; in that of x if that goes back and forth too often.
     const std::vector<envelope_cell>& cells() const { return cells_; }
     std::uint64_t samples() const { return samples_; }
+    std::size_t columns() const { return columns_; }
 
     /// How many of the samples are numbers, but too large to draw.
     std::uint64_t too_large() const { return too_large_; }

@@ -1,5 +1,7 @@
 #include "plotting/panel_script.h"
 
+#include <algorithm>
+#include <cmath>
 #include <optional>
 
 #include "console/text.h"
@@ -28,15 +30,28 @@ void put_extremes(const envelope_cell& cell, Put put)
     if (!falls && cell.low != cell.high) put_inner(cell.high_x, cell.high);
 }
 
-std::vector<point> points_of(const curve& c)
+std::vector<point> points_of(const curve& c, const x_axis& x)
 {
+    // What was not measured is no line; a gap that is not seen need not be one.
+    const double column =
+        1e9 * (x.shown.high - x.shown.low) / static_cast<double>(c.trace.columns());
+    const double longest_step = std::max(c.longest_step, column);
+    const auto is_gap = [&](std::int64_t from, std::int64_t to) {
+        // Which may be more than 63 bits hold.
+        const std::uint64_t step =
+            static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
+        return to > from && static_cast<double>(step) > longest_step;
+    };
     std::vector<point> points;
-    const auto put = [&points](std::int64_t x, double y) {
+    const auto put = [&points](std::int64_t at, double y) {
         const bool gap = !is_drawable(y);
         if (gap && (points.empty() || !points.back().y)) return;
-        points.push_back({x, gap ? std::nullopt : std::optional(y)});
+        points.push_back({at, gap ? std::nullopt : std::optional(y)});
     };
+    std::int64_t last_x = 0;
     for (const envelope_cell& cell : c.trace.cells()) {
+        if (!points.empty() && is_gap(last_x, cell.first_x)) put(last_x, NAN);
+        last_x = cell.last_x;
         put(cell.first_x, cell.first);
         put_extremes(cell, put);
         const bool is_one_sample = cell.first_x == cell.last_x && cell.first == cell.last;
@@ -95,7 +110,7 @@ panel_plot::panel_plot(std::string& script, const panel& p, const x_axis& x, std
         const curve& c = *p.curves[i];
         const auto lane = static_cast<double>(p.curves.size() - 1 - i);
         const point_writer writer(x, c, p.of_bools ? lane_height : 1, p.of_bools ? lane : 0);
-        const std::vector<point> points = points_of(c);
+        const std::vector<point> points = points_of(c, x);
         std::string name = "$panel" + std::to_string(number);
         name.append("curve").append(std::to_string(i));
         std::string shown_as_points;

@@ -60,25 +60,22 @@ std::string label_text(std::string text)
     return gnuplot_text(text);
 }
 
-// A panel's legend: its curves' names, in as many rows as they take.
+// A panel's legend: its curves' names, in one row or in columns.
 class legend {
   public:
     legend(const panel& p, double left, double width)
     {
-        const double room = width - line_sample;
-        double x = 0;
+        double total = 0;
+        double widest = 0;
         for (const curve* const c : p.curves) {
-            std::size_t longest = longest_label;
-            std::string text = shown_label(*c, longest);
-            while (longest > 1 && pixel_width(text) > room) text = shown_label(*c, --longest);
-            const double taken = line_sample + pixel_width(text) + between_names;
-            if (x != 0 && x + taken > width + between_names) {
-                x = 0;
-                ++rows_;
-            }
-            entries_.push_back({std::move(text), left + x, rows_ - 1});
-            x += taken;
+            entries_.push_back({fitting_label(*c, width - line_sample), 0, 0});
+            const double taken = width_of(entries_.back());
+            total += taken;
+            widest = std::max(widest, taken);
         }
+        const double room = width + between_names;
+        place(left, total <= room ? p.curves.size() : static_cast<std::size_t>(room / widest),
+              total <= room ? 0 : widest);
     }
 
     struct entry {
@@ -90,6 +87,36 @@ class legend {
     double height() const { return rows_ * line_height; }
 
   private:
+    static std::string fitting_label(const curve& c, double room)
+    {
+        std::size_t longest = longest_label;
+        std::string text = shown_label(c, longest);
+        while (longest > 1 && pixel_width(text) > room) text = shown_label(c, --longest);
+        return text;
+    }
+
+    static double width_of(const entry& e)
+    {
+        return line_sample + pixel_width(e.text) + between_names;
+    }
+
+    // @param column the width of a column, or 0 for the width of each name
+    void place(double left, std::size_t columns, double column)
+    {
+        double x = left;
+        std::size_t in_row = 0;
+        for (entry& e : entries_) {
+            if (in_row++ == std::max<std::size_t>(columns, 1)) {
+                in_row = 1;
+                x = left;
+                ++rows_;
+            }
+            e.x = x;
+            e.row = rows_ - 1;
+            x += column == 0 ? width_of(e) : column;
+        }
+    }
+
     std::vector<entry> entries_;
     double rows_ = 1;
 };
@@ -214,11 +241,12 @@ class picture {
         }
     }
 
-    // A lane of bools needs less than a frame, but many need more.
+    // A lane of bools needs less than a frame, but many need more, as many curves do.
     static double parts_of(const layout_row& row)
     {
         const auto curves = static_cast<double>(row.shown->curves.size());
-        return row.shown->of_bools ? std::max(0.4, 0.2 * curves) : 1;
+        if (row.shown->of_bools) return std::max(0.4, 0.2 * curves);
+        return 1 + 0.075 * std::max(0.0, curves - 6);
     }
 
     std::string at(double x, double y) const
