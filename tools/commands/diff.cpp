@@ -276,7 +276,7 @@ class comparison {
     {
         number_reader result;
         static_cast<void>(tdms::with_type(c.type, [&]<class T>() {
-            if constexpr (is_number<T>) result = numbers_as<T>(in, c);
+            if constexpr (is_number<T>) result = this->template numbers_as<T>(in, c);
         }));
         return result;
     }

@@ -11,7 +11,7 @@ constexpr std::uint64_t factor = 5;
 // By the power of two and the two bits after the first.
 std::size_t bucket_of(std::uint64_t step)
 {
-    const auto width = static_cast<unsigned>(std::bit_width(step));
+    const auto width = static_cast<std::size_t>(std::bit_width(step));
     if (width < 3) return step;
     return 4 * (width - 2) + ((step >> (width - 3)) & 3);
 }
