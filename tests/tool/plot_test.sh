@@ -260,7 +260,7 @@ status 1 'p.svg" cannot be written' bash -c 'ulimit -f 3; "$0" plot values -o em
 # On a terminal, of 80 columns and 25 rows unless it says otherwise: a panel at a time.
 status 0 '^  \* a   # the other   \[V\]$' "$tdms" plot times.tdms g
 (($(wc -l <out) == 24 && $(wc -L <out) <= 80)) || fail "$(wc -lL <out)"
-if command -v script >/dev/null; then
+if script -qec true /dev/null >/dev/null 2>&1; then  # which needs a pseudo-terminal
     follow="stty cols 60 rows 20; timeout -s INT --foreground --preserve-status 1 '$tdms' plot --follow many.tdms h"
     status 0 '' script -qec "$follow" typescript
     grep -q '2 of 20 panels fit' out || fail "panels that do not fit: $(head -c 300 out)"
