@@ -6,6 +6,16 @@
 
 namespace tdms_impl {
 
+/// More bytes or values than any segment can hold.
+inline constexpr std::uint64_t too_much = ~std::uint64_t{0};
+
+/// A sum, or too_much.
+inline std::uint64_t sum_of(std::uint64_t a, std::uint64_t b)
+{
+    std::uint64_t sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? too_much : sum;
+}
+
 /// A channel's raw data index. Fields after `form` are set only for the explicit forms.
 struct raw_data_index {
     std::uint32_t form;

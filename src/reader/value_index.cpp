@@ -7,15 +7,6 @@
 namespace tdms_impl {
 namespace {
 
-// What no segment can hold.
-constexpr std::uint64_t too_much = ~std::uint64_t{0};
-
-std::uint64_t sum_of(std::uint64_t a, std::uint64_t b)
-{
-    std::uint64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? too_much : sum;
-}
-
 // The bytes of a value of a type with a fixed size; 0 for any other.
 std::uint32_t value_size(std::uint32_t type)
 {

@@ -97,9 +97,9 @@ status 1 'type double and int64' "$tdms" diff as_doubles exact
 "$record" one.tdms 1 200 >recorded && "$record" two.tdms 1 200 >recorded || fail record
 status 0 '' "$tdms" diff one.tdms one.tdms
 status 1 '^file: property "start": 20.* and 20' "$tdms" diff one.tdms two.tdms
-head -c -1 one.tdms >torn.tdms
-status 1 'torn.tdms: the last' "$tdms" diff one.tdms torn.tdms
-status 0 'torn.tdms: the last' "$tdms" diff torn.tdms torn.tdms
-status 0 'torn.tdms: the last' "$tdms" info --stats torn.tdms
-status 1 'torn.tdms: the last' "$tdms" info --stats --strict torn.tdms
+head -c -1 one.tdms >truncated.tdms
+status 1 'truncated.tdms: the last' "$tdms" diff one.tdms truncated.tdms
+status 0 'truncated.tdms: the last' "$tdms" diff truncated.tdms truncated.tdms
+status 0 'truncated.tdms: the last' "$tdms" info --stats truncated.tdms
+status 1 'truncated.tdms: the last' "$tdms" info --stats --strict truncated.tdms
 finish

@@ -9,14 +9,8 @@
 namespace tool {
 namespace {
 
-// What no file holds.
-constexpr std::uint64_t too_much = ~std::uint64_t{0};
-
-std::uint64_t sum_of(std::uint64_t a, std::uint64_t b)
-{
-    std::uint64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? too_much : sum;
-}
+using tdms_impl::sum_of;
+using tdms_impl::too_much;
 
 // Why an index of a channel of that type is rejected.
 std::string index_fault(const tdms_impl::raw_data_index& index, std::uint32_t type)
