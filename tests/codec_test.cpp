@@ -1,10 +1,7 @@
 // Values and timestamps against their bytes.
-#include "codec/layout.h"
+#include "codec/exported_codec.h"
 #include "codec/short_move.h"
-#include "codec/timestamp_codec.h"
-#include "codec/value_codec.h"
 #include "elements.h"
-#include "reader/lead_in.h"
 #include "support.h"
 
 namespace {

@@ -2,7 +2,7 @@
 // The C library's functions stand here, in front of the real ones.
 #include <new>
 
-#include "core/object_model.h"
+#include "open_files.h"
 #include "sessions.h"
 #include "streams.h"
 #include "support.h"

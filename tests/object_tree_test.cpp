@@ -1,5 +1,5 @@
 // Files, groups and channels in memory: statuses, order, replacement, the registry.
-#include "core/object_model.h"
+#include "open_files.h"
 #include "support.h"
 
 namespace {

@@ -71,7 +71,7 @@ int append_values(void* handle, std::uint64_t count, const T* values)
                           [&](unsigned char* target) { encode_values(values, count, target); });
 }
 
-int append_texts(void* handle, std::uint64_t count, const char* const* values)
+int append_values(void* handle, std::uint64_t count, const c_string* values)
 {
     return guarded_change<channel>(handle, [&](channel& c) -> int {
         if (values == nullptr && count != 0) return TDMS_ARGUMENT;
@@ -79,10 +79,10 @@ int append_texts(void* handle, std::uint64_t count, const char* const* values)
         if (const int status = check_type(c, TDMS_TYPE_STRING)) return status;
         // What a save has written stays as it is until the new strings are complete.
         const bool unsaved = is_unsaved(c);
-        const bool in_place = unsaved || c.text_ends.empty();
+        const bool in_place = unsaved || c.string_ends.empty();
         byte_vector bytes;
         byte_vector ends;
-        const staged_strings to{in_place ? c.text_ends : ends, in_place ? c.data : bytes};
+        const staged_strings to{in_place ? c.string_ends : ends, in_place ? c.data : bytes};
         const std::size_t old_bytes = to.bytes.size();
         const std::size_t old_ends = to.ends.size();
         const auto undo = [&] {
@@ -102,7 +102,7 @@ int append_texts(void* handle, std::uint64_t count, const char* const* values)
         }
         if (!in_place) {
             c.data.swap(bytes);
-            c.text_ends.swap(ends);
+            c.string_ends.swap(ends);
         }
         if (!unsaved) c.chunk_count = 0;
         count_values(c, TDMS_TYPE_STRING, count);
@@ -118,12 +118,7 @@ int append_texts(void* handle, std::uint64_t count, const char* const* values)
     {                                                                           \
         return tdms_impl::append_values(channel, count, values);                \
     }
-TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_APPENDING)
-
-int tdms_append_string(void* channel, uint64_t count, const char* const* values)
-{
-    return tdms_impl::append_texts(channel, count, values);
-}
+TDMS_ELEMENTS(TDMS_DEFINE_APPENDING)
 
 int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_t* values)
 {

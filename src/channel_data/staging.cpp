@@ -6,9 +6,8 @@
 
 #include "codec/element.h"
 #include "codec/short_move.h"
-#include "core/data_types.h"
-#include "core/handles.h"
-#include "core/text.h"
+#include "core/c_string.h"
+#include "core/object_lookup.h"
 
 namespace tdms_impl {
 namespace {
@@ -42,6 +41,18 @@ int stage(void* handle, std::uint64_t count, const T* values)
     }
 }
 
+int stage(void* handle, std::uint64_t count, const c_string* values)
+{
+    option* const file = file_of(static_cast<channel*>(handle));
+    if (file == nullptr) return TDMS_CHANNEL_HANDLE;
+    if (values == nullptr && count != 0) return TDMS_CHANNEL_DATA_READ;
+    byte_vector ends;
+    byte_vector bytes;
+    append_strings(count, values, {ends, bytes});
+    return file->set_channel_data(handle, TDMS_TYPE_STRING, count, std::move(bytes),
+                                  std::move(ends));
+}
+
 }  // namespace
 
 void append_strings(std::uint64_t count, const char* const* values, staged_strings to)
@@ -57,7 +68,7 @@ void append_strings(std::uint64_t count, const char* const* values, staged_strin
         const auto strings = std::min<std::uint64_t>(count - first, part.size());
         std::size_t size = 0;
         for (std::size_t i = 0; i != strings; ++i) {
-            part[i] = text(values[first + i]);
+            part[i] = not_null(values[first + i]);
             size += part[i].size();
         }
         std::size_t next = to.bytes.size();
@@ -93,12 +104,12 @@ int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64
 }
 
 int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64_t count,
-                             byte_vector&& bytes, byte_vector&& text_ends)
+                             byte_vector&& bytes, byte_vector&& string_ends)
 {
     channel* found = nullptr;
     if (const int status = prepare_staging(*this, handle, type, found)) return status;
     found->data = std::move(bytes);
-    found->text_ends = std::move(text_ends);
+    found->string_ends = std::move(string_ends);
     found->data_type = type;
     found->chunk_count = count;
     found->saves_at_staging = segment_count;
@@ -112,16 +123,4 @@ int option::set_channel_data(const void* handle, std::uint32_t type, std::uint64
     {                                                                                \
         return tdms_impl::stage(channel, count, values);                             \
     }
-TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_STAGING)
-
-int set_channel_data_string(void* channel, uint64_t count, const char* const* values)
-{
-    tdms_impl::option* const file = tdms_impl::file_of(static_cast<tdms_impl::channel*>(channel));
-    if (file == nullptr) return TDMS_CHANNEL_HANDLE;
-    if (values == nullptr && count != 0) return TDMS_CHANNEL_DATA_READ;
-    tdms_impl::byte_vector ends;
-    tdms_impl::byte_vector bytes;
-    tdms_impl::append_strings(count, values, {ends, bytes});
-    return file->set_channel_data(channel, TDMS_TYPE_STRING, count, std::move(bytes),
-                                  std::move(ends));
-}
+TDMS_ELEMENTS(TDMS_DEFINE_STAGING)

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "core/data_types.h"
 #include "core/object_model.h"
 
 namespace tdms_impl {
@@ -20,13 +21,13 @@ struct staged_strings {
 };
 
 /// Appends strings; a null one is an exception. If there is an exception, `to` may have grown.
-void append_strings(std::uint64_t count, const char* const* values, staged_strings to);
+void append_strings(std::uint64_t count, const c_string* values, staged_strings to);
 
 /// Whether the channel has staged values that no save has written.
 inline bool is_unsaved(const channel& c)
 {
     const std::uint64_t saves = c.group->file->segment_count;
-    return c.saves_at_staging == saves && (!c.data.empty() || !c.text_ends.empty());
+    return c.saves_at_staging == saves && (!c.data.empty() || !c.string_ends.empty());
 }
 
 }  // namespace tdms_impl

@@ -2,27 +2,29 @@
 #include <mutex>
 
 #include "codec/element.h"
-#include "core/data_types.h"
-#include "core/handles.h"
-#include "reader/channel_values.h"
+#include "core/object_lookup.h"
+#include "reader/channel_blocks.h"
 
 namespace tdms_impl {
 namespace {
 
-// Locates a channel's values and checks that they are of the wanted type. The type is looked at
-// second: a file that cannot be read is told first.
-int locate_values(void* handle, std::uint32_t type, channel_values& values, std::uint64_t& count)
+// Locates a channel's values and checks that they are of the wanted type. The type is checked
+// second: a file that cannot be read is reported first.
+int locate_values(void* handle, std::uint32_t type, channel_blocks& values, std::uint64_t& count)
 {
-    option* const file = file_of(static_cast<channel*>(handle));
+    const auto* const wanted = static_cast<const channel*>(handle);
+    option* const file = file_of(wanted);
     if (file == nullptr) return TDMS_CHANNEL_HANDLE;
-    if (file->get_channel_data(handle, values) != TDMS_OK) return TDMS_CHANNEL_DATA_READ;
-    if (file->get_channel_datatype(handle) != static_cast<int>(type)) return TDMS_CHANNEL_DATATYPE;
-    if (file->get_num_channel_data(handle, count) != TDMS_OK) return TDMS_CHANNEL_DATA_COUNT;
-    return TDMS_OK;
+    channel* found = nullptr;
+    if (find_object(*file, *wanted, found) != TDMS_OK || !values.locate(*file, *found)) {
+        return TDMS_CHANNEL_DATA_READ;
+    }
+    count = found->value_count;
+    return found->data_type == type ? TDMS_OK : TDMS_CHANNEL_DATATYPE;
 }
 
-// How far behind the beginning of the caller's array the stored bytes are read to: up to its end,
-// so that values which are larger in memory than in the file can be decoded from the front.
+// Where in the caller's array the stored bytes go: at its end, so wider values can be decoded front
+// to back.
 template <class T>
 std::uint64_t stored_offset(std::uint64_t count)
 {
@@ -30,11 +32,11 @@ std::uint64_t stored_offset(std::uint64_t count)
     return (sizeof(T) - stored_size<T>)*count;
 }
 
-// Turns the stored bytes into values where they stand.
+// Turns the stored bytes into values in place.
 template <class T>
 void decode_in_place(T*, std::uint64_t)
 {
-    static_assert(host_is_little, "a number in a file is one in memory");
+    static_assert(host_is_little, "stored numbers are used in place");
 }
 
 void decode_in_place(bool* values, std::uint64_t count)
@@ -52,7 +54,7 @@ void decode_in_place(timestamp_fields* values, std::uint64_t count)
 template <class T>
 int fetch(void* handle, T* values)
 {
-    channel_values stored;
+    channel_blocks stored;
     std::uint64_t count = 0;
     if (const int status = locate_values(handle, type_code<T>, stored, count)) return status;
     if (count == 0) return TDMS_OK;
@@ -66,17 +68,17 @@ int fetch(void* handle, T* values)
 }
 
 // The strings of all channels read in this process. Nothing in it ever moves, and it is never
-// destroyed: a string stays good until the process ends, whatever other code runs at its end.
+// destroyed: a string stays valid until the process ends, whatever other code runs at its end.
 class string_storage {
   public:
-    void add(std::list<string_block>&& read, std::uint64_t count, const char** out)
+    void add(std::list<string_block>&& read, std::uint64_t count, c_string* out)
     {
         const std::lock_guard guard(lock_);
         blocks_.splice(blocks_.end(), read);
         // Deliberate: the storage's first strings are handed out, not those just read.
         for (auto block = blocks_.begin(); count != 0; ++block) {
             const std::uint64_t part = std::min(count, block->count());
-            block->for_each(part, [&out](const char* text, std::uint32_t) { *out++ = text; });
+            block->for_each(part, [&out](c_string string, std::uint32_t) { *out++ = string; });
             count -= part;
         }
     }
@@ -92,6 +94,18 @@ string_storage& stringStorage()
     return storage;
 }
 
+int fetch(void* handle, c_string* values)
+{
+    channel_blocks stored;
+    std::uint64_t count = 0;
+    if (const int status = locate_values(handle, TDMS_TYPE_STRING, stored, count)) return status;
+    if (count == 0) return TDMS_OK;
+    std::list<string_block> read;
+    if (values == nullptr || !stored.read_strings(count, read)) return TDMS_CHANNEL_DATA_READ;
+    stringStorage().add(std::move(read), count, values);
+    return TDMS_OK;
+}
+
 }  // namespace
 }  // namespace tdms_impl
 
@@ -100,18 +114,4 @@ string_storage& stringStorage()
     {                                                          \
         return tdms_impl::fetch(channel, values);              \
     }
-TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_READER)
-
-int get_channel_data_string(void* channel, const char** values)
-{
-    tdms_impl::channel_values stored;
-    std::uint64_t count = 0;
-    if (const int status = tdms_impl::locate_values(channel, TDMS_TYPE_STRING, stored, count)) {
-        return status;
-    }
-    if (count == 0) return TDMS_OK;
-    std::list<tdms_impl::string_block> read;
-    if (values == nullptr || !stored.read_strings(count, read)) return TDMS_CHANNEL_DATA_READ;
-    tdms_impl::stringStorage().add(std::move(read), count, values);
-    return TDMS_OK;
-}
+TDMS_ELEMENTS(TDMS_DEFINE_READER)

@@ -1,11 +1,11 @@
 #pragma once
 
 // Values in a file:
-// - integers and floating-point numbers stand as their bits, in either byte order; files of this
-//   library are little-endian throughout,
+// - integers and floating-point numbers are stored as their bits, in either byte order; files of
+//   this library are little-endian throughout,
 // - a string is its length as 32 bits and its bytes, without a terminator,
-// - the texts of a string channel are a table of 32-bit end offsets, one a text, counted from the
-//   end of the table, and the bytes of all texts behind it.
+// - the block of a string channel is a table of 32-bit end offsets, one for each string, counted
+//   from the end of the table, then the bytes of all strings.
 
 #include <algorithm>
 #include <array>
@@ -16,7 +16,7 @@ namespace tdms_impl {
 
 inline constexpr bool host_is_little = std::endian::native == std::endian::little;
 
-/// The value whose bytes stand at p. REQUIRES: sizeof(T) readable bytes.
+/// The value whose bytes are at p. REQUIRES: sizeof(T) readable bytes.
 template <class T>
 T load(const unsigned char* p, bool little)
 {
@@ -26,7 +26,7 @@ T load(const unsigned char* p, bool little)
     return std::bit_cast<T>(bytes);
 }
 
-/// Puts the value's bytes at p. REQUIRES: sizeof(T) writable bytes.
+/// Stores the value's bytes at p. REQUIRES: sizeof(T) writable bytes.
 template <class T>
 void store(unsigned char* p, T value, bool little)
 {

@@ -6,7 +6,7 @@
 
 namespace tdms_impl {
 
-/// Puts a value at p as a file stores it. REQUIRES: stored_size<T> writable bytes.
+/// Stores a value at p. REQUIRES: stored_size<T> writable bytes.
 template <class T>
 void store_element(unsigned char* p, const T& value)
 {
@@ -19,7 +19,7 @@ inline void store_element(unsigned char* p, const timestamp_fields& value)
     encode_timestamps(&value, 1, p);
 }
 
-/// The value that a file stores at p. REQUIRES: stored_size<T> readable bytes.
+/// The value that is stored at p. REQUIRES: stored_size<T> readable bytes.
 template <class T>
 T load_element(const unsigned char* p)
 {
@@ -35,7 +35,9 @@ inline bool load_element<bool>(const unsigned char* p)
 template <>
 inline timestamp_fields load_element<timestamp_fields>(const unsigned char* p)
 {
-    return read_timestamp(p, true);
+    timestamp_fields value{};
+    decode_timestamps(p, 1, &value);
+    return value;
 }
 
 }  // namespace tdms_impl

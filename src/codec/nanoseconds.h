@@ -8,7 +8,7 @@
 
 namespace tdms_impl {
 
-/// Puts the 16 bytes of every value at `target`.
+/// Stores the 16 bytes of every value at `target`.
 void encode_nanoseconds(const std::int64_t* values, std::uint64_t count, unsigned char* target);
 
 /// Decodes `count` values of 16 bytes. A time that no count reaches becomes the nearest end.

@@ -31,10 +31,9 @@ std::int64_t local_to_seconds(const timestamp_fields& t)
     return std::mktime(&fields);
 }
 
-// mktime() is slow, and many samples fall in the same minute. Between two seconds of a minute that
-// mktime() itself has put as far apart as they stand, all others follow by addition. No call is
-// made that a value by itself would not make: what mktime() answers where the clock was set back
-// depends on its calls before.
+// mktime() is slow, and many samples fall in the same minute. Once mktime() has placed two seconds
+// of a minute exactly as far apart as their fields, all between follow by addition. It is never
+// called for a value not given: after a clock change its answer depends on earlier calls.
 class calendar_to_seconds {
   public:
     std::int64_t operator()(const timestamp_fields& t)
@@ -54,7 +53,7 @@ class calendar_to_seconds {
     {
         const std::int64_t seconds = local_to_seconds(t);
         const bool continues = same_minute(t) && first_ <= last_ && seconds - t.second == start_;
-        // Outside of its minute a second is not one of it, and knowledge of the minute ends.
+        // A second outside 0-59 is in another minute: forget this one.
         const bool within = t.second >= 0 && t.second <= 59;
         minute_ = t;
         start_ = seconds - t.second;
@@ -77,9 +76,9 @@ std::tm localtime_of(std::int64_t seconds)
     return fields;
 }
 
-// localtime() is as slow. When a minute comes up again, its two ends are converted; if nothing
-// happens to the clock between them, all its seconds follow by addition. tzset() makes a change of
-// TZ take effect, as localtime() does.
+// localtime() is as slow. When a minute comes up again, its first and last second are converted; if
+// the clock does not change between them, all its seconds follow by addition. tzset() makes a
+// change of TZ take effect, as localtime() does.
 class seconds_to_calendar {
   public:
     seconds_to_calendar() { tzset(); }
@@ -125,8 +124,8 @@ class seconds_to_calendar {
 
 void encode(const timestamp_fields& t, calendar_to_seconds& clock, unsigned char* p, bool little)
 {
-    // Deliberate: the seconds are taken off the microseconds in 32 bits. Times the fraction's unit
-    // that leaves less than a picosecond for each second beside the microseconds.
+    // Deliberate: the seconds are taken off the microseconds in 32 bits. Multiplied by the unit,
+    // this adds under a picosecond per second.
     const std::int32_t f = wrapping_difference(
         t.microsecond, microseconds_per_second * static_cast<std::uint32_t>(t.second));
     store(p, static_cast<std::uint64_t>(static_cast<std::int64_t>(f)) * fraction_per_microsecond,
@@ -140,7 +139,7 @@ timestamp_fields decode(const unsigned char* p, seconds_to_calendar& clock, bool
     const std::uint64_t microseconds = seconds * microseconds_per_second +
                                        load<std::uint64_t>(p, little) / fraction_per_microsecond;
     // Deliberate: an unsigned quotient, of which 32 bits are kept. Only times from 1970-01-01 to
-    // 2038-01-19 come out right.
+    // 2038-01-19 read back.
     const auto t = static_cast<std::int32_t>(
         static_cast<std::uint32_t>(microseconds / microseconds_per_second));
     return clock.fields(t, static_cast<std::int32_t>(microseconds % microseconds_per_second));
@@ -148,36 +147,22 @@ timestamp_fields decode(const unsigned char* p, seconds_to_calendar& clock, bool
 
 }  // namespace
 
-void encode_timestamps(const timestamp_fields* values, std::uint64_t count, unsigned char* target)
+void encode_timestamps(const timestamp_fields* values, std::uint64_t count, unsigned char* target,
+                       bool little)
 {
     calendar_to_seconds clock;
     for (std::uint64_t i = 0; i != count; ++i) {
-        encode(values[i], clock, target + timestamp_size * i, true);
+        encode(values[i], clock, target + timestamp_size * i, little);
     }
 }
 
-void decode_timestamps(const unsigned char* bytes, std::uint64_t count, timestamp_fields* values)
+void decode_timestamps(const unsigned char* bytes, std::uint64_t count, timestamp_fields* values,
+                       bool little)
 {
     seconds_to_calendar clock;
     for (std::uint64_t i = 0; i != count; ++i) {
-        values[i] = decode(bytes + timestamp_size * i, clock, true);
+        values[i] = decode(bytes + timestamp_size * i, clock, little);
     }
 }
 
 }  // namespace tdms_impl
-
-std::basic_string<unsigned char> write_timestamp(int year, int month, int day, int hour, int minute,
-                                                 int second, int microsecond, bool little)
-{
-    std::basic_string<unsigned char> bytes(tdms_impl::timestamp_size, 0);
-    tdms_impl::calendar_to_seconds clock;
-    tdms_impl::encode({year, month, day, hour, minute, second, microsecond}, clock, bytes.data(),
-                      little);
-    return bytes;
-}
-
-timestamp_fields read_timestamp(const unsigned char* p, bool little)
-{
-    tdms_impl::seconds_to_calendar clock;
-    return tdms_impl::decode(p, clock, little);
-}

@@ -1,9 +1,8 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstring>
-#include <memory>
-#include <utility>
 #include <vector>
 
 namespace tdms_impl {
@@ -14,32 +13,25 @@ namespace tdms_impl {
 unsigned char* allocate_bytes(std::size_t size);
 void free_bytes(unsigned char* bytes, std::size_t size);
 
-/// Allocates by allocate_bytes(), and leaves bytes that are only made room for as they are.
-template <class T>
+/// Allocates bytes by allocate_bytes(), and leaves those that resize() adds as they are.
 struct byte_allocator {
-    using value_type = T;
+    using value_type = unsigned char;
+    template <std::same_as<value_type> T>
+    struct rebind {
+        using other = byte_allocator;
+    };
 
-    byte_allocator() = default;
-    template <class U>
-    explicit byte_allocator(const byte_allocator<U>&)
-    {
-    }
+    static unsigned char* allocate(std::size_t size) { return allocate_bytes(size); }
+    static void deallocate(unsigned char* bytes, std::size_t size) { free_bytes(bytes, size); }
 
-    T* allocate(std::size_t size) { return allocate_bytes(size); }
-    void deallocate(T* bytes, std::size_t size) { free_bytes(bytes, size); }
+    static void construct(unsigned char*) {}
+    static void construct(unsigned char* byte, unsigned char value) { *byte = value; }
 
-    void construct(T*) {}
-    template <class... Args>
-    void construct(T* byte, Args&&... args)
-    {
-        std::construct_at(byte, std::forward<Args>(args)...);
-    }
-
-    friend bool operator==(const byte_allocator&, const byte_allocator&) { return true; }
+    friend bool operator==(const byte_allocator&, const byte_allocator&) = default;
 };
 
 /// Encoded bytes; does not clear bytes added by resize().
-using byte_vector = std::vector<unsigned char, byte_allocator<unsigned char>>;
+using byte_vector = std::vector<unsigned char, byte_allocator>;
 
 /// Moves the bytes to memory with room for `extra` more, and for at least as many again as there
 /// are: growing in small steps copies each byte a constant number of times.

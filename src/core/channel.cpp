@@ -1,7 +1,8 @@
 #include <algorithm>
 
-#include "core/handles.h"
-#include "core/text.h"
+#include "core/c_string.h"
+#include "core/object_lookup.h"
+#include "core/object_path.h"
 
 using tdms_impl::channel;
 using tdms_impl::group;
@@ -11,7 +12,7 @@ namespace tdms_impl {
 namespace {
 
 // Whether a channel of the group is called `name`. A name is its path without the quotes, so the
-// path tells where to look; only a foreign file can hold paths that lack them.
+// path is where to look; only a foreign file can hold paths that lack them.
 bool has_channel_named(const group& owner, std::string_view name)
 {
     if (!owner.unquoted) return owner.channels.contains(object_path(owner.path, name));
@@ -44,32 +45,13 @@ int option::create_channel(const void* group_handle, std::string_view name, void
     return TDMS_OK;
 }
 
-int option::get_channel_datatype(const void* handle)
-{
-    channel* found = nullptr;
-    if (const int status = find_object(*this, *static_cast<const channel*>(handle), found)) {
-        return status;
-    }
-    return static_cast<int>(found->data_type);
-}
-
-int option::get_num_channel_data(const void* handle, std::uint64_t& count)
-{
-    channel* found = nullptr;
-    if (const int status = find_object(*this, *static_cast<const channel*>(handle), found)) {
-        return status;
-    }
-    count = found->value_count;
-    return TDMS_OK;
-}
-
 }  // namespace tdms_impl
 
 int create_channel(void* group_handle, const char* name, void** handle)
 {
     option* const file = tdms_impl::file_of(static_cast<group*>(group_handle));
     if (file == nullptr) return TDMS_GROUP_HANDLE;
-    return file->create_channel(group_handle, tdms_impl::text(name), handle);
+    return file->create_channel(group_handle, tdms_impl::not_null(name), handle);
 }
 
 int get_num_channel(void* handle)
@@ -103,17 +85,15 @@ int delete_channel(void* handle)
 
 int get_channel_datatype(void* handle)
 {
-    option* const file = tdms_impl::file_of(static_cast<channel*>(handle));
-    return file == nullptr ? TDMS_CHANNEL_HANDLE : file->get_channel_datatype(handle);
+    return tdms_impl::with_object<channel>(
+        handle, [](channel& found) { return static_cast<int>(found.data_type); });
 }
 
 int get_num_channel_data(void* handle, uint64_t* count)
 {
-    option* const file = tdms_impl::file_of(static_cast<channel*>(handle));
-    if (file == nullptr) return TDMS_CHANNEL_HANDLE;
-    std::uint64_t found = 0;
-    if (const int status = file->get_num_channel_data(handle, found)) return status;
-    if (count == nullptr) return TDMS_CHANNEL_DATA_COUNT;
-    *count = found;
-    return TDMS_OK;
+    return tdms_impl::with_object<channel>(handle, [count](channel& found) -> int {
+        if (count == nullptr) return TDMS_CHANNEL_DATA_COUNT;
+        *count = found.value_count;
+        return TDMS_OK;
+    });
 }

@@ -7,10 +7,9 @@
 
 #include "tdms.h"
 
-// The element types of a fixed size, first the numbers and booleans: suffix of the exported names,
-// C++ type, type code. Strings are the thirteenth element type; they have no fixed size and
-// functions of their own.
-#define TDMS_NUMBER_ELEMENTS(X)                \
+// The element types: suffix of the exported names, C++ type, type code. All but strings have a
+// fixed size in a file.
+#define TDMS_FIXED_SIZE_ELEMENTS(X)            \
     X(int8, std::int8_t, TDMS_TYPE_INT8)       \
     X(int16, std::int16_t, TDMS_TYPE_INT16)    \
     X(int32, std::int32_t, TDMS_TYPE_INT32)    \
@@ -21,13 +20,17 @@
     X(uint64, std::uint64_t, TDMS_TYPE_UINT64) \
     X(float, float, TDMS_TYPE_FLOAT)           \
     X(double, double, TDMS_TYPE_DOUBLE)        \
-    X(bool, bool, TDMS_TYPE_BOOL)
-
-#define TDMS_FIXED_SIZE_ELEMENTS(X) \
-    TDMS_NUMBER_ELEMENTS(X)         \
+    X(bool, bool, TDMS_TYPE_BOOL)              \
     X(timestamp, timestamp_fields, TDMS_TYPE_TIMESTAMP)
 
+#define TDMS_ELEMENTS(X)        \
+    TDMS_FIXED_SIZE_ELEMENTS(X) \
+    X(string, tdms_impl::c_string, TDMS_TYPE_STRING)
+
 namespace tdms_impl {
+
+/// A string as C programs pass it.
+using c_string = const char*;
 
 /// The data types a file may name, with the size of one element in bytes. A size of 0 marks a type
 /// that is known but has no fixed size, or is not supported.
@@ -36,11 +39,16 @@ class data_size_table {
     /// Deliberate: an unknown type is an exception, not a status; it leaves the exported function.
     constexpr std::uint32_t at(std::uint32_t code) const
     {
-        const auto* const found =
-            std::lower_bound(entries_.begin(), entries_.end(), code,
-                             [](const entry& e, std::uint32_t c) { return e.code < c; });
-        if (found == entries_.end() || found->code != code) throw std::out_of_range("map::at");
-        return found->size;
+        const entry* const known = find(code);
+        if (known == nullptr) throw std::out_of_range("map::at");
+        return known->size;
+    }
+
+    /// The same, but 0 for an unknown type.
+    constexpr std::uint32_t size_or_zero(std::uint32_t code) const
+    {
+        const entry* const known = find(code);
+        return known == nullptr ? 0 : known->size;
     }
 
   private:
@@ -48,6 +56,14 @@ class data_size_table {
         std::uint32_t code;
         std::uint32_t size;
     };
+
+    constexpr const entry* find(std::uint32_t code) const
+    {
+        const auto* const found =
+            std::lower_bound(entries_.begin(), entries_.end(), code,
+                             [](const entry& e, std::uint32_t c) { return e.code < c; });
+        return found == entries_.end() || found->code != code ? nullptr : found;
+    }
 
     // Sorted by code.
     std::array<entry, 22> entries_{{
@@ -83,11 +99,33 @@ inline constexpr std::uint32_t type_code = 0;
 #define TDMS_TYPE_CODE(suffix, type, code) \
     template <>                            \
     inline constexpr std::uint32_t type_code<type> = code;
-TDMS_FIXED_SIZE_ELEMENTS(TDMS_TYPE_CODE)
+TDMS_ELEMENTS(TDMS_TYPE_CODE)
 #undef TDMS_TYPE_CODE
 
-/// Bytes of one value of T in a file.
+/// Bytes of one value of T in a file; 0 for strings.
 template <class T>
 inline constexpr std::uint32_t stored_size = DataSize.at(type_code<T>);
+
+/// Stands for the element type whose C++ type is T.
+template <class T>
+struct element {
+    using type = T;
+};
+
+/// Calls `use(element<T>{})` for the element type of that code.
+/// @return its result; for a code that is no element type's, a zero
+template <class Use>
+auto with_element_type(std::uint32_t code, Use use)
+{
+    switch (code) {
+#define TDMS_CASE(suffix, type, code) \
+    case code:                        \
+        return use(element<type>{});
+        TDMS_ELEMENTS(TDMS_CASE)
+#undef TDMS_CASE
+        default:
+            return decltype(use(element<double>{})){};
+    }
+}
 
 }  // namespace tdms_impl

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "core/object_model.h"
+#include "core/c_string.h"
 #include "core/registry.h"
-#include "core/text.h"
+// A file is opened by reading it.
 #include "reader/tree_reader.h"
 
 namespace tdms_impl {
@@ -37,8 +37,8 @@ int open_file(const char* path, const char* mode, void** file)
     tdms_impl::registry& open = tdms_impl::open_files();
     const std::lock_guard guard(open.lock);
     auto opened = std::make_shared<tdms_impl::option>();
-    const std::string mode_text(tdms_impl::text(mode));
-    const std::string path_text(tdms_impl::text(path));
+    const std::string mode_text(tdms_impl::not_null(mode));
+    const std::string path_text(tdms_impl::not_null(path));
     if (file == nullptr) return TDMS_FILE_HANDLE;
     // Room in the registry comes first: without it, nothing is opened and no file emptied.
     if (open.files.size() == open.files.capacity()) open.files.reserve(2 * open.files.size() + 1);
@@ -71,6 +71,6 @@ int close_file(void** file)
 
 int delete_file(const char* path)
 {
-    const std::string path_text(tdms_impl::text(path));
+    const std::string path_text(tdms_impl::not_null(path));
     return std::remove(path_text.c_str()) == 0 ? TDMS_OK : TDMS_FILE_DELETE;
 }

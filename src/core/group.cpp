@@ -1,5 +1,6 @@
-#include "core/handles.h"
-#include "core/text.h"
+#include "core/c_string.h"
+#include "core/object_lookup.h"
+#include "core/object_path.h"
 
 using tdms_impl::group;
 using tdms_impl::option;
@@ -8,7 +9,7 @@ int create_group(void* file, const char* name, void** handle)
 {
     auto* const owner = static_cast<option*>(file);
     if (owner == nullptr) return TDMS_FILE_HANDLE;
-    const std::string_view bare_name = tdms_impl::text(name);
+    const std::string_view bare_name = tdms_impl::not_null(name);
     const std::string path = tdms_impl::object_path({}, bare_name);
     if (owner->groups.contains(path)) return TDMS_GROUP_REPEATED;
     if (handle == nullptr) return TDMS_GROUP_HANDLE;

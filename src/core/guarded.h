@@ -4,7 +4,7 @@
 #include <exception>
 #include <stdexcept>
 
-#include "core/handles.h"
+#include "core/object_lookup.h"
 
 namespace tdms_impl {
 

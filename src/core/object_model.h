@@ -2,14 +2,11 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "core/byte_vector.h"
 #include "core/descriptor.h"
@@ -31,11 +28,13 @@ enum class handle_tag : std::uint64_t {
     channel = 0x3a6e6e6168434d54
 };
 
+using byte_string = std::basic_string<unsigned char>;
+
 enum class property_origin : std::uint8_t { created, read, saved };
 
 struct property {
     std::uint32_t data_type;
-    std::basic_string<unsigned char> data;  // as it is in the file; a NUL follows it in memory
+    byte_string data;  // as it is in the file; a NUL follows it in memory
     property_origin origin = property_origin::created;
 };
 
@@ -53,7 +52,7 @@ struct channel {
     tdms_impl::group* group;
     property_map properties;
     byte_vector data;               // staged values, as they will be in the file
-    byte_vector text_ends;          // of staged strings: the table that precedes them in the file
+    byte_vector string_ends;        // of staged strings: the table that precedes them in the file
     std::uint64_t saves_at_origin;  // segment_count when it was created, or got its type
     std::uint64_t saves_at_staging;
 };
@@ -69,8 +68,6 @@ struct group {
     std::uint64_t saves_at_origin;
     bool listed;  // since then: by tdms_save(), or for its properties
 };
-
-class channel_values;
 
 /// One open file. Group and channel handles come in as untyped pointers; they are validated by
 /// looking their paths up, never by their addresses.
@@ -102,15 +99,12 @@ struct option {
     int open_file(const std::string& path, const std::string& mode);
 
     int create_channel(const void* group_handle, std::string_view name, void** handle);
-    int get_channel_datatype(const void* handle);
-    int get_num_channel_data(const void* handle, std::uint64_t& count);
 
     /// Stages a copy of `bytes`, or `bytes` themselves.
     int set_channel_data(const void* handle, std::uint32_t type, std::uint64_t count,
                          std::span<const unsigned char> bytes);
     int set_channel_data(const void* handle, std::uint32_t type, std::uint64_t count,
-                         byte_vector&& bytes, byte_vector&& text_ends = {});
-    int get_channel_data(const void* handle, channel_values& values);
+                         byte_vector&& bytes, byte_vector&& string_ends = {});
 
     bool write_time(segment_bytes& out) const;
     void write_channel(segment_bytes& out) const;
@@ -156,9 +150,3 @@ inline int close_unreadable(option& file, int status)
 }
 
 }  // namespace tdms_impl
-
-/// The open files, in the order of opening; their only owner.
-TDMS_API extern std::vector<std::shared_ptr<tdms_impl::option>> fileHandles;
-
-/// Guards fileHandles.
-TDMS_API extern std::mutex mtx;

@@ -1,103 +1,17 @@
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 
+#include "core/file_on_its_way.h"
 #include "core/guarded.h"
 #include "core/registry.h"
-#include "core/written_file.h"
+// Opening reads the file, and closing removes what was not saved completely: only here and in
+// file.cpp does the core depend on the reader and the writer.
 #include "reader/file_window.h"
+#include "reader/saved_end.h"
 #include "reader/tree_reader.h"
+#include "writer/cut_back.h"
 
 namespace tdms_impl {
 namespace {
-
-enum class open_mode { read, write, append };
-
-// A file on its way to becoming a handle's. What does not get there is closed, and a file that was
-// made for it is removed; errno stays what the reason was.
-class file_on_its_way {
-  public:
-    ~file_on_its_way()
-    {
-        const int reason = errno;
-        if (created_) unlink(path_);  // while it is locked
-        if (stream_ != nullptr) std::fclose(stream_);
-        errno = reason;
-    }
-    file_on_its_way(const file_on_its_way&) = delete;
-    file_on_its_way& operator=(const file_on_its_way&) = delete;
-
-    file_on_its_way(const char* path, open_mode mode) : path_(path), mode_(mode) {}
-
-    int file() const { return fileno(stream_); }
-
-    /// Opens the file, and locks it if it is to be written to. Nothing in it changes.
-    /// @return the size, or less than 0 with errno
-    std::int64_t open()
-    {
-        descriptor opened(open_descriptor());
-        if (opened.get() < 0 || !lock(opened.get())) return -1;
-        stream_ = fdopen(opened.get(), mode_ == open_mode::read ? "rb" : "a+b");
-        if (stream_ == nullptr) return -1;
-        // save_file() and the window need no buffer between.
-        std::setvbuf(stream_, nullptr, _IONBF, 0);
-        struct stat facts {};
-        if (fstat(opened.release(), &facts) != 0) return -1;
-        if (S_ISDIR(facts.st_mode)) {
-            errno = EISDIR;
-            return -1;
-        }
-        // A pipe or a terminal has no offsets.
-        return lseek(file(), 0, SEEK_END);
-    }
-
-    bool truncate() const
-    {
-        struct stat facts {};
-        return fstat(file(), &facts) == 0 && (!S_ISREG(facts.st_mode) || ftruncate(file(), 0) == 0);
-    }
-
-    std::FILE* release()
-    {
-        created_ = false;
-        return std::exchange(stream_, nullptr);
-    }
-
-  private:
-    int open_descriptor()
-    {
-        // Without waiting for somebody to write to a pipe.
-        if (mode_ == open_mode::read) return ::open(path_, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        constexpr int flags = O_RDWR | O_APPEND | O_NONBLOCK | O_CLOEXEC;
-        const int existing = ::open(path_, flags);
-        if (existing >= 0 || errno != ENOENT || mode_ == open_mode::append) return existing;
-        const int created = ::open(path_, flags | O_CREAT | O_EXCL, 0666);
-        created_ = created >= 0;
-        if (created_ || errno != EEXIST) return created;
-        // A link to nothing, or a file that somebody else has just made.
-        return ::open(path_, flags | O_CREAT, 0666);
-    }
-
-    // Two programs that write one file would destroy it. Not every file system has locks.
-    bool lock(int file)
-    {
-        if (mode_ == open_mode::read) return true;
-        int result = 0;
-        do {
-            result = flock(file, LOCK_EX | LOCK_NB);
-        } while (result != 0 && errno == EINTR);
-        if (result == 0 || errno != EWOULDBLOCK) return true;
-        created_ = false;  // another program has it now
-        return false;
-    }
-
-    const char* path_;
-    open_mode mode_;
-    std::FILE* stream_ = nullptr;
-    bool created_ = false;
-};
 
 // Makes a file that was read, or is to be written, the handle's.
 int become_handle(std::shared_ptr<option> opened, file_on_its_way& from, open_mode mode,

@@ -3,16 +3,17 @@
 #include <dlfcn.h>
 #include <link.h>
 
-std::vector<std::shared_ptr<tdms_impl::option>> fileHandles;
-std::mutex mtx;
+// The registry, under the names by which programs may link to it.
+TDMS_API std::vector<std::shared_ptr<tdms_impl::option>> fileHandles;
+TDMS_API std::mutex mtx;
 
 namespace tdms_impl {
 namespace {
 
-// The library is linked so that its names mean its own objects: a program's own `mtx`, a common
-// name, must never be taken for ours. But a program that refers to our `mtx` may hold the one copy
-// of it that the loader made for the whole process. Such a copy is in the program itself, and
-// carries our symbol version.
+// Our names bind to ourselves: a program's own `mtx`, a common name, must not be taken for ours.
+// But a program that refers to our `mtx` holds the process's one copy of it, which the loader has
+// put into the program itself, with our symbol version. Only the loader knows which of the two it
+// is.
 template <class T>
 T& process_wide(T& own, const char* name) noexcept
 {

@@ -1,13 +1,17 @@
 #pragma once
 
+#include <memory>
+#include <mutex>
+#include <vector>
+
 #include "core/object_model.h"
 
 namespace tdms_impl {
 
-/// The registry of open files as every user of it sees it.
+/// The registry of open files.
 struct registry {
-    std::vector<std::shared_ptr<option>>& files;
-    std::mutex& lock;
+    std::vector<std::shared_ptr<option>>& files;  // in the order of opening; their only owner
+    std::mutex& lock;                             // guards `files`
 };
 
 registry& open_files() noexcept;

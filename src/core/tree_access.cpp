@@ -1,5 +1,5 @@
 #include "core/guarded.h"
-#include "core/text.h"
+#include "core/object_path.h"
 
 namespace tdms_impl {
 namespace {

@@ -52,7 +52,7 @@ bool fits(const tdms_value& v)
     }
 }
 
-// Returns false if the value does not fit its type.
+// The bytes of a value. @return whether it fits its type
 template <class T>
 bool encode(const tdms_value& v, byte_string& bytes)
 {
@@ -66,14 +66,16 @@ bool encode(const tdms_value& v, byte_string& bytes)
     return true;
 }
 
-bool encode_checked_string(const tdms_value& v, byte_string& bytes)
+template <>
+bool encode<c_string>(const tdms_value& v, byte_string& bytes)
 {
-    const auto [text, length] = v.value.string;
-    if ((text == nullptr && length != 0) || length > most_string) return false;
-    bytes = encode_string({text, length});
+    const auto [string, length] = v.value.string;
+    if ((string == nullptr && length != 0) || length > most_string) return false;
+    bytes = encode_string({string, length});
     return true;
 }
 
+// @return whether there are enough bytes
 template <class T>
 bool decode(const byte_string& bytes, tdms_value& v)
 {
@@ -86,7 +88,8 @@ bool decode(const byte_string& bytes, tdms_value& v)
     return true;
 }
 
-bool decode_string(const byte_string& bytes, tdms_value& v)
+template <>
+bool decode<c_string>(const byte_string& bytes, tdms_value& v)
 {
     if (bytes.size() < 4) return false;
     v.value.string.text = reinterpret_cast<const char*>(bytes.data()) + 4;
@@ -94,43 +97,12 @@ bool decode_string(const byte_string& bytes, tdms_value& v)
     return true;
 }
 
-// The bytes of a value; false if it does not fit its type, or is of none that has values.
-bool encode_value(const tdms_value& v, byte_string& bytes)
-{
-    switch (v.type) {
-#define TDMS_ENCODE(suffix, type, code) \
-    case code:                          \
-        return encode<type>(v, bytes);
-        TDMS_FIXED_SIZE_ELEMENTS(TDMS_ENCODE)
-#undef TDMS_ENCODE
-        case TDMS_TYPE_STRING:
-            return encode_checked_string(v, bytes);
-        default:
-            return false;
-    }
-}
-
-bool decode_bytes(std::uint32_t type, const byte_string& bytes, tdms_value& v)
-{
-    switch (type) {
-#define TDMS_DECODE(suffix, type, code) \
-    case code:                          \
-        return decode<type>(bytes, v);
-        TDMS_FIXED_SIZE_ELEMENTS(TDMS_DECODE)
-#undef TDMS_DECODE
-        case TDMS_TYPE_STRING:
-            return decode_string(bytes, v);
-        default:
-            return false;
-    }
-}
-
 tdms_value value_of(const property& found)
 {
     tdms_value v{};
-    if (decode_bytes(found.data_type, found.data, v)) {
-        v.type = static_cast<std::int32_t>(found.data_type);
-    }
+    const bool decoded = with_element_type(
+        found.data_type, [&]<class T>(element<T>) { return decode<T>(found.data, v); });
+    if (decoded) v.type = static_cast<std::int32_t>(found.data_type);
     return v;
 }
 
@@ -153,7 +125,10 @@ int next_property(const property_map& properties, const char** name, std::uint64
 int set_property(property_map& properties, std::string_view name, const tdms_value& value)
 {
     byte_string bytes;
-    if (!encode_value(value, bytes)) return TDMS_ARGUMENT;
+    const bool encoded =
+        with_element_type(static_cast<std::uint32_t>(value.type),
+                          [&]<class T>(element<T>) { return encode<T>(value, bytes); });
+    if (!encoded) return TDMS_ARGUMENT;
     auto created = std::make_shared<property>(
         property{static_cast<std::uint32_t>(value.type), std::move(bytes)});
     const auto [entry, added] = properties.try_emplace(std::string(name));

@@ -24,7 +24,7 @@ template <class Object>
 int property_datatype(void* handle, const char* name)
 {
     return with_object<Object>(handle, [name](Object& owner) {
-        return with_property(owner, text(name),
+        return with_property(owner, not_null(name),
                              [](property& found) { return static_cast<int>(found.data_type); });
     });
 }
@@ -33,7 +33,7 @@ template <class Object>
 int delete_property(void* handle, const char* name)
 {
     return with_object<Object>(handle, [name](Object& owner) -> int {
-        const auto entry = owner.properties.find(text(name));
+        const auto entry = owner.properties.find(not_null(name));
         if (entry == owner.properties.end()) return level<Object>::property_absent;
         owner.properties.erase(entry);
         return TDMS_OK;

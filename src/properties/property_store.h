@@ -4,12 +4,10 @@
 #include <utility>
 
 #include "codec/byte_order.h"
-#include "core/handles.h"
-#include "core/text.h"
+#include "core/c_string.h"
+#include "core/object_lookup.h"
 
 namespace tdms_impl {
-
-using byte_string = std::basic_string<unsigned char>;
 
 /// A string as a file stores it: its length, then its bytes.
 inline byte_string encode_string(std::string_view value)

@@ -1,18 +1,30 @@
 #include <algorithm>
 
 #include "codec/element.h"
-#include "core/data_types.h"
 #include "properties/property_store.h"
 
 namespace tdms_impl {
 namespace {
 
-// The text of a stored string, never more than is stored; of bytes too few for a length, none.
-std::string_view stored_text(const byte_string& bytes)
+// A stored string, as far as it is stored; empty if too short to hold a length.
+std::string_view stored_string(const byte_string& bytes)
 {
     if (bytes.size() < 4) return {};
     const std::size_t length = load<std::uint32_t>(bytes.data(), true);
     return {reinterpret_cast<const char*>(bytes.data()) + 4, std::min(length, bytes.size() - 4)};
+}
+
+template <class T>
+byte_string encoded(const T& value)
+{
+    byte_string bytes(stored_size<T>, 0);
+    store_element(bytes.data(), value);
+    return bytes;
+}
+
+byte_string encoded(c_string value)
+{
+    return encode_string(not_null(value));
 }
 
 template <class Object, class T>
@@ -20,25 +32,14 @@ int create(void* handle, const char* name, const T& value)
 {
     auto* const owner = static_cast<Object*>(handle);
     if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
-    const std::string_view checked_name = text(name);
-    byte_string bytes(stored_size<T>, 0);
-    store_element(bytes.data(), value);
-    return create_property(owner, checked_name, type_code<T>, std::move(bytes));
-}
-
-template <class Object>
-int create_string(void* handle, const char* name, const char* value)
-{
-    auto* const owner = static_cast<Object*>(handle);
-    if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
-    return create_property(owner, text(name), TDMS_TYPE_STRING, encode_string(text(value)));
+    return create_property(owner, not_null(name), type_code<T>, encoded(value));
 }
 
 // The stored bytes of a property; with any status but 0 they are empty.
 template <class Object>
 int get_bytes(Object* owner, const char* name, byte_string& bytes)
 {
-    const std::string_view checked_name = text(name);
+    const std::string_view checked_name = not_null(name);
     return with_object<Object>(owner, [&](Object& found) {
         return with_property(found, checked_name, [&bytes](property& stored) {
             bytes = stored.data;
@@ -62,7 +63,7 @@ int get(void* handle, const char* name, T* value)
 }
 
 // Deliberate: the buffer must be larger than the stored bytes, length included, although only the
-// text and a NUL are written; and this is checked before the name's absence is told.
+// string and a NUL are written; and this is checked before a missing name is reported.
 template <class Object>
 int get_string(void* handle, const char* name, char* buffer, std::uint64_t size)
 {
@@ -73,7 +74,7 @@ int get_string(void* handle, const char* name, char* buffer, std::uint64_t size)
     if (size <= bytes.size()) return TDMS_PROPERTY_BUFFER;
     if (status != TDMS_OK) return status;
     if (buffer == nullptr) return TDMS_PROPERTY_BUFFER;
-    const std::string_view stored = stored_text(bytes);
+    const std::string_view stored = stored_string(bytes);
     buffer[stored.copy(buffer, stored.size())] = '\0';
     return TDMS_OK;
 }
@@ -81,30 +82,32 @@ int get_string(void* handle, const char* name, char* buffer, std::uint64_t size)
 }  // namespace
 }  // namespace tdms_impl
 
-#define TDMS_DEFINE_ACCESSORS(level, object, suffix, type)                             \
+#define TDMS_DEFINE_CREATE(level, object, suffix, type)                                \
     int create_##level##_property_##suffix(void* handle, const char* name, type value) \
     {                                                                                  \
         return tdms_impl::create<object>(handle, name, value);                         \
-    }                                                                                  \
-    int get_##level##_property_##suffix(void* handle, const char* name, type* value)   \
-    {                                                                                  \
-        return tdms_impl::get<object>(handle, name, value);                            \
     }
-#define TDMS_DEFINE_STRING_ACCESSORS(level, object)                                                \
-    int create_##level##_property_string(void* handle, const char* name, const char* value)        \
-    {                                                                                              \
-        return tdms_impl::create_string<object>(handle, name, value);                              \
-    }                                                                                              \
+#define TDMS_DEFINE_GET(level, object, suffix, type)                                 \
+    int get_##level##_property_##suffix(void* handle, const char* name, type* value) \
+    {                                                                                \
+        return tdms_impl::get<object>(handle, name, value);                          \
+    }
+#define TDMS_DEFINE_GET_STRING(level, object)                                                      \
     int get_##level##_property_string(void* handle, const char* name, char* buffer, uint64_t size) \
     {                                                                                              \
         return tdms_impl::get_string<object>(handle, name, buffer, size);                          \
     }
-#define TDMS_DEFINE_ON_ALL_LEVELS(suffix, type, code)            \
-    TDMS_DEFINE_ACCESSORS(file, tdms_impl::option, suffix, type) \
-    TDMS_DEFINE_ACCESSORS(group, tdms_impl::group, suffix, type) \
-    TDMS_DEFINE_ACCESSORS(channel, tdms_impl::channel, suffix, type)
+#define TDMS_DEFINE_CREATES(suffix, type, code)               \
+    TDMS_DEFINE_CREATE(file, tdms_impl::option, suffix, type) \
+    TDMS_DEFINE_CREATE(group, tdms_impl::group, suffix, type) \
+    TDMS_DEFINE_CREATE(channel, tdms_impl::channel, suffix, type)
+#define TDMS_DEFINE_GETS(suffix, type, code)               \
+    TDMS_DEFINE_GET(file, tdms_impl::option, suffix, type) \
+    TDMS_DEFINE_GET(group, tdms_impl::group, suffix, type) \
+    TDMS_DEFINE_GET(channel, tdms_impl::channel, suffix, type)
 
-TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_ON_ALL_LEVELS)
-TDMS_DEFINE_STRING_ACCESSORS(file, tdms_impl::option)
-TDMS_DEFINE_STRING_ACCESSORS(group, tdms_impl::group)
-TDMS_DEFINE_STRING_ACCESSORS(channel, tdms_impl::channel)
+TDMS_ELEMENTS(TDMS_DEFINE_CREATES)
+TDMS_FIXED_SIZE_ELEMENTS(TDMS_DEFINE_GETS)
+TDMS_DEFINE_GET_STRING(file, tdms_impl::option)
+TDMS_DEFINE_GET_STRING(group, tdms_impl::group)
+TDMS_DEFINE_GET_STRING(channel, tdms_impl::channel)

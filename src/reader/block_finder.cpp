@@ -5,7 +5,9 @@
 namespace tdms_impl {
 namespace {
 
+// What ends a walk, beside the statuses of for_each_object().
 constexpr int target_met = 1;
+constexpr int not_found = TDMS_CHANNEL_DATA_READ;
 
 }  // namespace
 
@@ -18,35 +20,33 @@ int block_finder::add_segment(const segment& where)
     return status == target_met ? TDMS_OK : status;
 }
 
-int block_finder::find(std::string_view path, metadata_cursor& cursor, listing& found)
+int block_finder::find(const listed_object& listed, channel*& member)
 {
-    found = {members_.find(path), read_raw_data_index(cursor)};
-    return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
+    member = members_.find(listed.path);
+    return TDMS_OK;
 }
 
-int block_finder::take(const listing& found)
+int block_finder::take(const found_object<channel>& found)
 {
     const auto& [member, index] = found;
     // Deliberate: after the group's first channel every object is assumed to be another; one that
-    // is not throws, as a failed lookup.
+    // is not throws.
     if (member == nullptr && member_met_) throw std::out_of_range("map::at");
     // Deliberate: values of another group's channel before the group's are rejected.
-    if (member == nullptr) return index.form == index_none ? TDMS_OK : TDMS_CHANNEL_DATA_READ;
+    if (member == nullptr) return index.form == index_none ? TDMS_OK : not_found;
     member_met_ = true;
     std::uint64_t size = 0;
     if (const int status = apply(index, *member, size)) return status;
     if (member == &target_) return add_block(index, size);
-    return __builtin_add_overflow(before_, size, &before_) ? TDMS_CHANNEL_DATA_READ : TDMS_OK;
+    return __builtin_add_overflow(before_, size, &before_) ? not_found : TDMS_OK;
 }
 
 // The size of the member's block. It is kept for a later segment with the same index.
 int block_finder::apply(const raw_data_index& index, channel& member, std::uint64_t& size)
 {
-    if (!is_known_form(index.form)) return TDMS_INDEX;
+    if (!is_known_form(index.form)) return not_found;
     if (index.form == index_none) return TDMS_OK;
-    if (is_explicit(index.form) && !stated_size(index, member.chunk_size)) {
-        return TDMS_CHANNEL_DATA_READ;
-    }
+    if (is_explicit(index.form) && !stated_size(index, member.chunk_size)) return not_found;
     size = member.chunk_size;
     return TDMS_OK;
 }
@@ -54,17 +54,17 @@ int block_finder::apply(const raw_data_index& index, channel& member, std::uint6
 int block_finder::add_block(const raw_data_index& index, std::uint64_t size)
 {
     if (index.form == index_string) {
-        text_count_ = index.value_count;
+        string_count_ = index.value_count;
         // In a file that is written to, the channel's count is that of its staged values.
-        if (!target_.group->file->writable) target_.chunk_count = text_count_;
+        if (!target_.group->file->writable) target_.chunk_count = string_count_;
     }
-    const bool texts = index.form == index_string ||
-                       (index.form == index_as_before && target_.data_type == TDMS_TYPE_STRING);
-    const std::uint64_t text_count = texts ? text_count_ : 0;
-    if (size == 0 && text_count == 0) return target_met;
+    const bool strings = index.form == index_string ||
+                         (index.form == index_as_before && target_.data_type == TDMS_TYPE_STRING);
+    const std::uint64_t string_count = strings ? string_count_ : 0;
+    if (size == 0 && string_count == 0) return target_met;
     const std::uint64_t length = segment_.raw_length;
-    if (size > length || before_ > length - size) return TDMS_CHANNEL_DATA_READ;
-    found_.push_back({segment_.raw_offset + before_, size, text_count, texts});
+    if (size > length || before_ > length - size) return not_found;
+    found_.push_back({segment_.raw_offset + before_, size, string_count, strings});
     return target_met;
 }
 

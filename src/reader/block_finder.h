@@ -13,8 +13,8 @@ namespace tdms_impl {
 struct block {
     std::uint64_t offset;  // in the file
     std::uint64_t size;
-    std::uint64_t text_count;
-    bool texts;
+    std::uint64_t string_count;
+    bool strings;
 };
 
 /// Finds one channel's block in one segment after the other. A block follows the blocks of those
@@ -25,21 +25,18 @@ class block_finder {
         : target_(target),
           members_(target.group->channels),
           found_(found),
-          text_count_(target.chunk_count)
+          string_count_(target.chunk_count)
     {
     }
 
     /// Adds the channel's block in this segment, if it has one. An empty block may be anywhere;
     /// any other lies within the segment's raw data.
+    /// @return 0, or less if the block cannot be found
     int add_segment(const segment& where);
 
     // For repeated_metadata.
-    struct listing {
-        channel* object;  // null for one that is no channel of the group
-        raw_data_index index;
-    };
-    int find(std::string_view path, metadata_cursor& cursor, listing& found);
-    int take(const listing& found);
+    int find(const listed_object& listed, channel*& member);
+    int take(const found_object<channel>& found);
     void property(const property_entry&) {}
 
   private:
@@ -49,11 +46,11 @@ class block_finder {
     channel& target_;
     object_map<channel>& members_;
     std::vector<block>& found_;
-    std::uint64_t text_count_;  // of the latest index of strings
-    segment segment_{};         // the one that is being walked over
-    std::uint64_t before_ = 0;  // bytes of the blocks before the next one in it
-    bool member_met_ = false;   // in it
-    repeated_metadata<listing> seen_;
+    std::uint64_t string_count_;  // of the latest index of strings
+    segment segment_{};           // the one that is being walked over
+    std::uint64_t before_ = 0;    // bytes of the blocks before the next one in it
+    bool member_met_ = false;     // in it
+    repeated_metadata<channel> seen_;
 };
 
 }  // namespace tdms_impl

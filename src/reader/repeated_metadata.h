@@ -8,13 +8,20 @@
 
 namespace tdms_impl {
 
-/// Hands what parsing found once to `visitor.take(listing)`, one after the other, until that gives
-/// a status other than 0. @return that status
-template <class Listing, class Visitor>
-int take_all(const std::vector<Listing>& known, Visitor& visitor)
+/// What parsing finds of an object: the one that it stands for, and its raw data index.
+template <class Object>
+struct found_object {
+    Object* object;  // null for one without values
+    raw_data_index index;
+};
+
+/// Hands found objects to `visitor.take(found)`, one after the other, until that returns a status
+/// other than 0. @return that status
+template <class Object, class Visitor>
+int take_all(const std::vector<found_object<Object>>& known, Visitor& visitor)
 {
-    for (const Listing& listing : known) {
-        if (const int status = visitor.take(listing)) return status;
+    for (const found_object<Object>& found : known) {
+        if (const int status = visitor.take(found)) return status;
     }
     return TDMS_OK;
 }
@@ -24,17 +31,17 @@ int take_all(const std::vector<Listing>& known, Visitor& visitor)
 /// makes up to two segments.
 ///
 /// What is remembered is what parsing finds: the objects, which must stay where they are, and their
-/// raw data indexes. What these do is done anew each time, since it may depend on the segments
-/// before. Properties change only what they set, but metadata that has any is rare: it is parsed.
-/// @tparam Listing an object with its raw data index
-template <class Listing>
+/// raw data indexes. These are applied anew each time, since what they mean may depend on the
+/// segments before. Properties change only what they set, but metadata that has any is rare: it is
+/// parsed.
+template <class Object>
 class repeated_metadata {
   public:
-    using listing_list = std::vector<Listing>;
+    using object_list = std::vector<found_object<Object>>;
 
     /// What parsing found in these bytes; null if they are not remembered. in_a_row() counts how
-    /// often the same metadata was recognised; what lists no object between does not count.
-    const listing_list* recognise(std::span<const unsigned char> metadata)
+    /// often the same metadata was recognised, ignoring metadata that lists no object.
+    const object_list* recognise(std::span<const unsigned char> metadata)
     {
         // The segments of a save take turns.
         if (kinds_[1 - latest_].equals(metadata)) {
@@ -42,7 +49,7 @@ class repeated_metadata {
         } else if (!kinds_[latest_].equals(metadata)) {
             return nullptr;
         }
-        const listing_list* const known = &kinds_[latest_].listings;
+        const object_list* const known = &kinds_[latest_].objects;
         if (!known->empty()) {
             in_a_row_ = known == row_ ? in_a_row_ + 1 : 1;
             row_ = known;
@@ -51,19 +58,20 @@ class repeated_metadata {
     }
     std::uint64_t in_a_row() const { return in_a_row_; }
 
-    /// Parses metadata and remembers it. Calls `visitor.find(path, cursor, listing)` for each
-    /// object, which finds or adds the object and reads its index, then `visitor.take(listing)`,
-    /// and `visitor.property(entry)` for each property. A status other than 0 ends the walk.
-    /// @return that status, or TDMS_CHANNEL_READ when the metadata ends too early
+    /// Parses metadata and remembers it. For each object, calls `visitor.find(listed, object)`,
+    /// which finds or adds the object, then `visitor.take(found)`; for each property, calls
+    /// `visitor.property(entry)`. A status other than 0 ends the walk.
+    /// @return as for_each_object()
     template <class Visitor>
     int parse(std::span<const unsigned char> metadata, Visitor& visitor)
     {
         row_ = nullptr;
         kind& parsed = kinds_[1 - latest_];
         parsed.bytes.clear();
-        parsed.listings.clear();
-        recorder<Visitor> recording{visitor, parsed.listings, metadata.size() <= most_remembered};
-        const int status = walk_objects(metadata, recording);
+        parsed.objects.clear();
+        recorder<Visitor> recording{visitor, parsed.objects, metadata.size() <= most_remembered};
+        metadata_cursor cursor(metadata);
+        const int status = for_each_object(cursor, recording);
         // A visitor that ends the walk by a status of its own, above 0, has seen all that it needs.
         if (status >= TDMS_OK && recording.complete) {
             parsed.bytes.assign(metadata.begin(), metadata.end());
@@ -76,7 +84,7 @@ class repeated_metadata {
     template <class Visitor>
     int walk(std::span<const unsigned char> metadata, Visitor& visitor)
     {
-        const listing_list* const known = recognise(metadata);
+        const object_list* const known = recognise(metadata);
         return known == nullptr ? parse(metadata, visitor) : take_all(*known, visitor);
     }
 
@@ -94,7 +102,7 @@ class repeated_metadata {
 
     struct kind {
         std::vector<unsigned char> bytes;  // empty if nothing is remembered
-        listing_list listings;
+        object_list objects;
 
         bool equals(std::span<const unsigned char> metadata) const
         {
@@ -106,15 +114,15 @@ class repeated_metadata {
     template <class Visitor>
     struct recorder {
         Visitor& visitor;
-        listing_list& listings;
-        bool complete;  // the listings, and they are all that there is
+        object_list& objects;
+        bool complete;  // all that there is has been recorded
 
-        int object(std::string_view path, metadata_cursor& cursor)
+        int object(const listed_object& listed)
         {
-            Listing listing{};
-            if (const int status = visitor.find(path, cursor, listing)) return status;
-            if (complete) listings.push_back(listing);
-            return visitor.take(listing);
+            found_object<Object> found{nullptr, listed.index};
+            if (const int status = visitor.find(listed, found.object)) return status;
+            if (complete) objects.push_back(found);
+            return visitor.take(found);
         }
         void property(const property_entry& entry)
         {
@@ -125,7 +133,7 @@ class repeated_metadata {
 
     std::array<kind, 2> kinds_;
     std::size_t latest_ = 0;
-    const listing_list* row_ = nullptr;
+    const object_list* row_ = nullptr;
     std::uint64_t in_a_row_ = 0;
 };
 

@@ -2,9 +2,8 @@
 
 #include <span>
 
-#include "codec/layout.h"
+#include "codec/lead_in.h"
 #include "reader/file_window.h"
-#include "reader/lead_in.h"
 
 namespace tdms_impl {
 
@@ -16,8 +15,8 @@ struct segment {
     std::uint64_t begin() const { return raw_offset - metadata.size() - lead_in_size; }
     std::uint64_t end() const { return raw_offset + raw_length; }
 
-    /// Whether a file of `size` bytes holds all of the raw data. A length that leads backwards,
-    /// being unsigned, exceeds what is left.
+    /// Whether a file of `size` bytes holds all of the raw data. A negative length, being
+    /// unsigned, exceeds what is left.
     bool complete_in(std::uint64_t size) const { return raw_length <= size - raw_offset; }
 };
 

@@ -1,6 +1,6 @@
 #include "reader/stored_values.h"
 
-#include "core/written_file.h"
+#include "reader/saved_end.h"
 
 namespace tdms_impl {
 

@@ -7,8 +7,8 @@ namespace tdms_impl {
 bool string_block::read(file_window& window, const block& where)
 {
     // Each string takes four bytes of the table.
-    if (where.text_count > where.size / 4) return false;
-    count_ = where.text_count;
+    if (where.string_count > where.size / 4) return false;
+    count_ = where.string_count;
     table_size_ = 4 * count_;
     const std::uint64_t strings_size = where.size - table_size_;
     bytes_.resize(where.size + count_);

@@ -2,27 +2,7 @@
 
 #include <algorithm>
 
-#include "reader/object_path.h"
-
 namespace tdms_impl {
-namespace {
-
-// The bytes of a value of a type with a fixed size; 0 for any other.
-std::uint32_t value_size(std::uint32_t type)
-{
-    switch (type) {
-#define TDMS_CASE(suffix, T, code) \
-    case code:                     \
-        return stored_size<T>;
-        TDMS_FIXED_SIZE_ELEMENTS(TDMS_CASE)
-#undef TDMS_CASE
-        default:
-            return 0;
-    }
-}
-
-}  // namespace
-
 std::vector<block_run>::const_iterator stored_channel::run_of(std::uint64_t value) const
 {
     const auto after = [](std::uint64_t v, const block_run& run) { return v < run.first; };
@@ -76,23 +56,16 @@ void value_index::forget()
     end_ = 0;
 }
 
-int value_index::find(std::string_view path, metadata_cursor& cursor, listing& found)
+int value_index::find(const listed_object& listed, stored_channel*& found)
 {
-    found.object = channels_.find(path);
-    if (found.object == nullptr) {
-        const object_kind kind = parse_object_path(path).kind;
-        if (kind == object_kind::invalid) return TDMS_CHANNEL_READ;
-        if (kind != object_kind::channel) {
-            found.index.form = skip_index(cursor);
-            return TDMS_OK;
-        }
-        found.object = &channels_.add(path).second;
-    }
-    found.index = read_raw_data_index(cursor);
-    return cursor.ok() ? TDMS_OK : TDMS_CHANNEL_READ;
+    if (listed.parts.kind == object_kind::invalid) return TDMS_CHANNEL_READ;
+    if (listed.parts.kind != object_kind::channel) return TDMS_OK;
+    found = channels_.find(listed.path);
+    if (found == nullptr) found = &channels_.add(listed.path).second;
+    return TDMS_OK;
 }
 
-int value_index::take(const listing& found)
+int value_index::take(const found_object<stored_channel>& found)
 {
     const raw_data_index& index = found.index;
     if (found.object == nullptr) {
@@ -107,7 +80,7 @@ int value_index::take(const listing& found)
     if (is_explicit(index.form)) {
         owner.stated_ = true;
         owner.strings_ = index.form == index_string;
-        const std::uint32_t each = value_size(index.data_type);
+        const std::uint32_t each = DataSize.size_or_zero(index.data_type);
         owner.size_known_ = owner.strings_ || each != 0 || index.value_count == 0;
         owner.latest_size_ = index.byte_count;
         if (!owner.strings_ &&

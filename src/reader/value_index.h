@@ -25,7 +25,7 @@ class stored_channel {
   public:
     std::uint32_t data_type() const { return data_type_; }
     std::uint64_t count() const { return count_; }
-    /// How many values the file states that are not in it, or whose place it does not give away.
+    /// How many values the file states that are not in it, or cannot be located.
     std::uint64_t lost() const { return lost_; }
 
     /// Calls `use(run, block, first, count)` for each block that the range reaches, with the part
@@ -86,12 +86,8 @@ class value_index {
     const stored_channel* find(std::string_view path) { return channels_.find(path); }
 
     // For repeated_metadata.
-    struct listing {
-        stored_channel* object;  // null for one that is no channel
-        raw_data_index index;
-    };
-    int find(std::string_view path, metadata_cursor& cursor, listing& found);
-    int take(const listing& found);
+    int find(const listed_object& listed, stored_channel*& found);
+    int take(const found_object<stored_channel>& found);
     void property(const property_entry&) {}
 
   private:
@@ -117,7 +113,7 @@ class value_index {
     std::vector<stated_block> blocks_;  // of the segment that is being walked over
     std::uint64_t stated_size_ = 0;     // the bytes of those whose size is known
     bool sizes_known_ = true;           // of all of them
-    repeated_metadata<listing> seen_;
+    repeated_metadata<stored_channel> seen_;
     std::uint64_t end_ = 0;  // of the segments taken in
 };
 

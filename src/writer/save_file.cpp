@@ -1,6 +1,7 @@
 #include <cstdio>
 
-#include "core/written_file.h"
+#include "core/object_path.h"
+#include "reader/saved_end.h"
 #include "writer/segment_builder.h"
 
 namespace tdms_impl {
@@ -54,7 +55,7 @@ bool option::write_time(segment_bytes& out) const
             any_properties |= !c.properties.empty();
             built.object(channel_path);
             if (timestamps) {
-                built.fixed_size_index(c);
+                built.index(c);
                 // Deliberate: every timestamp channel states its values, but only those of the
                 // last one are in the raw data.
                 last = &c;
@@ -86,11 +87,7 @@ void option::write_channel(segment_bytes& out) const
     };
     for_each_channel([&](std::string_view path, const channel& c) {
         built.object(path);
-        if (c.data_type == TDMS_TYPE_STRING) {
-            built.string_index(c);
-        } else {
-            built.fixed_size_index(c);
-        }
+        built.index(c);
         built.no_properties();
         joined += joined_size(c);
     });

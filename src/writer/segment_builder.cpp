@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "codec/lead_in.h"
+#include "codec/property_entry.h"
+
 namespace tdms_impl {
 
 segment_builder::segment_builder(segment_bytes& out) : out_(out)
@@ -13,31 +16,29 @@ segment_builder::segment_builder(segment_bytes& out) : out_(out)
 void segment_builder::object(std::string_view path)
 {
     ++object_count_;
-    put_string(path);
+    put_string(out_.joined(), path);
 }
 
-void segment_builder::fixed_size_index(const channel& of)
+void segment_builder::index(const channel& of)
 {
-    put(index_fixed_size, of.data_type, std::uint32_t{1}, of.chunk_count);
-}
-
-void segment_builder::string_index(const channel& of)
-{
-    const std::uint64_t size = of.text_ends.size() + of.data.size();
-    put(index_string, of.data_type, std::uint32_t{1}, of.chunk_count, size);
+    if (of.data_type == TDMS_TYPE_STRING) {
+        put_string_index(out_.joined(), of.chunk_count, of.string_ends.size() + of.data.size());
+    } else {
+        put_fixed_size_index(out_.joined(), of.data_type, of.chunk_count);
+    }
 }
 
 void segment_builder::properties(const property_map& map)
 {
-    put(static_cast<std::uint32_t>(map.size()));
-    for (const auto& [name, stored] : map) put_property(name, *stored);
+    put(out_.joined(), static_cast<std::uint32_t>(map.size()));
+    for (const auto& entry : map) property(entry);
 }
 
 void segment_builder::new_properties(const property_map& map)
 {
-    put(static_cast<std::uint32_t>(std::count_if(map.begin(), map.end(), is_new)));
+    put(out_.joined(), static_cast<std::uint32_t>(std::count_if(map.begin(), map.end(), is_new)));
     for (const auto& entry : map) {
-        if (is_new(entry)) put_property(entry.first, *entry.second);
+        if (is_new(entry)) property(entry);
     }
 }
 
@@ -48,17 +49,10 @@ void segment_builder::finish()
     store_lead_in(lead_in, metadata_end_ - lead_in_size, out_.size() - metadata_end_);
 }
 
-void segment_builder::put_string(std::string_view text)
+void segment_builder::property(const property_map::value_type& entry)
 {
-    put(static_cast<std::uint32_t>(text.size()));
-    append(out_.joined(), text.data(), text.size());
-}
-
-void segment_builder::put_property(std::string_view name, const property& stored)
-{
-    put_string(name);
-    put(stored.data_type);
-    append(out_.joined(), stored.data.data(), stored.data.size());
+    const auto& [name, stored] = entry;
+    put_property(out_.joined(), {name, stored->data_type, stored->data});
 }
 
 }  // namespace tdms_impl

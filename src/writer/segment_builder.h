@@ -1,7 +1,6 @@
 #pragma once
 
-#include "codec/byte_order.h"
-#include "codec/layout.h"
+#include "codec/raw_data_index.h"
 #include "core/object_model.h"
 
 namespace tdms_impl {
@@ -15,7 +14,7 @@ inline bool is_new(const property_map::value_type& entry)
 /// How many bytes of a channel's staged values are joined with the metadata.
 inline std::size_t joined_size(const channel& of)
 {
-    return segment_bytes::joined_size(of.text_ends) + segment_bytes::joined_size(of.data);
+    return segment_bytes::joined_size(of.string_ends) + segment_bytes::joined_size(of.data);
 }
 
 /// Builds one segment, from front to back: the entries of its objects, each an object, its raw data
@@ -27,11 +26,11 @@ class segment_builder {
 
     void object(std::string_view path);
 
-    void no_index() { put(index_none); }
-    void fixed_size_index(const channel& of);
-    void string_index(const channel& of);
+    void no_index() { put(out_.joined(), index_none); }
+    /// Of the values that are staged.
+    void index(const channel& of);
 
-    void no_properties() { put(std::uint32_t{0}); }
+    void no_properties() { put(out_.joined(), std::uint32_t{0}); }
     void properties(const property_map& map);
     /// Those that no file has yet.
     void new_properties(const property_map& map);
@@ -45,7 +44,7 @@ class segment_builder {
     /// The staged values of a channel: of strings the table of their ends first.
     void raw_data(const channel& of)
     {
-        out_.add_block(of.text_ends);
+        out_.add_block(of.string_ends);
         out_.add_block(of.data);
     }
 
@@ -53,17 +52,7 @@ class segment_builder {
     void finish();
 
   private:
-    template <class... T>
-    void put(T... values)
-    {
-        unsigned char bytes[(sizeof(T) + ...)];
-        unsigned char* next = bytes;
-        ((store(next, values, true), next += sizeof(T)), ...);
-        append(out_.joined(), bytes, sizeof bytes);
-    }
-
-    void put_string(std::string_view text);
-    void put_property(std::string_view name, const property& stored);
+    void property(const property_map::value_type& entry);
 
     segment_bytes& out_;
     std::uint32_t object_count_ = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "codec/lead_in.h"
 #include "console/report.h"
 
 namespace tool {

@@ -112,14 +112,10 @@ std::string type_name(int type)
     switch (type) {
         case TDMS_TYPE_VOID:
             return "none";
-        case TDMS_TYPE_STRING:
-            return "string";
-        case TDMS_TYPE_TIMESTAMP:
-            return "timestamp";
 #define TDMS_TOOL_NAME(suffix, T, code) \
     case code:                          \
         return #suffix;
-            TDMS_NUMBER_ELEMENTS(TDMS_TOOL_NAME)
+            TDMS_ELEMENTS(TDMS_TOOL_NAME)
 #undef TDMS_TOOL_NAME
         default:
             return "type " + std::to_string(static_cast<std::uint32_t>(type));

@@ -3,8 +3,6 @@
 #include <stdexcept>
 
 #include "console/text.h"
-#include "reader/object_path.h"
-#include "reader/object_walk.h"
 
 namespace tool {
 namespace {
@@ -43,15 +41,16 @@ int segment_metadata::read(std::span<const unsigned char> metadata, segment_fact
     stated_ = {0, 0, std::move(stated_.repeated)};
     facts_ = &facts;
     facts.objects = facts.properties = facts.channels = facts.values = 0;
-    begin_ = metadata.data();
     object_ = 0;
-    next_ = sizeof(std::uint32_t);  // after the number of objects
+    offset_ = 0;
+    tdms_impl::metadata_cursor cursor(metadata);
     int status = TDMS_OK;
     try {
-        status = tdms_impl::walk_objects(metadata, *this);
+        status = tdms_impl::for_each_object(cursor, *this);
     } catch (const std::out_of_range&) {
         status = fail(TDMS_DATATYPE, "has a data type that the format does not know");
     }
+    length_ = cursor.position();
     if (status == TDMS_OK) {
         facts.objects = object_;
         return status;
@@ -87,30 +86,28 @@ void segment_metadata::confirm()
     for (known_channel* const known : stated_.repeated) known->losses = losses_;
 }
 
-int segment_metadata::object(std::string_view path, tdms_impl::metadata_cursor& cursor)
+void segment_metadata::begin_object(const tdms_impl::metadata_cursor& cursor)
 {
-    offset_ = next_;
+    offset_ = cursor.position();
     facts_->objects = object_++;
-    if (!cursor.ok()) return TDMS_CHANNEL_READ;
-    const tdms_impl::object_kind kind = tdms_impl::parse_object_path(path).kind;
-    if (kind == tdms_impl::object_kind::invalid) {
-        return fail(TDMS_CHANNEL_READ, "has an invalid path: " + quoted_begin(path));
-    }
-    if (kind != tdms_impl::object_kind::channel) {
-        if (tdms_impl::skip_index(cursor) != tdms_impl::index_none) stated_.sizes_known = false;
-    } else if (const int status = read_index(path, cursor)) {
-        return status;
-    }
-    if (!cursor.ok()) return TDMS_CHANNEL_READ;
-    // After the number of properties.
-    next_ = offset_of(cursor.bytes(0).data()) + sizeof(std::uint32_t);
-    return TDMS_OK;
 }
 
-void segment_metadata::property(const tdms_impl::property_entry& entry)
+int segment_metadata::object(const tdms_impl::listed_object& listed)
+{
+    switch (listed.parts.kind) {
+        case tdms_impl::object_kind::invalid:
+            return fail(TDMS_CHANNEL_READ, "has an invalid path: " + quoted_begin(listed.path));
+        case tdms_impl::object_kind::channel:
+            return apply(listed);
+        default:
+            if (listed.index.form != tdms_impl::index_none) stated_.sizes_known = false;
+            return TDMS_OK;
+    }
+}
+
+void segment_metadata::property(const tdms_impl::property_entry&)
 {
     ++facts_->properties;
-    next_ = offset_of(entry.value.data()) + entry.value.size();
 }
 
 segment_metadata::known_channel& segment_metadata::find_or_add(std::string_view path)
@@ -123,14 +120,13 @@ segment_metadata::known_channel& segment_metadata::find_or_add(std::string_view 
     return channels_.add(path).second;
 }
 
-int segment_metadata::read_index(std::string_view path, tdms_impl::metadata_cursor& cursor)
+int segment_metadata::apply(const tdms_impl::listed_object& listed)
 {
-    known_channel& known = find_or_add(path);
-    const tdms_impl::raw_data_index index = tdms_impl::read_raw_data_index(cursor);
-    if (!cursor.ok()) return TDMS_CHANNEL_READ;
+    const tdms_impl::raw_data_index& index = listed.index;
+    known_channel& known = find_or_add(listed.path);
     const std::uint32_t type_before = known.data_type;
     if (const int status = tdms_impl::apply_index(index, known.data_type, known.chunk_count)) {
-        return fail(status, index_fault(index, type_before) + quoted_begin(path));
+        return fail(status, index_fault(index, type_before) + quoted_begin(listed.path));
     }
     tdms_impl::DataSize.at(known.data_type);
     if (index.form == tdms_impl::index_none) return TDMS_OK;

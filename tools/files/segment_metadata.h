@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/object_map.h"
-#include "reader/metadata.h"
+#include "reader/object_walk.h"
 
 namespace tool {
 
@@ -40,7 +40,7 @@ class segment_metadata {
     bool ran_out() const { return ran_out_; }
 
     /// The bytes of the latest metadata up to the end of its last object, or of the fault.
-    std::size_t length() const { return next_; }
+    std::size_t length() const { return length_; }
 
     /// Segments have been lost here: what those before them stated may have been replaced.
     void lose() { ++losses_; }
@@ -61,8 +61,9 @@ class segment_metadata {
     /// Where values are is certain, so what this segment repeats has been stated again.
     void confirm();
 
-    // For walk_objects().
-    int object(std::string_view path, tdms_impl::metadata_cursor& cursor);
+    // For for_each_object().
+    void begin_object(const tdms_impl::metadata_cursor& cursor);
+    int object(const tdms_impl::listed_object& listed);
     void property(const tdms_impl::property_entry& entry);
 
   private:
@@ -84,12 +85,8 @@ class segment_metadata {
         bool compared = false;  // a count with one that may have been lost
     };
 
-    std::size_t offset_of(const unsigned char* byte) const
-    {
-        return static_cast<std::size_t>(byte - begin_);
-    }
     known_channel& find_or_add(std::string_view path);
-    int read_index(std::string_view path, tdms_impl::metadata_cursor& cursor);
+    int apply(const tdms_impl::listed_object& listed);
     void take_size(const tdms_impl::raw_data_index& index, known_channel& known);
     int fail(int status, const std::string& what);
 
@@ -101,10 +98,9 @@ class segment_metadata {
     // Of the latest segment.
     segment_facts* facts_ = nullptr;
     stated_data stated_;
-    const unsigned char* begin_ = nullptr;
     std::uint64_t object_ = 0;  // the one being read, counted from 1
     std::size_t offset_ = 0;    // where it begins
-    std::size_t next_ = 0;      // where the next one does
+    std::size_t length_ = 0;
     std::string fault_;
     bool ran_out_ = false;
 };

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "codec/lead_in.h"
 #include "console/text.h"
 #include "files/measurement_file.h"
-#include "reader/lead_in.h"
 
 namespace tool {
 namespace {

@@ -1,25 +1,25 @@
-#include "reader/channel_values.h"
+#include "reader/channel_blocks.h"
 
 #include <algorithm>
 
-#include "core/handles.h"
+#include "codec/metadata_bytes.h"
 
 namespace tdms_impl {
 
-int channel_values::locate(option& file, channel& target)
+bool channel_blocks::locate(option& file, channel& target)
 {
-    if (file.stream == nullptr) return TDMS_FILE_READ;
+    if (file.stream == nullptr) return false;
     window_.emplace(fileno(file.stream), file.file_size);
     block_finder finder(target, blocks_);
     std::uint64_t offset = 0;
-    return close_unreadable(
-        file, walk_segments(*window_, offset, file.file_size,
-                            [&finder](const segment& s) { return finder.add_segment(s); }));
+    const int status = walk_segments(*window_, offset, file.file_size,
+                                     [&finder](const segment& s) { return finder.add_segment(s); });
+    return close_unreadable(file, status) == TDMS_OK;
 }
 
-bool channel_values::read(std::uint64_t size, unsigned char* array, std::uint64_t skip)
+bool channel_blocks::read(std::uint64_t size, unsigned char* array, std::uint64_t skip)
 {
-    if (std::any_of(blocks_.begin(), blocks_.end(), [](const block& b) { return b.texts; })) {
+    if (std::any_of(blocks_.begin(), blocks_.end(), [](const block& b) { return b.strings; })) {
         return read_records(size, array, skip);
     }
     std::uint64_t held = 0;  // cannot wrap: the blocks lie apart in one file
@@ -38,19 +38,16 @@ bool channel_values::read(std::uint64_t size, unsigned char* array, std::uint64_
     return true;
 }
 
-// A channel of numbers may claim blocks of strings; then their records are what is decoded.
-bool channel_values::read_records(std::uint64_t size, unsigned char* array, std::uint64_t skip)
+// A numeric channel may have string blocks; their length-prefixed records are decoded as numbers.
+bool channel_blocks::read_records(std::uint64_t size, unsigned char* array, std::uint64_t skip)
 {
     byte_vector records;
     for (const block& b : blocks_) {
-        if (b.texts) {
+        if (b.strings) {
             string_block strings;
             if (!strings.read(*window_, b)) return false;
-            strings.for_each(strings.count(), [&records](const char* text, std::uint32_t length) {
-                unsigned char prefix[4];
-                store(prefix, length, true);
-                append(records, prefix, sizeof prefix);
-                append(records, text, length);
+            strings.for_each(strings.count(), [&records](const char* string, std::uint32_t length) {
+                put_string(records, {string, length});
             });
             continue;
         }
@@ -64,10 +61,10 @@ bool channel_values::read_records(std::uint64_t size, unsigned char* array, std:
     return true;
 }
 
-bool channel_values::read_strings(std::uint64_t count, std::list<string_block>& found)
+bool channel_blocks::read_strings(std::uint64_t count, std::list<string_block>& found)
 {
     std::uint64_t held = 0;
-    for (const block& b : blocks_) held += b.text_count;
+    for (const block& b : blocks_) held += b.string_count;
     if (held < count) return false;
     for (const block& b : blocks_) {
         if (!found.emplace_back().read(*window_, b)) return false;
@@ -78,15 +75,6 @@ bool channel_values::read_strings(std::uint64_t count, std::list<string_block>& 
         count -= b.count();
     }
     return true;
-}
-
-int option::get_channel_data(const void* handle, channel_values& values)
-{
-    channel* target = nullptr;
-    if (const int status = find_object(*this, *static_cast<const channel*>(handle), target)) {
-        return status;
-    }
-    return values.locate(*this, *target);
 }
 
 }  // namespace tdms_impl

@@ -1,6 +1,8 @@
-#include "codec/value_codec.h"
+#include "codec/exported_codec.h"
 
 #include "codec/byte_order.h"
+#include "codec/lead_in.h"
+#include "codec/timestamp_codec.h"
 
 using byte_string = std::basic_string<unsigned char>;
 
@@ -157,4 +159,32 @@ byte_string write_string_data(const std::vector<std::string>& strings, bool litt
         body.append(s.begin(), s.end());
     }
     return table + body;
+}
+
+byte_string write_timestamp(int year, int month, int day, int hour, int minute, int second,
+                            int microsecond, bool little)
+{
+    const timestamp_fields fields{year, month, day, hour, minute, second, microsecond};
+    byte_string bytes(tdms_impl::timestamp_size, 0);
+    tdms_impl::encode_timestamps(&fields, 1, bytes.data(), little);
+    return bytes;
+}
+
+timestamp_fields read_timestamp(const unsigned char* p, bool little)
+{
+    timestamp_fields fields{};
+    tdms_impl::decode_timestamps(p, 1, &fields, little);
+    return fields;
+}
+
+byte_string write_leadIn(unsigned long metadata_length, unsigned long raw_length)
+{
+    byte_string bytes(tdms_impl::lead_in_size, 0);
+    tdms_impl::store_lead_in(bytes.data(), metadata_length, raw_length);
+    return bytes;
+}
+
+int read_leadIn(unsigned char* lead_in, unsigned long& metadata_length, unsigned long& raw_length)
+{
+    return tdms_impl::read_lead_in(lead_in, metadata_length, raw_length);
 }

@@ -5,9 +5,9 @@
 
 #include "tdms.h"
 
-// The codec is visible to programs under these plain names. `little` tells the byte order of the
-// encoded value. Decoders trust the caller that enough bytes stand at p; encoders return exactly
-// the encoded bytes.
+// The codec under the plain names by which programs may link to it. The library itself uses none of
+// them. `little` is the byte order of the encoded value. Decoders trust that there are enough bytes
+// at p; encoders return exactly the encoded bytes.
 
 TDMS_API signed char read_int8(const unsigned char* p);
 TDMS_API unsigned char read_uint8(const unsigned char* p);
@@ -54,3 +54,23 @@ TDMS_API std::basic_string<unsigned char> write_string(const std::string& s, boo
 /// The block of a string channel: end offsets (wrapping at 2^32), then the bytes.
 TDMS_API std::basic_string<unsigned char> write_string_data(const std::vector<std::string>& strings,
                                                             bool little);
+
+/// The 16 bytes of a calendar time, which is taken as standard time.
+TDMS_API std::basic_string<unsigned char> write_timestamp(int year, int month, int day, int hour,
+                                                          int minute, int second, int microsecond,
+                                                          bool little);
+
+/// The calendar time of the 16 bytes at p, as localtime() shows it. Safe in several threads at
+/// once.
+TDMS_API timestamp_fields read_timestamp(const unsigned char* p, bool little);
+
+/// A lead-in for a segment with this many bytes of metadata and of raw data.
+TDMS_API std::basic_string<unsigned char> write_leadIn(unsigned long metadata_length,
+                                                       unsigned long raw_length);
+
+/// Checks one lead-in, 28 bytes as they are in the file, and returns how many bytes of metadata and
+/// of raw data follow it. Both lengths are untouched on failure; neither is validated, and a raw
+/// data offset after the next segment wraps.
+/// @return 0, or of several faults the first: TDMS_FILE_TAG, TDMS_FILE_TOC, TDMS_FILE_VERSION
+TDMS_API int read_leadIn(unsigned char* lead_in, unsigned long& metadata_length,
+                         unsigned long& raw_length);

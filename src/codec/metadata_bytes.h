@@ -5,21 +5,47 @@
 #include <string_view>
 
 #include "codec/byte_order.h"
+#include "core/byte_vector.h"
+
+// The metadata of a segment are little-endian numbers and length-prefixed strings back to back.
 
 namespace tdms_impl {
 
-/// Reads one segment's metadata from front to back and owns the only bounds check. Whoever reads
-/// past the end gets zeros and empty strings from then on, and ok() is false.
+/// Appends numbers, one after the other.
+template <class... Number>
+void put(byte_vector& metadata, Number... values)
+{
+    unsigned char bytes[(sizeof(Number) + ...)];
+    unsigned char* next = bytes;
+    ((store(next, values, true), next += sizeof(Number)), ...);
+    append(metadata, bytes, sizeof bytes);
+}
+
+/// Appends a length-prefixed string.
+inline void put_string(byte_vector& metadata, std::string_view string)
+{
+    put(metadata, static_cast<std::uint32_t>(string.size()));
+    append(metadata, string.data(), string.size());
+}
+
+/// Reads one segment's metadata from front to back and owns the only bounds check. Reading past the
+/// end yields zeros and empty strings from then on, and makes ok() false.
 class metadata_cursor {
   public:
-    explicit metadata_cursor(std::span<const unsigned char> metadata) : rest_(metadata) {}
+    explicit metadata_cursor(std::span<const unsigned char> metadata)
+        : begin_(metadata.data()), rest_(metadata)
+    {
+    }
 
     bool ok() const { return ok_; }
+
+    /// How many bytes have been read.
+    std::size_t position() const { return static_cast<std::size_t>(rest_.data() - begin_); }
 
     std::uint32_t u32() { return number<std::uint32_t>(); }
     std::uint64_t u64() { return number<std::uint64_t>(); }
 
-    /// The next 32-bit number, which stays the next.
+    /// The next 32-bit number, without consuming it.
     std::uint32_t peek_u32()
     {
         metadata_cursor ahead = *this;
@@ -57,9 +83,10 @@ class metadata_cursor {
     void fail()
     {
         ok_ = false;
-        rest_ = {};
+        rest_ = rest_.first(0);
     }
 
+    const unsigned char* begin_;
     std::span<const unsigned char> rest_;
     bool ok_ = true;
 };

@@ -8,17 +8,15 @@
 
 namespace tdms_impl {
 
-/// The stored values of one channel: option::get_channel_data() tells where they are, read() and
-/// read_strings() fetch them.
-class channel_values {
+/// All stored values of one channel, as the first interface reads them.
+class channel_blocks {
   public:
-    /// Locates the channel's blocks by the file's metadata alone. Closes the file's stream when a
-    /// segment cannot be read.
-    int locate(option& file, channel& target);
+    /// Locates the blocks by the file's metadata alone, from its beginning. Closes the file's
+    /// stream when a segment cannot be read. @return whether all could be located
+    bool locate(option& file, channel& target);
 
-    /// Reads the first `size` bytes of what the channel's blocks hold, one after the other. Texts
-    /// count with a 32-bit length in front of each.
-    /// They are put `skip` bytes behind the beginning of `array`.
+    /// Reads the first `size` bytes of what the blocks hold, one after the other, to `skip` bytes
+    /// after the beginning of `array`. Strings count with a 32-bit length before each.
     /// @return whether there are as many; if not, the array is untouched, unless the device failed
     bool read(std::uint64_t size, unsigned char* array, std::uint64_t skip);
 

@@ -9,19 +9,12 @@ namespace tdms_impl {
 int reading_descriptor(option& file);
 
 /// To be called when a stream's write is the first to fail. Keeps the reason, and how much of the
-/// file was written before: later writes may follow what is missing.
+/// file was written before: later writes may follow missing bytes.
 void note_failed_write(option& file);
 
 /// Finds out where the last intact save of a writable file ends, after save_file() has passed some
 /// to the stream. What the stream could not write is kept in `write_error`.
 /// @return whether it is known; if not, errno, and nothing may be written
 bool find_saved_size(option& file);
-
-/// Whether the file ends at `saved_size`. If not, another program has changed it, in spite of the
-/// lock, and errno is ESTALE: nothing may be written or cut.
-bool is_ours(const option& file);
-
-/// Removes what is after the last intact save. @return whether nothing is there; if not, errno
-bool cut_back(option& file);
 
 }  // namespace tdms_impl

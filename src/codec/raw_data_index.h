@@ -1,22 +1,18 @@
 #pragma once
 
-#include "codec/layout.h"
+#include "codec/metadata_bytes.h"
 #include "core/data_types.h"
-#include "reader/metadata_cursor.h"
 
 namespace tdms_impl {
 
-/// More bytes or values than any segment can hold.
-inline constexpr std::uint64_t too_much = ~std::uint64_t{0};
+// The first word of an object's raw data index: a marker, or the length of the index in bytes.
+inline constexpr std::uint32_t index_none = 0xFFFFFFFF;
+inline constexpr std::uint32_t index_as_before = 0;
+inline constexpr std::uint32_t index_fixed_size = 20;
+inline constexpr std::uint32_t index_string = 28;
 
-/// A sum, or too_much.
-inline std::uint64_t sum_of(std::uint64_t a, std::uint64_t b)
-{
-    std::uint64_t sum = 0;
-    return __builtin_add_overflow(a, b, &sum) ? too_much : sum;
-}
-
-/// A channel's raw data index. Fields after `form` are set only for the explicit forms.
+/// Which values of a channel a segment states. Members after `form` are set only for the explicit
+/// forms.
 struct raw_data_index {
     std::uint32_t form;
     std::uint32_t data_type;
@@ -35,6 +31,21 @@ inline bool is_known_form(std::uint32_t form)
     return is_explicit(form) || form == index_none || form == index_as_before;
 }
 
+/// Appends the index of a channel whose values have a fixed size.
+inline void put_fixed_size_index(byte_vector& metadata, std::uint32_t data_type,
+                                 std::uint64_t value_count)
+{
+    put(metadata, index_fixed_size, data_type, std::uint32_t{1}, value_count);
+}
+
+/// Appends the index of a string channel. Its block has `byte_count` bytes, the table included.
+inline void put_string_index(byte_vector& metadata, std::uint64_t value_count,
+                             std::uint64_t byte_count)
+{
+    put(metadata, index_string, std::uint32_t{TDMS_TYPE_STRING}, std::uint32_t{1}, value_count,
+        byte_count);
+}
+
 inline raw_data_index read_raw_data_index(metadata_cursor& cursor)
 {
     raw_data_index index{};
@@ -48,13 +59,16 @@ inline raw_data_index read_raw_data_index(metadata_cursor& cursor)
     return index;
 }
 
-/// Passes over the index of the file or a group, which have no raw data: whatever a first word
-/// other than the two markers is, it is the length of an index. @return the first word
-inline std::uint32_t skip_index(metadata_cursor& cursor)
+/// Skips the index of the file or a group, which have no raw data. Any first word but the two
+/// markers is the length of an index.
+/// @return the index; only its form is set
+inline raw_data_index skip_raw_data_index(metadata_cursor& cursor)
 {
-    const std::uint32_t first = cursor.peek_u32();
-    cursor.bytes(first == index_as_before || first == index_none ? 4 : first);
-    return first;
+    raw_data_index index{};
+    index.form = cursor.peek_u32();
+    const bool marker = index.form == index_as_before || index.form == index_none;
+    cursor.bytes(marker ? 4 : index.form);
+    return index;
 }
 
 /// The bytes of the block that an explicit index states. An unknown type is an exception.
@@ -69,7 +83,17 @@ inline bool stated_size(const raw_data_index& index, std::uint64_t& size)
     return !__builtin_mul_overflow(index.value_count, each, &size);
 }
 
-/// Takes an index into what is known of its channel: the type, 0 while it is open, and the number
+/// More bytes or values than any segment can hold.
+inline constexpr std::uint64_t too_much = ~std::uint64_t{0};
+
+/// A sum, or too_much.
+inline std::uint64_t sum_of(std::uint64_t a, std::uint64_t b)
+{
+    std::uint64_t sum = 0;
+    return __builtin_add_overflow(a, b, &sum) ? too_much : sum;
+}
+
+/// Applies an index to what is known of its channel: the type, 0 while it is open, and the number
 /// of values of the latest explicit index.
 inline int apply_index(const raw_data_index& index, std::uint32_t& data_type,
                        std::uint64_t& chunk_count)
@@ -85,23 +109,6 @@ inline int apply_index(const raw_data_index& index, std::uint32_t& data_type,
     if (index.dimension != 1) return TDMS_CHANNEL_READ;
     chunk_count = index.value_count;
     return TDMS_OK;
-}
-
-struct property_entry {
-    std::string_view name;
-    std::uint32_t data_type;
-    std::span<const unsigned char> value;  // with its length prefix, if it is a string
-};
-
-inline property_entry read_property(metadata_cursor& cursor)
-{
-    property_entry entry{};
-    entry.name = cursor.string();
-    entry.data_type = cursor.u32();
-    entry.value =
-        cursor.bytes(entry.data_type == TDMS_TYPE_STRING ? std::uint64_t{4} + cursor.peek_u32()
-                                                         : DataSize.at(entry.data_type));
-    return entry;
 }
 
 }  // namespace tdms_impl

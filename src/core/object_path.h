@@ -1,10 +1,23 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
-#include "codec/layout.h"
+// A path is "/" for the file, /'group' for a group, /'group'/'channel' for a channel.
 
 namespace tdms_impl {
+
+inline constexpr char root_path[] = "/";
+
+/// The path of an object called `name` below `parent`; a group's parent path is empty. Names are
+/// taken as they are, including quotes and slashes.
+inline std::string object_path(std::string_view parent, std::string_view name)
+{
+    std::string path;
+    path.reserve(parent.size() + name.size() + 3);
+    path.append(parent).append("/'").append(name).append("'");
+    return path;
+}
 
 enum class object_kind { invalid, file, group, channel };
 
@@ -28,10 +41,10 @@ inline bool is_quoted(std::string_view path, std::string_view parent)
     return path.substr(parent.size(), 2) == "/'" && path.back() == '\'';
 }
 
-/// The slashes of a path tell what it names: "/" alone the file, one slash a group, any more a
-/// channel, whose group's path ends before the second slash. Without a slash in front, that would
-/// be the path of no group. A name is what is left without a slash and a quote in front and a quote
-/// behind, whatever stands in their places.
+/// The number of slashes gives the kind: "/" alone is the file, one slash makes a group, more make
+/// a channel, whose group's path ends before the second slash. A channel's path must begin with a
+/// slash; otherwise what precedes the second one would be no group's path. Names are not unescaped:
+/// the characters in the positions of slashes and quotes are dropped unchecked.
 inline object_path_parts parse_object_path(std::string_view path)
 {
     constexpr object_path_parts invalid{object_kind::invalid, {}, {}};

@@ -1,4 +1,4 @@
-#include "core/written_file.h"
+#include "reader/saved_end.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -59,34 +59,6 @@ bool find_saved_size(option& file)
     file.saved_size = end;
     file.saved_by_stream = false;
     return true;
-}
-
-bool is_ours(const option& file)
-{
-    struct stat facts {};
-    if (fstat(fileno(file.stream), &facts) != 0) return false;
-    const bool same =
-        !S_ISREG(facts.st_mode) || static_cast<std::uint64_t>(facts.st_size) == file.saved_size;
-    if (!same) errno = ESTALE;
-    return same;
-}
-
-bool cut_back(option& file)
-{
-    if (!file.must_be_cut) return true;
-    // What has become shorter is not made longer.
-    const std::int64_t size = size_of_file(fileno(file.stream));
-    if (size >= 0 && static_cast<std::uint64_t>(size) < file.saved_size) return is_ours(file);
-    int result = 0;
-    do {
-        result = ftruncate(fileno(file.stream), static_cast<off_t>(file.saved_size));
-    } while (result != 0 && errno == EINTR);
-    if (result == 0) {
-        // save_file() goes on from there.
-        lseek(fileno(file.stream), static_cast<off_t>(file.saved_size), SEEK_SET);
-        file.must_be_cut = false;
-    }
-    return !file.must_be_cut;
 }
 
 }  // namespace tdms_impl

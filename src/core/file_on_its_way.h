@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+namespace tdms_impl {
+
+enum class open_mode { read, write, append };
+
+/// A file on its way to becoming a handle's. What does not get there is closed, and a file that was
+/// created for it is removed; errno keeps the reason.
+class file_on_its_way {
+  public:
+    file_on_its_way(const char* path, open_mode mode) : path_(path), mode_(mode) {}
+    ~file_on_its_way();
+    file_on_its_way(const file_on_its_way&) = delete;
+    file_on_its_way& operator=(const file_on_its_way&) = delete;
+
+    /// Opens the file, and locks it if it is to be written to. Nothing in it changes.
+    /// @return the size, or less than 0 with errno
+    std::int64_t open();
+
+    int file() const { return fileno(stream_); }
+
+    /// Empties the file. @return whether that was possible; if not, errno
+    bool truncate() const;
+
+    /// Hands the stream over.
+    std::FILE* release();
+
+  private:
+    int open_descriptor();
+    bool lock(int file);
+
+    const char* path_;
+    open_mode mode_;
+    std::FILE* stream_ = nullptr;
+    bool created_ = false;
+};
+
+}  // namespace tdms_impl
