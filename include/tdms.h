@@ -6,38 +6,39 @@
  * properties; every channel has a sequence of values of one type.
  *
  * There are two interfaces to the same handles, the same tree and the same files. New programs
- * should use the second one, @ref tdms "tdms_", which has conventions of its own. The first is
- * documented first; it does not change, because programs depend on it. Its counting, listing and
- * deleting functions, and those for properties, serve both. Comments name the traps of the first
- * interface, and the functions that avoid them.
+ * should use the second one, @ref tdms "tdms_", which has its own conventions. The first one is
+ * documented first; it does not change, because programs depend on it. Its functions that count,
+ * list and delete objects, and those for properties, serve both. Comments name the traps of the
+ * first interface, and the functions that avoid them.
  *
- * Conventions of the first interface, valid for every function of it unless its comment says
- * otherwise:
+ * The conventions of the first interface hold for each of its functions, unless the function's
+ * comment says otherwise:
  *
  *  1. The result is 0 on success and a negative status (::tdms_status) on failure. Functions that
  *     count, or that ask for a type, return the count or the type code instead of 0.
- *     get_error_description() turns a status into text. Outputs are written on success only.
- *  2. Handles are opaque pointers. A file handle lives until close_file(); a group or channel
- *     handle until its object is deleted or replaced, its group deleted, or its file closed; none
- *     outlives the process's exit. Using a handle after that is undefined, as it is for a closed
- *     `FILE*`. The library owns what handles refer to. A null handle yields its level's
- *     status: #TDMS_FILE_HANDLE, #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel,
+ *     get_error_description() returns the message of a status. Outputs are written on success only.
+ *  2. Handles are opaque pointers to objects that the library owns. A file handle is valid until
+ *     close_file(). A group or channel handle is valid until its object is deleted or replaced, its
+ *     group deleted, or its file closed. No handle outlives the process's exit. Using one after
+ *     that is undefined, as it is for a closed `FILE*`. A null handle yields the status of its
+ *     level: #TDMS_FILE_HANDLE, #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel,
  *     #TDMS_GROUP_HANDLE means that its group is no longer in the file.
- *  3. Arrays and buffers belong to the caller, who sizes them with the matching get_num function.
- *     They may be null when there is nothing to write. Where something is to be written, a null
- *     output yields the status that the function names for its handle or its result.
- *  4. Names and texts are NUL-terminated byte strings, copied by the call. Nothing is escaped or
- *     rejected; empty names are valid.
+ *  3. Arrays and buffers belong to the caller; the matching get_num function returns the number of
+ *     elements. They may be null when there is nothing to write. Otherwise a null output yields the
+ *     status that the function names for its handle or its result.
+ *  4. Names and strings end with a NUL, and are copied by the call. Nothing is escaped or rejected;
+ *     empty names are valid.
  *  5. Objects are listed in the byte order of their paths, whatever the order of creation.
  *  6. Values and properties stay in memory until save_file() or tdms_save() appends them to the
  *     file. close_file() does not save.
  *  7. One file, with everything in it, is for one thread at a time; different files may be used by
- *     different threads at once. Opening and closing lock a registry, so they wait for each other.
+ *     different threads at once. Opening and closing lock a registry, so these calls wait for each
+ *     other.
  *  8. C++ exceptions propagate out of these functions. A null name, path or mode, or a null among
- *     string values, raises a logic error; a data type that the format does not know, met in a
- *     file, raises an out-of-range error; failed allocations raise std::bad_alloc, or
- *     std::length_error where a count is beyond any memory. The library stays consistent and
- *     unlocked. Exceptions terminate a C program; no tdms_ function throws.
+ *     string values, raises a logic error. A data type in a file that the format does not know
+ *     raises an out-of-range error. A failed allocation raises std::bad_alloc, or std::length_error
+ *     where a count exceeds any memory. The library stays consistent and unlocked. Exceptions
+ *     terminate a C program; no tdms_ function throws.
  */
 #ifndef TDMS_H
 #define TDMS_H
@@ -55,7 +56,7 @@
 extern "C" {
 #endif
 
-/** What a function returns when it fails. */
+/** What a function returns: 0, or one of these when it fails. */
 enum tdms_status {
     TDMS_OK = 0,                            /**< no error */
     TDMS_FILE_PATH = -5001,                 /**< the file cannot be opened */
@@ -83,10 +84,10 @@ enum tdms_status {
     TDMS_PROPERTY_BUFFER = -5023,           /**< the buffer is too small */
     TDMS_ARGUMENT = -5101,                  /**< an argument is null or not allowed */
     TDMS_MEMORY = -5102,                    /**< not enough memory */
-    TDMS_WRITE = -5103,                     /**< the system did not take what was written */
+    TDMS_WRITE = -5103,                     /**< the system did not accept what was written */
     TDMS_RANGE = -5104,                     /**< beyond the channel's last value */
-    TDMS_DATATYPE = -5105                   /**< the property has another type, or the file a type
-                                                 that the format does not know */
+    TDMS_DATATYPE = -5105                   /**< the property has another type, or the file has a
+                                                 type that the format does not know */
 };
 
 /** Data type codes of channels and properties. */
@@ -102,7 +103,7 @@ enum tdms_type {
     TDMS_TYPE_UINT64 = 8,      /**< unsigned 64-bit integer */
     TDMS_TYPE_FLOAT = 9,       /**< IEEE 754 single precision */
     TDMS_TYPE_DOUBLE = 10,     /**< IEEE 754 double precision */
-    TDMS_TYPE_STRING = 0x20,   /**< text */
+    TDMS_TYPE_STRING = 0x20,   /**< string */
     TDMS_TYPE_BOOL = 0x21,     /**< boolean, one byte */
     TDMS_TYPE_TIMESTAMP = 0x44 /**< date and time, 16 bytes in the file */
 };
@@ -111,8 +112,8 @@ enum tdms_type {
  * A calendar time in the local time zone.
  *
  * Written as standard time even during daylight saving, read as local clock time; a DST time comes
- * back one hour later. Only 1970-01-01 to 2038-01-19 (UTC) reads back. Nanoseconds have none of
- * these limits: tdms_append_nanoseconds(), tdms_read_nanoseconds(),
+ * back one hour later. Only times from 1970-01-01 to 2038-01-19 (UTC) read back. Nanoseconds have
+ * none of these limits: tdms_append_nanoseconds(), tdms_read_nanoseconds(),
  * tdms_create_file_property_nanoseconds() and the like.
  */
 typedef struct timestamp_fields {
@@ -131,8 +132,8 @@ typedef struct timestamp_fields {
 /**
  * The message of a status of the first interface. tdms_status_text() has one for every status.
  * @param code a status; any value is allowed
- * @return a static text, never null, not to be freed; "error code is error!" for a value without a
- *         message of its own, including #TDMS_GROUP_REPEATED
+ * @return a static string, never null, not to be freed; "error code is error!" for a value without
+ *         a message of its own, including #TDMS_GROUP_REPEATED
  */
 TDMS_API const char* get_error_description(int code);
 
@@ -144,15 +145,15 @@ TDMS_API const char* get_error_description(int code);
 /**
  * Opens a file.
  *
- * A segment whose lead-in or metadata is rejected leaves the stream open until the process ends,
- * and so does "a", for the stream that it read by. A truncated file, or one that is being recorded,
- * does not open. No lock is taken, and none respected. tdms_open() has none of this; for what is
- * intact of a file there is tdms_open_partial().
+ * A stream stays open until the process ends if the lead-in or metadata of a segment is rejected,
+ * and so does the one that "a" reads by. A truncated file, or one that is being recorded, does not
+ * open. Locks are neither taken nor respected. tdms_open() has none of these traps;
+ * tdms_open_partial() opens what is intact of a file.
  * @param path the file's path
  * @param mode "r" reads an existing file, "w" creates or empties one, "a" reads an existing file
  *        and appends to it; an empty file is a valid file. Any other mode, and "a" for a file that
- *        can be read but not written, succeeds as intended, with a handle that has no stream:
- *        objects can be built on it, saving yields #TDMS_FILE_HANDLE and reading values
+ *        can be read but not written, succeeds with a handle that has no stream. This is intended:
+ *        objects can be created on it, saving yields #TDMS_FILE_HANDLE, and reading values
  *        #TDMS_CHANNEL_DATA_READ
  * @param[out] file the handle; untouched on failure
  * @return 0; #TDMS_FILE_PATH; with "r" also #TDMS_FILE_TAG, #TDMS_FILE_TOC, #TDMS_FILE_VERSION,
@@ -172,23 +173,24 @@ TDMS_API int open_file(const char* path, const char* mode, void** file);
  * groups, get_channel_data_double() and the like can read at most one.
  *
  * In a file that open_file() opened with "a", every channel that the file holds must be staged
- * before the first save, with a count of 0 if there is nothing to add: a channel that was not
- * staged states the number of values it had last, without values, and the file then holds fewer
- * bytes than it claims.
+ * before the first save, with a count of 0 if there is nothing to add. For a channel that was not
+ * staged, the save states the number of values of its last segment again but writes none, and the
+ * file then holds fewer bytes than it claims.
  *
- * The stream's own errors are not reported, such as a full disk; saving a file opened with "r"
- * writes nothing, yet drops its properties. The stream's buffer is not flushed before close_file().
+ * Errors of the stream, such as a full disk, are not reported. Saving a file opened with "r" writes
+ * nothing, yet drops its properties. The stream's buffer is not flushed before close_file().
  *
- * tdms_save() has none of this: it stores all values once, in one segment, and reports a failure.
- * @return 0; #TDMS_FILE_HANDLE when `file` is null or has no stream: then nothing changes
+ * tdms_save() has none of these traps: it stores every value once, in one segment, and reports
+ * failures.
+ * @return 0; #TDMS_FILE_HANDLE, and nothing changes, when `file` is null or has no stream
  */
 TDMS_API int save_file(void* file);
 
 /**
  * Closes a file without saving, and frees everything in it. What the stream still buffers is
- * written; tdms_close() reports it if that fails.
+ * written; if that fails, only tdms_close() reports it.
  * @param[in,out] file the handle's variable; set to null
- * @return 0; #TDMS_FILE_HANDLE when it or the handle is null
+ * @return 0; #TDMS_FILE_HANDLE when `file` or the handle is null
  */
 TDMS_API int close_file(void** file);
 
@@ -204,9 +206,9 @@ TDMS_API int delete_file(const char* path);
  *  @{ */
 
 /**
- * Creates an empty group. A name with a slash is not read back as a group of that name: in a file
- * the slashes of a path separate groups from channels. A name that is, or begins or ends with, a
- * slash makes a file that cannot be opened. tdms_create_group() rejects such names.
+ * Creates an empty group. A name with a slash is not read back as a group of that name, because
+ * slashes in a path separate groups from channels. A name that is, or begins or ends with, a slash
+ * makes a file that cannot be opened. tdms_create_group() rejects such names.
  * @param[out] group the new group's handle
  * @return 0; #TDMS_FILE_HANDLE; #TDMS_GROUP_REPEATED when the file has a group of that name;
  *         #TDMS_GROUP_HANDLE when `group` is null
@@ -244,9 +246,9 @@ TDMS_API int delete_group(void* group);
 /**
  * Creates a channel without a type or values. A channel of the same name is replaced: it is
  * destroyed with its properties and staged values, and its handle is no longer valid. If the file
- * on disk has values of it already, stage values of the same type before the next save, a count of
- * 0 suffices: a file in which a channel changes its type cannot be opened. tdms_create_channel()
- * never replaces a channel, and tdms_save() never changes a type.
+ * on disk has values of that channel already, stage values of the same type before the next save; a
+ * count of 0 suffices. Otherwise the channel may change its type in the file, and the file cannot
+ * be opened. tdms_create_channel() never replaces a channel, and tdms_save() never changes a type.
  * @param[out] channel the new channel's handle
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_REPEATED when the group has a channel whose name is
  *         the new channel's whole path; #TDMS_CHANNEL_HANDLE when `channel` is null
@@ -282,8 +284,8 @@ TDMS_API int delete_channel(void* channel);
 TDMS_API int get_channel_datatype(void* channel);
 
 /**
- * The number of values that the file stated for the channel when it was opened, and in what
- * tdms_refresh() has taken in since. Staging and saving leave it as it is. tdms_get_num_values()
+ * The number of values that the file stated for the channel when it was opened, plus those that
+ * tdms_refresh() has taken in since. Staging and saving do not change it. tdms_get_num_values()
  * counts what can be read now.
  * @param[out] count the number of values
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATA_COUNT when `count` is
@@ -295,8 +297,8 @@ TDMS_API int get_num_channel_data(void* channel, uint64_t* count);
 
 /** @defgroup properties Properties
  *
- * A property is addressed by its owner's handle and its name. It never changes: to replace one,
- * delete it and create it again.
+ * A property is addressed by its owner's handle and its name. No function here changes its value:
+ * to replace a property, delete it and create it again, or use tdms_set_property().
  *  @{ */
 
 /** @name How many properties an object has
@@ -309,9 +311,9 @@ TDMS_API int get_num_channel_property(void* channel);
 /** @} */
 
 /** @name The names of an object's properties
- * @param[out] names as many pointers as the get_num function returns. The library owns the texts;
- *             each stays valid until its property is deleted or saved by save_file(), or its
- *             object or file is destroyed
+ * @param[out] names as many pointers as the get_num function returns. The library owns the names;
+ *        each stays valid until its property is deleted or saved by save_file(), or its object or
+ *        file is destroyed
  * @return 0; the handle's status as for counting; #TDMS_FILE_PROPERTY_NAME,
  *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME when `names` is null and there
  *         are properties
@@ -343,7 +345,8 @@ TDMS_API int delete_channel_property(void* channel, const char* name);
 /** @} */
 
 /** @name Creating a property of a file
- * The value is copied; the first of two properties of one name stays.
+ * The value is copied. A property of that name stays as it is, unless tdms_save() has written it on
+ * this handle: then it is replaced.
  * @return 0; #TDMS_FILE_HANDLE; #TDMS_FILE_PROPERTY_REPEATED
  * @{ */
 TDMS_API int create_file_property_int8(void* file, const char* name, int8_t value);
@@ -362,13 +365,13 @@ TDMS_API int create_file_property_timestamp(void* file, const char* name, timest
 /** @} */
 
 /** @name The value of a file property
- * The stored bytes are decoded as the type asked for, whatever type they were created with. For
- * strings and times, the tdms_ getters check the type, and write their outputs on success only.
- * @param[out] value one value. It is written also when there is no property of that name, or when
- *             its bytes are too few: then it is zero, for a timestamp in every field
- * @param[out] buffer the text and a NUL
- * @param size the buffer's size in bytes; it must be greater than the stored bytes, which are the
- *             text's length plus 4
+ * The stored bytes are decoded as the function's type, whatever the property's type is.
+ * tdms_get_property() returns the type with the value; the tdms_ getters for strings and times
+ * check it. These write their outputs on success only.
+ * @param[out] value one value. If there is no property of that name, or it has too few bytes, zero
+ *        is written, for a timestamp to every field
+ * @param[out] buffer the string and a NUL
+ * @param size the buffer's size in bytes: at least the string's length plus 5
  * @return 0; #TDMS_FILE_HANDLE; #TDMS_FILE_PROPERTY_NAME; #TDMS_PROPERTY_BUFFER when `size` is too
  * small, or when `value` or `buffer` is null
  * @{ */
@@ -388,7 +391,8 @@ TDMS_API int get_file_property_timestamp(void* file, const char* name, timestamp
 /** @} */
 
 /** @name Creating a property of a group
- * The value is copied; the first of two properties of one name stays.
+ * The value is copied. A property of that name stays as it is, unless tdms_save() has written it on
+ * this handle: then it is replaced.
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_GROUP_PROPERTY_REPEATED
  * @{ */
 TDMS_API int create_group_property_int8(void* group, const char* name, int8_t value);
@@ -407,13 +411,13 @@ TDMS_API int create_group_property_timestamp(void* group, const char* name, time
 /** @} */
 
 /** @name The value of a group property
- * The stored bytes are decoded as the type asked for, whatever type they were created with. For
- * strings and times, the tdms_ getters check the type, and write their outputs on success only.
- * @param[out] value one value. It is written also when there is no property of that name, or when
- *             its bytes are too few: then it is zero, for a timestamp in every field
- * @param[out] buffer the text and a NUL
- * @param size the buffer's size in bytes; it must be greater than the stored bytes, which are the
- *             text's length plus 4
+ * The stored bytes are decoded as the function's type, whatever the property's type is.
+ * tdms_get_property() returns the type with the value; the tdms_ getters for strings and times
+ * check it. These write their outputs on success only.
+ * @param[out] value one value. If there is no property of that name, or it has too few bytes, zero
+ *        is written, for a timestamp to every field
+ * @param[out] buffer the string and a NUL
+ * @param size the buffer's size in bytes: at least the string's length plus 5
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_GROUP_PROPERTY_NAME; #TDMS_PROPERTY_BUFFER when `size` is
  * too small, or when `value` or `buffer` is null
  * @{ */
@@ -433,7 +437,8 @@ TDMS_API int get_group_property_timestamp(void* group, const char* name, timesta
 /** @} */
 
 /** @name Creating a property of a channel
- * The value is copied; the first of two properties of one name stays.
+ * The value is copied. A property of that name stays as it is, unless tdms_save() has written it on
+ * this handle: then it is replaced.
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_PROPERTY_REPEATED
  * @{ */
 TDMS_API int create_channel_property_int8(void* channel, const char* name, int8_t value);
@@ -453,13 +458,13 @@ TDMS_API int create_channel_property_timestamp(void* channel, const char* name,
 /** @} */
 
 /** @name The value of a channel property
- * The stored bytes are decoded as the type asked for, whatever type they were created with. For
- * strings and times, the tdms_ getters check the type, and write their outputs on success only.
- * @param[out] value one value. It is written also when there is no property of that name, or when
- *             its bytes are too few: then it is zero, for a timestamp in every field
- * @param[out] buffer the text and a NUL
- * @param size the buffer's size in bytes; it must be greater than the stored bytes, which are the
- *             text's length plus 4
+ * The stored bytes are decoded as the function's type, whatever the property's type is.
+ * tdms_get_property() returns the type with the value; the tdms_ getters for strings and times
+ * check it. These write their outputs on success only.
+ * @param[out] value one value. If there is no property of that name, or it has too few bytes, zero
+ *        is written, for a timestamp to every field
+ * @param[out] buffer the string and a NUL
+ * @param size the buffer's size in bytes: at least the string's length plus 5
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_PROPERTY_NAME;
  * #TDMS_PROPERTY_BUFFER when `size` is too small, or when `value` or `buffer` is null
  * @{ */
@@ -488,10 +493,10 @@ TDMS_API int get_channel_property_timestamp(void* channel, const char* name,
 /** @name Staging values
  * Stages a channel's values for the next save, in place of those staged before. The first staging
  * fixes the channel's type; only values of that type can be staged from then on.
- * tdms_append_double() and the like add to what is staged, and check for 4 GiB of strings.
+ * tdms_append_double() and the like add to what is staged, and reject 4 GiB of strings.
  * @param count the number of values; 0 is allowed and fixes the type too
  * @param values an array of `count` values, copied by the call. Strings must be less than 4 GiB in
- *         all: where each ends is stored as a 32-bit number
+ *        total, because the end of each is stored as a 32-bit number
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_HANDLE; #TDMS_CHANNEL_DATATYPE when the channel has
  *         another type; #TDMS_CHANNEL_DATA_READ when `values` is null and `count` is not 0. On
  *         failure the channel keeps what was staged before
@@ -513,14 +518,14 @@ TDMS_API int set_channel_data_timestamp(void* channel, uint64_t count,
 /** @} */
 
 /** @name Reading values
- * Reads all values that the file held for a channel when it was opened, segment after segment.
+ * Reads all values that the file held for a channel when it was opened, segment by segment.
  *
- * In a segment, values of another group's channel before those of the wanted channel's group make
- * the call fail with #TDMS_CHANNEL_DATA_READ; an object outside the group, listed after one of its
- * channels, makes it throw an out-of-range error. In a file of several groups that have values or
- * channel properties, this concerns files that this library wrote itself. A file that open_file()
- * opened with "w" has no values to read; one opened with "a" cannot be read unless it was empty,
- * and trying closes its stream.
+ * If a segment has values of another group before those of the channel's group, the call fails with
+ * #TDMS_CHANNEL_DATA_READ. If it lists an object outside the group after one of the group's
+ * channels, the call throws an out-of-range error. This affects files of several groups that have
+ * values or channel properties, even those that this library wrote. A file that open_file() opened
+ * with "w" has no values to read. One opened with "a" cannot be read unless it was empty, and the
+ * attempt closes its stream.
  *
  * tdms_read_double() and the like read any range of any channel of any group, on any handle, and do
  * not throw.
@@ -545,13 +550,13 @@ TDMS_API int get_channel_data_timestamp(void* channel, timestamp_fields* values)
 /** @} */
 
 /**
- * Reads the strings of a string channel, with the rules of the other readers.
+ * Reads the strings of a string channel, under the same rules as the other readers.
  *
- * The strings go into one storage of the whole process, after all strings read before. The pointers
- * returned are, as intended, the storage's first ones: the first call of a process returns the
- * strings just read; later calls return the earliest strings again; their own appear only from the
- * index at which they were stored. May be called from several threads for different files.
- * tdms_read_string() reads into the caller's memory, and has none of this.
+ * All strings read by the process are added to one storage. The pointers returned are the storage's
+ * first ones, as intended: the first call of a process returns the strings just read; later calls
+ * return the earliest strings again; their own appear only from the index at which they were
+ * stored. Several threads may call this function for different files. tdms_read_string() reads into
+ * the caller's memory, and has none of these traps.
  * @param[out] values get_num_channel_data() pointers. The library owns the strings; they stay valid
  *             until the process ends
  * @return as the other readers
@@ -562,31 +567,32 @@ TDMS_API int get_channel_data_string(void* channel, const char** values);
 
 /** @defgroup tdms The tdms_ interface
  *
- * A second interface on the same handles, the same tree and the same files, which reports every
- * failure and loses nothing. The two may be mixed on one handle; counting, listing and deleting
- * objects are the functions above. Its conventions:
+ * A second interface to the same handles, the same tree and the same files, which reports every
+ * failure and loses nothing. The two may be mixed on one handle; to count, list and delete objects,
+ * use the functions above. Its conventions:
  *
- *  1. The result is 0 or a negative status; tdms_status_text() turns it into a sentence. Outputs
- *     are written on success only. An exception to that is a device that fails, or a file that is
- *     truncated, during a read: the caller's array may then hold a part.
- *  2. A null argument, a handle of another kind, and any argument that makes no sense yield
- *     #TDMS_ARGUMENT; where null is allowed, the function says so. A handle that is no longer valid
- *     is undefined, as above.
+ *  1. The result is 0 or a negative status; tdms_status_text() returns its message. Outputs are
+ *     written on success only, with one exception: if the device fails, or the file is truncated,
+ *     during a read, the caller's array may hold some of the values.
+ *  2. A null argument, a handle of another kind, or any other invalid argument yields
+ *     #TDMS_ARGUMENT; where null is allowed, the function says so. Using a handle that is no longer
+ *     valid is undefined, as above.
  *  3. A lack of memory yields #TDMS_MEMORY and changes nothing, except that tdms_refresh() may
- *     already have taken in some segments: the same call can be made again. No function throws,
+ *     already have taken in some segments. The same call can be made again. No function throws,
  *     ends the process or leaks.
  *  4. On a handle that only reads, and on one that has no stream, creating, appending, saving and
- *     syncing is #TDMS_FILE_HANDLE, and changes nothing. (The functions for properties above do not
- *     check this; tdms_save() does.)
+ *     syncing yield #TDMS_FILE_HANDLE and change nothing. (The functions for properties above do
+ *     not check this; tdms_save() does.)
  *  5. Times are nanoseconds since 1970-01-01T00:00:00 UTC, without leap seconds, in a signed 64-bit
- *     number: from the year 1677 to 2262. All of them come back exactly; what a file holds beyond
- *     them comes back as the nearest end. Time zones and summer time play no part.
+ *     number, which covers the years 1677 to 2262. Each of them reads back exactly; an earlier or
+ *     later time in a file reads as the first or the last of them. Time zones and daylight saving
+ *     play no part.
  *  6. One file, with everything in it, is for one thread at a time; different files may be used by
  *     different threads at once.
  *  @{ */
 
 /**
- * The meaning of a status of either interface.
+ * The message of a status of either interface.
  * @param status a status; any value is allowed
  * @return one English sentence, static, never null, not to be freed
  */
@@ -599,14 +605,14 @@ TDMS_API const char* tdms_status_text(int status);
  * Opens a file.
  *
  * "w" and "a" lock the file against other writers (an exclusive advisory lock, flock) as long as
- * the handle lives; where the file system has no locks, nothing is locked. Readers take no lock and
- * ignore the writer's. With "r", a file that is being recorded may end within the segment that is
- * being saved, which is #TDMS_FILE_READ: use tdms_open_partial(). A call that fails leaves no
- * descriptor open and no byte changed.
+ * the handle is valid; where the file system has no locks, nothing is locked. Readers take no lock
+ * and ignore the writer's. A file that is being recorded may end within the segment that is being
+ * saved; "r" then yields #TDMS_FILE_READ, and tdms_open_partial() opens the file. A call that fails
+ * leaves no descriptor open and changes no byte.
  * @param path the file's path
  * @param mode "r" reads a file, every segment of which must be intact. "w" creates a file, or
- *        empties an existing one. "a" opens a file as "r" does, and appends to it. What a file
- *        opened with "w" or "a" holds can be read, too; both need the permission to read
+ *        empties an existing one. "a" opens a file as "r" does, and appends to it. A file opened
+ *        with "w" or "a" can be read, too, and both modes need permission to read it
  * @param[out] file the handle, for tdms_close()
  * @return 0; #TDMS_FILE_PATH with errno if the file cannot be opened, or not written to with "w" or
  *         "a": EWOULDBLOCK if another handle writes to it; the status of the first fault in the
@@ -616,9 +622,8 @@ TDMS_API const char* tdms_status_text(int status);
 TDMS_API int tdms_open(const char* path, const char* mode, void** file);
 
 /**
- * Opens for reading what is intact of a file that was truncated, or that is being recorded: all
- * segments before the first one that is not intact. A file that ends within its first segment opens
- * empty.
+ * Opens for reading what is intact of a file that was truncated or is being recorded: all segments
+ * before the first one that is not intact. A file that ends within its first segment opens empty.
  * @param[out] file the handle, for tdms_close()
  * @param[out] rest how many bytes follow the intact segments: 0 for an intact file; may be null
  * @return as tdms_open(); the faults are those of the first segment, and #TDMS_FILE_READ if the
@@ -629,51 +634,51 @@ TDMS_API int tdms_open_partial(const char* path, void** file, uint64_t* rest);
 /**
  * Takes in the intact segments that were appended to a file since it was opened for reading, or
  * since the last call: groups, channels, properties and values. All handles and names stay valid,
- * and so does the text of a property unless a new segment changes it. On a handle that writes there
- * is nothing to take in.
+ * and so does the string of a property unless a new segment changes it. On a handle that writes
+ * there is nothing to take in.
  *
- * A file that was emptied and is recorded again is not the one that was opened. Once that shows,
- * every later call fails, too: close the handle and open the file again. It does not show if the
- * new file has grown beyond the old one by the next call, with segments of the same sizes; nor does
- * a file that has taken over the name.
+ * A file that was emptied and is recorded again is not the one that was opened. Once a call has
+ * detected that, every later one fails, too: close the handle and open the file again. Two changes
+ * go undetected: a new recording that has outgrown the old one by the next call, with segments of
+ * the same sizes, and another file that has taken the same name.
  * @param[out] rest how many bytes follow the intact segments; may be null
- * @return 0; #TDMS_FILE_READ if the file is shorter than what the handle knows of it, which the
- *         handle keeps, or if the device fails; #TDMS_ARGUMENT; #TDMS_MEMORY
+ * @return 0; #TDMS_FILE_READ if that was detected or the file is shorter than before (the handle
+ *         keeps what it knows), or if the device fails; #TDMS_ARGUMENT; #TDMS_MEMORY
  */
 TDMS_API int tdms_refresh(void* file, uint64_t* rest);
 
 /**
  * Appends one segment to the file: the properties, groups and channels that it does not have yet,
- * and the values appended or staged since the last save, of every channel. Without anything new,
- * nothing is written. Values leave memory; properties can still be read, and after a save a
- * property of the same name can be created again, in place of the old one.
+ * and the values of every channel appended or staged since the last save. If nothing is new,
+ * nothing is written. Values leave memory; properties can still be read, and a saved property can
+ * be created again, which replaces it.
  *
- * On success the operating system has all of it: a process that is killed afterwards loses none.
- * If the write fails (disk full, quota, size limit, device gone), the file is cut back
- * to the end of the last save, and everything stays in memory for the next call.
+ * On success the operating system has all of it: a process that is killed afterwards loses none. If
+ * the write fails (disk full, quota, size limit, device gone), the file is truncated to the end of
+ * the last save, and everything stays in memory for the next call.
  * @return 0; #TDMS_WRITE with errno, also for what an earlier save_file() could not write, and with
  *         ESTALE, writing nothing, if another program has made the file longer or shorter;
- *         #TDMS_ARGUMENT if a name or text added by the functions above cannot be read back (a
+ *         #TDMS_ARGUMENT if a name or string added by the functions above cannot be read back (a
  *         slash in a group's name, strings of 4 GiB); #TDMS_CHANNEL_DATATYPE if a channel was
- *         deleted or replaced, and has another type than its values in the file;
- *         #TDMS_CHANNEL_DATA_READ if those cannot be looked up; #TDMS_FILE_HANDLE; #TDMS_MEMORY
+ *         deleted or replaced, and its values in the file have another type;
+ *         #TDMS_CHANNEL_DATA_READ if that type cannot be looked up; #TDMS_FILE_HANDLE; #TDMS_MEMORY
  */
 TDMS_API int tdms_save(void* file);
 
 /**
- * Makes what was saved survive a loss of power, and a new file's entry in its folder, too. For the
- * entry, the folder must be readable and /proc be there.
- * @return 0; #TDMS_WRITE with errno, from then on for good if the device failed; #TDMS_FILE_HANDLE;
- *         #TDMS_ARGUMENT; #TDMS_MEMORY
+ * Makes what was saved survive a loss of power, including a new file's entry in its folder. For the
+ * entry, the folder must be readable and /proc mounted.
+ * @return 0; #TDMS_WRITE with errno; after a failure of the device, with every later call, too;
+ *         #TDMS_FILE_HANDLE; #TDMS_ARGUMENT; #TDMS_MEMORY
  */
 TDMS_API int tdms_sync(void* file);
 
 /**
  * Closes a file without saving, frees everything in it and sets the variable to null.
  * @param[in,out] file the handle's variable
- * @return 0; #TDMS_WRITE with errno if the system reports only now, or nothing has reported yet,
- *         that something saved was not written: the file is closed all the same; #TDMS_ARGUMENT if
- *         it is null or no open file, and nothing is closed
+ * @return 0; #TDMS_WRITE with errno if something saved was not written, and no call has reported it
+ *         yet: the file is closed all the same; #TDMS_ARGUMENT if `file` is null or refers to no
+ *         open file: then nothing is closed
  */
 TDMS_API int tdms_close(void** file);
 
@@ -684,7 +689,7 @@ TDMS_API int tdms_close(void** file);
 
 /**
  * Creates an empty group.
- * @param name any text without a slash
+ * @param name any string without a slash
  * @param[out] group the new group's handle
  * @return 0; #TDMS_GROUP_REPEATED if the file has a group of that name; #TDMS_FILE_HANDLE;
  *         #TDMS_ARGUMENT; #TDMS_MEMORY
@@ -693,7 +698,7 @@ TDMS_API int tdms_create_group(void* file, const char* name, void** group);
 
 /**
  * Creates a channel without a type or values. No channel is ever replaced.
- * @param name any text without a slash
+ * @param name any string without a slash
  * @param[out] channel the new channel's handle
  * @return 0; #TDMS_CHANNEL_REPEATED if the group has a channel of that name; #TDMS_FILE_HANDLE;
  *         #TDMS_ARGUMENT; #TDMS_MEMORY
@@ -714,8 +719,8 @@ TDMS_API int tdms_find_channel(void* group, const char* name, void** channel);
 
 /**
  * The name of a group.
- * @param[out] name the library's own text, with a NUL after it; valid as long as the handle
- * @param[out] length its bytes without that NUL; there may be zero bytes among them
+ * @param[out] name owned by the library, with a NUL after it; valid as long as the handle
+ * @param[out] length in bytes, without that NUL; the name may contain zero bytes
  * @return 0; #TDMS_ARGUMENT
  */
 TDMS_API int tdms_get_group_name(void* group, const char** name, uint64_t* length);
@@ -725,11 +730,11 @@ TDMS_API int tdms_get_channel_name(void* channel, const char** name, uint64_t* l
 
 /** @} */
 
-/** @name Properties: texts
- * @param[out] text the library's own text, with a NUL after it; valid until the property is
- *             deleted, created again, saved by save_file() or changed by tdms_refresh(), or its
+/** @name Properties: strings
+ * @param[out] text the string, owned by the library, with a NUL after it; valid until the property
+ *             is deleted, created again, saved by save_file() or changed by tdms_refresh(), or its
  *             object is destroyed
- * @param[out] length its bytes without that NUL; there may be zero bytes among them
+ * @param[out] length in bytes, without that NUL; the string may contain zero bytes
  * @return 0; #TDMS_DATATYPE if the property is not a string; #TDMS_FILE_PROPERTY_NAME,
  *         #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if there is no property of that
  *         name; #TDMS_ARGUMENT
@@ -767,8 +772,8 @@ TDMS_API int tdms_create_channel_property_nanoseconds(void* channel, const char*
 /** @} */
 
 /**
- * The value of a property, with its type. A property of a type that ::tdms_type does not have,
- * which some files name, and one whose stored bytes are too few, have no value: #TDMS_TYPE_VOID.
+ * The value of a property, with its type. The type is #TDMS_TYPE_VOID, and there is no value, if
+ * the property in the file has a type that ::tdms_type does not list, or too few bytes.
  */
 typedef struct tdms_value {
     int32_t type; /**< ::tdms_type */
@@ -780,16 +785,16 @@ typedef struct tdms_value {
         int64_t nanoseconds; /**< of timestamp: since 1970-01-01T00:00:00 UTC */
         struct {
             const char* text; /**< the string; where the library returns it, a NUL follows */
-            uint64_t length;  /**< its bytes without that NUL; there may be zero bytes among them */
+            uint64_t length;  /**< in bytes, without that NUL; the string may contain zero bytes */
         } string;             /**< of string */
     } value;                  /**< the member that goes with the type */
 } tdms_value;
 
 /** @name Properties of any object and any type
  * For programs that handle every property alike, such as bindings. All three take the handle of a
- * file, a group or a channel. Names have a length, so that those with zero bytes, which some files
- * have, can be reached, too.
- * @param length the bytes of `name`, without a NUL, which need not be there
+ * file, a group or a channel. Names are passed with their length, because those in some files
+ * contain zero bytes.
+ * @param length the length of `name` in bytes, without a NUL; none is needed
  * @{ */
 
 /**
@@ -797,11 +802,11 @@ typedef struct tdms_value {
  *
  *     for (name = NULL; tdms_next_property(object, &name, &length, &value) == 0 && name != NULL;)
  *
- * @param[in,out] name the previous property's name, null for the first: then the next one's, which
- *                is the library's own, with a NUL after it; null after the last
- * @param[in,out] length the bytes of that name
+ * @param[in,out] name the name of the previous property, null to get the first; it becomes the name
+ *                of the next one, owned by the library, with a NUL after it, or null after the last
+ * @param[in,out] length the length of that name in bytes
  * @param[out] value the next property's value; untouched after the last. Names and strings stay
- *                valid as those of tdms_get_file_property_string() and its like do
+ *                valid like those of tdms_get_file_property_string()
  * @return 0; #TDMS_ARGUMENT
  */
 TDMS_API int tdms_next_property(void* object, const char** name, uint64_t* length,
@@ -816,30 +821,30 @@ TDMS_API int tdms_next_property(void* object, const char** name, uint64_t* lengt
 TDMS_API int tdms_get_property(void* object, const char* name, uint64_t length, tdms_value* value);
 
 /**
- * Creates a property, or replaces it. Values in the file stay there; after the next save, readers
+ * Creates a property, or replaces it. The file keeps the old value; after the next save, readers
  * find the new one, whatever its type.
- * @param value copied by the call. Numbers of type float are rounded to it
+ * @param value copied by the call. A number of type float is rounded to single precision
  * @return 0; #TDMS_ARGUMENT, also if the value does not fit its type, for a type that has no values
  *         and for names and strings of 4 GiB; #TDMS_FILE_HANDLE; #TDMS_MEMORY. On failure nothing
- *         has changed
+ *         changes
  */
 TDMS_API int tdms_set_property(void* object, const char* name, uint64_t length,
                                const tdms_value* value);
 /** @} */
 
 /** @name Appending values
- * Adds values after those that a channel has already, in the file and since the last save. They
- * stay in memory until tdms_save(). The first call fixes the channel's type, also with a count of
- * 0. Any number of values may be added at a time: many small calls cost little more than one large.
+ * Adds values after those that a channel already has, in the file and in memory. They stay in
+ * memory until tdms_save(). The first call fixes the channel's type, even with a count of 0. Any
+ * number of values may be added at a time: many small calls cost little more than one large one.
  * @param count the number of values
  * @param values an array of `count` values, copied by the call; may be null if `count` is 0.
- *        Strings end with their NUL; those of one channel between two saves must be less than 4 GiB
- *        in all. Nanoseconds are values of the type timestamp; ::timestamp_fields are converted as
- *        described there, which is an hour off in summer
+ *        Strings end at their NUL; those of one channel between two saves must be less than 4 GiB
+ *        in total. Nanoseconds are values of the type timestamp. ::timestamp_fields are converted
+ *        as described there, which is an hour off during daylight saving
  * @return 0; #TDMS_CHANNEL_DATATYPE if the channel has another type; #TDMS_ARGUMENT, also for a
- *         null among strings and for too many of them; #TDMS_FILE_HANDLE; #TDMS_MEMORY;
- *         #TDMS_CHANNEL_DATA_READ if the channel was deleted and created again, and its type in the
- *         file cannot be looked up. On failure nothing has changed
+ *         null among the strings, and if they are too long in total; #TDMS_FILE_HANDLE;
+ *         #TDMS_MEMORY; #TDMS_CHANNEL_DATA_READ if the channel was deleted and created again, and
+ *         its type in the file cannot be looked up. On failure nothing changes
  * @{ */
 TDMS_API int tdms_append_int8(void* channel, uint64_t count, const int8_t* values);
 TDMS_API int tdms_append_int16(void* channel, uint64_t count, const int16_t* values);
@@ -859,19 +864,19 @@ TDMS_API int tdms_append_nanoseconds(void* channel, uint64_t count, const int64_
 
 /** @name Reading values
  * Reads a range of the values that the file holds for a channel, of any group, on any handle that
- * has the file open. The first call for a file finds out where all values are and keeps that;
- * every call then costs what its range does. Beside that index, and the metadata of some segments
- * while it is made, no call takes more than 1 MiB of memory.
+ * has the file open. The first call for a file locates all its values and keeps an index of them;
+ * after that, the cost of a call depends only on its range. Besides that index, and the metadata of
+ * some segments while it is built, no call takes more than 1 MiB of memory.
  *
- * Some files state values that they do not hold, because of how the functions above save: those
- * count as lost, and the rest is numbered from 0 without gaps.
+ * Some files written by save_file() state values that they do not hold. Those count as lost; the
+ * others are numbered from 0 without gaps.
  * @param first the number of the first value
  * @param count how many values; 0 is allowed
  * @param[out] values an array of `count` values; may be null if `count` is 0
  * @return 0; #TDMS_RANGE if the range goes beyond the last value; #TDMS_CHANNEL_DATATYPE if the
  *         channel has another type, except that tdms_read_double() also converts all other numbers
  *         and bool; #TDMS_CHANNEL_DATA_READ if the device fails or the file was truncated before
- *         the end of the range: the handle stays good; #TDMS_ARGUMENT; #TDMS_MEMORY. A channel
+ *         the end of the range: the handle stays valid; #TDMS_ARGUMENT; #TDMS_MEMORY. A channel
  *         without a type has 0 values of every type
  * @{ */
 TDMS_API int tdms_read_int8(void* channel, uint64_t first, uint64_t count, int8_t* values);
@@ -891,7 +896,7 @@ TDMS_API int tdms_read_nanoseconds(void* channel, uint64_t first, uint64_t count
 /** @} */
 
 /**
- * How many values can be read, and how many are lost: stated by the file and not in it.
+ * How many values can be read, and how many are lost: stated by the file, but not in it.
  * @param[out] count the number of values; may be null
  * @param[out] lost the number of lost values; may be null
  * @return 0; #TDMS_CHANNEL_DATA_READ; #TDMS_ARGUMENT; #TDMS_MEMORY
@@ -899,8 +904,8 @@ TDMS_API int tdms_read_nanoseconds(void* channel, uint64_t first, uint64_t count
 TDMS_API int tdms_get_num_values(void* channel, uint64_t* count, uint64_t* lost);
 
 /**
- * The bytes that a range of strings takes with a NUL each.
- * @param[out] size the size for tdms_read_string()
+ * The size of a range of strings in bytes, with a NUL for each.
+ * @param[out] size the size of the buffer that tdms_read_string() needs
  * @return as the readers
  */
 TDMS_API int tdms_get_string_size(void* channel, uint64_t first, uint64_t count, uint64_t* size);
@@ -908,9 +913,9 @@ TDMS_API int tdms_get_string_size(void* channel, uint64_t first, uint64_t count,
 /**
  * Reads a range of strings into the caller's memory.
  * @param[out] buffer the strings one after the other, each with a NUL after it
- * @param size the bytes of `buffer`
- * @param[out] texts an array of `count` + 1 pointers into `buffer`: each string's begin, then the
- *             end, so that string i has texts[i + 1] - texts[i] - 1 bytes, zero bytes included
+ * @param size the size of `buffer` in bytes
+ * @param[out] texts an array of `count` + 1 pointers into `buffer`: the start of each string, then
+ *        the end, so that string i has texts[i + 1] - texts[i] - 1 bytes, zero bytes included
  * @return as the readers; #TDMS_PROPERTY_BUFFER if `size` is less than tdms_get_string_size()
  *         returns: then nothing is written
  */
