@@ -14,13 +14,14 @@
  * as long as any of them exists, or until tdms::file::close(); every later use of one throws
  * #TDMS_FILE_HANDLE. Closing does not save.
  *
- * Failures: a failed call throws tdms::error and changes nothing; the comments here name the
- * statuses that matter most, all are documented at the function of tdms.h that is called. Memory
- * for what is returned to the caller, such as a vector of values, can throw std::bad_alloc or
- * std::length_error.
+ * Failures: a failed call throws tdms::error and changes nothing. The comments here name the
+ * statuses that matter most; tdms.h documents all of them, with the function that is called.
+ * Allocating what is returned to the caller, such as a vector of values, can throw std::bad_alloc
+ * or std::length_error.
  *
- * Strings: names and strings are bytes, usually UTF-8. The names of groups and channels and the
- * strings of channels end at a NUL in tdms.h: new ones with a NUL inside are #TDMS_ARGUMENT.
+ * Strings: names and strings are bytes, usually UTF-8. In tdms.h, the names of groups and channels
+ * and the strings of channels end at a NUL, so new ones that contain a NUL are rejected with
+ * #TDMS_ARGUMENT.
  *
  * Threads: one file, with everything in it and all copies, is for one thread at a time; different
  * files may be used by different threads at once.
@@ -56,11 +57,11 @@
 
 namespace tdms {
 
-/// A moment in nanoseconds since 1970-01-01T00:00:00 UTC; from the year 1677 to 2262.
+/// A moment in nanoseconds since 1970-01-01T00:00:00 UTC, in the years 1677 to 2262.
 using time = std::chrono::sys_time<std::chrono::nanoseconds>;
 
-/// The value of a property. std::monostate is a type without values, which some files name; no such
-/// property can be created.
+/// The value of a property. std::monostate is a property without a value, which some files have;
+/// none can be created.
 using property_value = std::variant<std::monostate, std::int8_t, std::int16_t, std::int32_t,
                                     std::int64_t, std::uint8_t, std::uint16_t, std::uint32_t,
                                     std::uint64_t, float, double, bool, std::string, time>;
@@ -111,7 +112,7 @@ class TDMS_API error : public std::runtime_error {
 
 class property_map;
 
-/// What this header needs itself; not for programs.
+/// What this header itself needs; not for programs.
 namespace detail {
 
 // The element types: suffix of the functions, type in C++, code, member of tdms_value.
@@ -247,7 +248,7 @@ concept integer = std::integral<T> && !std::same_as<T, bool>;
 template <class T>
 concept element_type = fixed_size<T> || std::same_as<T, std::string>;
 
-// An open file: what all objects in it share.
+// An open file, which all objects in it share.
 struct open_file {
     explicit open_file(std::string where) : path(std::move(where)) {}
     open_file(const open_file&) = delete;
@@ -267,7 +268,7 @@ inline bool has_nul(std::string_view text)
     return text.find('\0') != std::string_view::npos;
 }
 
-// Never null, which the functions of tdms.h reject.
+// Never null, because the functions of tdms.h reject null.
 inline const char* begin_of(std::string_view name)
 {
     return name.data() == nullptr ? "" : name.data();
@@ -313,18 +314,17 @@ template <class Use>
 /// What files, groups and channels have in common.
 class object {
   public:
-    // There is no moving: a variable that was moved from would refer to nothing.
+    // Not movable: a variable that was moved from would refer to nothing.
     object(const object&) = default;
     object& operator=(const object&) = default;
 
     /// All properties.
     property_map properties() const;
 
-    /// Reads a property as T, one of the types of property_value. The property has that type, with
-    /// two exceptions: as a double, any type of number and bool can be read, and as an integer,
-    /// every other type of integer, if T holds the value. Otherwise throws #TDMS_DATATYPE, and
-    /// #TDMS_FILE_PROPERTY_NAME, #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if there
-    /// is none of that name.
+    /// Reads a property as T, one of the types of property_value. T must be the property's type,
+    /// with two exceptions: double reads any number or bool, and an integer type reads any integer
+    /// that fits it. Otherwise throws #TDMS_DATATYPE; throws #TDMS_FILE_PROPERTY_NAME,
+    /// #TDMS_GROUP_PROPERTY_NAME or #TDMS_CHANNEL_PROPERTY_NAME if there is none of that name.
     template <class T>
     T property(std::string_view name) const;
 
@@ -342,7 +342,7 @@ class object {
         set_property(name, detail::to_c(std::string_view(text)));
     }
 
-    // A null pointer is no string.
+    // A null pointer is not a string.
     void property(std::string_view name, std::nullptr_t) = delete;
 
     /// The same object of the same open file.
@@ -360,13 +360,13 @@ class object {
         return handle_;
     }
 
-    // REQUIRES: nothing that can change errno comes between the call and this.
+    // Nothing that can change errno may come between the call and this.
     void check(int status, std::string_view name = {}) const
     {
         if (status != 0) fail(status, name);
     }
 
-    // `name` is the object's, property's or channel's that the call was about, if it was one.
+    // `name` names the object, property or channel that the call was about, if there was one.
     [[noreturn]] void fail(int status, std::string_view name = {}) const
     {
         const int reason = errno;
@@ -389,7 +389,7 @@ class object {
         return handles;
     }
 
-    // @return null if there is none of that name
+    // @return null if there is nothing of that name
     void* find(const detail::children& of, std::string_view name) const
     {
         if (detail::has_nul(name)) {
@@ -433,15 +433,15 @@ class object {
     }
 };
 
-/// The properties of an object: like a map of names and values, in the byte order of the names. It
-/// is a view, which sees every change. Iterators stay valid through changes.
+/// The properties of an object, like a map of names and values, in the byte order of the names. It
+/// is a view, which shows every change. Iterators stay valid after changes.
 class property_map {
   public:
     using key_type = std::string;
     using mapped_type = property_value;
     using value_type = std::pair<std::string, property_value>;
 
-    /// Reads one property after the other.
+    /// Goes from one property to the next.
     class iterator {
       public:
         using iterator_concept = std::input_iterator_tag;
@@ -560,14 +560,14 @@ class channel : public object {
     std::uint64_t lost() const { return count().second; }
 
     /// Reads values.size() values from index `first` on, and replaces `values`. Throws #TDMS_RANGE
-    /// beyond the last value, #TDMS_CHANNEL_DATATYPE if the channel has another type than T, except
-    /// that every type of number and bool can be read as double, and #TDMS_CHANNEL_DATA_READ if the
-    /// device fails or the file was truncated; then `values` may hold a part.
+    /// if the range goes beyond the last value; #TDMS_CHANNEL_DATATYPE if the channel has another
+    /// type than T, except that double reads any number or bool; and #TDMS_CHANNEL_DATA_READ if the
+    /// device fails or the file was truncated: then `values` may hold some of the values.
     template <detail::element_type T>
     void read(std::uint64_t first, std::span<T> values) const
     {
         if constexpr (std::is_same_v<T, std::string>) {
-            // The whole range at first: a piece of it must not be replaced in vain.
+            // Checks the whole range first, so that a call that fails replaces no part of `values`.
             std::uint64_t size = 0;
             check(tdms_get_string_size(handle(), first, values.size(), &size));
             read_strings(first, values);
@@ -588,7 +588,7 @@ class channel : public object {
     template <detail::element_type T>
     std::vector<T> read(std::uint64_t first, std::uint64_t count) const
     {
-        // Checked here, so that a wrong count is no lack of memory.
+        // Checked before the allocation, so that a wrong count is not reported as a lack of memory.
         const std::uint64_t stored = size();
         if (first > stored || count > stored - first) fail(TDMS_RANGE);
         std::vector<T> values(static_cast<std::size_t>(count));
@@ -607,10 +607,11 @@ class channel : public object {
         return read<T>(0, size());
     }
 
-    /// Appends values, which are copied, and in memory until file::save(): of any contiguous range,
-    /// a list in braces, or a std::vector<bool>. The first call fixes the channel's type. Throws
-    /// #TDMS_CHANNEL_DATATYPE if that is another one, #TDMS_ARGUMENT for a string with a NUL and
-    /// for 4 GiB of strings, and #TDMS_FILE_HANDLE for a file that is open for reading only.
+    /// Appends a copy of values, which stays in memory until file::save(). They can be any
+    /// contiguous range, a list in braces, or a std::vector<bool>. The first call fixes the
+    /// channel's type. Throws #TDMS_CHANNEL_DATATYPE if the channel has another one, #TDMS_ARGUMENT
+    /// for a string with a NUL and for 4 GiB of strings, and #TDMS_FILE_HANDLE for a file that is
+    /// open for reading only.
     template <detail::element_type T>
     void append(std::span<const std::type_identity_t<T>> values)
     {
@@ -658,7 +659,7 @@ class channel : public object {
         std::copy_n(copy.get(), values.size(), values.begin());
     }
 
-    // Piece by piece: what is needed besides the strings stays small.
+    // Piece by piece, so that the memory needed besides the strings stays small.
     void read_strings(std::uint64_t first, std::span<std::string> values) const
     {
         constexpr std::size_t at_once = 1024;
@@ -722,19 +723,18 @@ class group : public object {
     channel at(void* found) const { return {file_, group_, found}; }
 };
 
-/// An open file. It closes when no copy of it, and no object in it, is left: values that have not
-/// been saved are lost then, and only close() reports that the system failed to write what was
-/// saved.
+/// An open file. It closes with the last copy of it or object in it. Values that have not been
+/// saved are then lost, and only close() reports that the system failed to write what was saved.
 class file : public object {
   public:
-    /// Opens a file: "r" reads one, "w" creates or empties one, "a" reads one and appends to it;
+    /// Opens a file: "r" reads it, "w" creates or empties it, "a" reads it and appends to it;
     /// see tdms_open().
     explicit file(const std::string& path, const char* mode = "r")
         : file(opened(path, [&](auto& f) { return tdms_open(path.c_str(), mode, &f.handle); }))
     {
     }
 
-    /// Opens what is intact of a file that was truncated, or that is being recorded; see
+    /// Opens what is intact of a file that was truncated or is being recorded; see
     /// tdms_open_partial().
     static file partial(const std::string& path)
     {
@@ -742,11 +742,11 @@ class file : public object {
             path, [&](auto& f) { return tdms_open_partial(path.c_str(), &f.handle, &f.rest); }));
     }
 
-    /// As it was given.
+    /// The path that the file was opened by.
     const std::string& path() const { return file_->path; }
 
-    /// The bytes after the intact segments, when the file was opened by partial() or refreshed
-    /// last.
+    /// The number of bytes after the intact segments, when partial() opened the file or refresh()
+    /// was last called.
     std::uint64_t rest() const { return file_->rest; }
 
     /// All groups, in the byte order of their paths.
@@ -773,14 +773,14 @@ class file : public object {
     /// Makes what was saved survive a loss of power; see tdms_sync().
     void sync() { check(tdms_sync(handle())); }
 
-    /// Takes in what another program has added to the file since; see tdms_refresh(). All objects
-    /// stay valid.
+    /// Takes in what another program has added to the file; see tdms_refresh(). All objects stay
+    /// valid.
     void refresh() { check(tdms_refresh(handle(), &file_->rest)); }
 
-    /// Whether neither this nor a copy was closed.
+    /// Whether the file is open: neither this nor a copy of it was closed.
     bool is_open() const { return file_->handle != nullptr; }
 
-    /// Closes the file for all copies, without saving; a closed one stays closed. Throws
+    /// Closes the file for all copies, without saving; does nothing if it is closed. Throws
     /// #TDMS_WRITE if something saved was not written: the file is closed all the same.
     void close()
     {
