@@ -63,7 +63,7 @@ enum tdms_status {
     TDMS_FILE_TAG = -5002,                  /**< a segment does not begin with the format's tag */
     TDMS_FILE_TOC = -5003,                  /**< a segment has an unsupported table of contents */
     TDMS_FILE_VERSION = -5004,              /**< a segment has a version other than 4713 */
-    TDMS_FILE_HANDLE = -5005,               /**< the file handle is null, or its stream is gone */
+    TDMS_FILE_HANDLE = -5005,               /**< the handle is null, has no stream, or only reads */
     TDMS_FILE_READ = -5006,                 /**< the file ends early or cannot be read */
     TDMS_FILE_PROPERTY_NAME = -5007,        /**< the file has no property of that name */
     TDMS_FILE_PROPERTY_REPEATED = -5008,    /**< the file has a property of that name already */
@@ -251,7 +251,7 @@ TDMS_API int delete_group(void* group);
  * be opened. tdms_create_channel() never replaces a channel, and tdms_save() never changes a type.
  * @param[out] channel the new channel's handle
  * @return 0; #TDMS_GROUP_HANDLE; #TDMS_CHANNEL_REPEATED when the group has a channel whose name is
- *         the new channel's whole path; #TDMS_CHANNEL_HANDLE when `channel` is null
+ *         the new channel's path; #TDMS_CHANNEL_HANDLE when `channel` is null
  */
 TDMS_API int create_channel(void* group, const char* name, void** channel);
 
