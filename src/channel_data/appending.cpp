@@ -10,7 +10,7 @@
 namespace tdms_impl {
 namespace {
 
-// The first values fix a channel's type. The file may know better: it may hold values of a channel
+// The first values fix a channel's type, unless the file holds values of a channel at that path
 // that was removed from memory and created again.
 int check_type(channel& c, std::uint32_t type)
 {
@@ -42,7 +42,7 @@ void encode_values(const timestamp_fields* values, std::uint64_t count, unsigned
     encode_timestamps(values, count, target);
 }
 
-// Appends `count` values, which `encode(target)` puts as a file stores them.
+// Appends `count` values, which `encode(target)` stores as a file does.
 template <class Encode>
 int append_encoded(void* handle, std::uint32_t type, std::uint32_t value_size, std::uint64_t count,
                    const void* values, Encode encode)
@@ -52,7 +52,7 @@ int append_encoded(void* handle, std::uint32_t type, std::uint32_t value_size, s
         if (const int status = check_type(c, type)) return status;
         const std::size_t size = size_of(count, value_size);
         make_room(c.data, size);
-        if (!is_unsaved(c)) {  // what a save has written is not added to
+        if (!is_unsaved(c)) {  // saved values are not appended to
             c.data.clear();
             c.chunk_count = 0;
         }
@@ -77,7 +77,7 @@ int append_values(void* handle, std::uint64_t count, const c_string* values)
         if (values == nullptr && count != 0) return TDMS_ARGUMENT;
         if (std::find(values, values + count, nullptr) != values + count) return TDMS_ARGUMENT;
         if (const int status = check_type(c, TDMS_TYPE_STRING)) return status;
-        // What a save has written stays as it is until the new strings are complete.
+        // Saved strings stay as they are until the new ones are complete.
         const bool unsaved = is_unsaved(c);
         const bool in_place = unsaved || c.string_ends.empty();
         byte_vector bytes;

@@ -29,8 +29,8 @@ int with_range(void* handle, std::uint64_t first, std::uint64_t count, const voi
     });
 }
 
-// Turns stored values, which are at the end of the caller's array, into those wanted, from the
-// front: no stored value is overwritten before it is read.
+// Converts stored values, which are at the end of the caller's array, front to back: no stored
+// value is overwritten before it is read.
 template <class Stored, class T>
 void convert(T* values, std::uint64_t count)
 {

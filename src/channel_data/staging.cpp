@@ -14,7 +14,7 @@ namespace {
 
 static_assert(host_is_little, "an array in memory is staged as it is");
 
-// Finds the channel. It must have that type or none yet.
+// Finds the channel, which must have that type or none yet.
 int prepare_staging(option& file, const void* handle, std::uint32_t type, channel*& found)
 {
     if (const int status = find_object(file, *static_cast<const channel*>(handle), found)) {
@@ -62,7 +62,7 @@ void append_strings(std::uint64_t count, const char* const* values, staged_strin
     const std::size_t table = to.ends.size();
     to.ends.resize(table + 4 * count);
     unsigned char* end = to.ends.data() + table;
-    // Some strings at a time: one look at each, and room for all of them at once.
+    // Some strings at a time, so each is measured once, and room is made for all of them at once.
     std::array<std::string_view, 64> part;
     for (std::uint64_t first = 0; first != count;) {
         const auto strings = std::min<std::uint64_t>(count - first, part.size());

@@ -7,7 +7,8 @@
 
 namespace tdms_impl {
 
-/// The bytes of `count` values. A product that does not fit becomes a size that no memory has.
+/// The bytes of `count` values; a product that overflows becomes the largest size, which no
+/// allocation can satisfy.
 inline std::size_t size_of(std::uint64_t count, std::size_t value_size)
 {
     constexpr std::size_t most = std::numeric_limits<std::size_t>::max();

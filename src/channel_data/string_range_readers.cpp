@@ -21,7 +21,7 @@ class string_part {
     {
     }
 
-    /// Finds the first string's begin and the last one's end. @return whether they can be
+    /// Finds where the first string begins and the last one ends. @return whether that is possible
     bool find_ends()
     {
         const auto end_at = [this](std::uint64_t offset, std::uint64_t& end) {
@@ -36,8 +36,8 @@ class string_part {
     std::uint64_t offset() const { return strings_ + begin_; }
     std::uint64_t size() const { return end_ - begin_; }
 
-    /// Calls `use(length)` for each string. @return whether none ends before it begins, and they
-    /// end where the last one does
+    /// Calls `use(length)` for each string. @return whether the ends in the table ascend to that of
+    /// the last string
     template <class Use>
     bool visit_lengths(Use use)
     {
@@ -83,7 +83,7 @@ int for_each_string_part(const stored_values& values, file_window& tables, std::
         });
 }
 
-// The bytes that a range of strings takes with a NUL each, and where they end in the file.
+// How many bytes a range of strings takes with a NUL each, and where it ends in the file.
 struct string_range {
     std::uint64_t size;
     std::uint64_t end;
@@ -106,8 +106,8 @@ int locate_strings(channel& c, std::uint64_t first, std::uint64_t count, stored_
     });
 }
 
-// Reads strings into a buffer of `size` bytes. The bytes of a block come first, to the end of where
-// they will be, and move to the front string by string.
+// Reads strings into a buffer of `size` bytes. The bytes of a block are read to the end of their
+// place in the buffer, then moved to the front string by string.
 int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t count,
                  char* buffer, std::uint64_t size, const char** texts)
 {
@@ -116,7 +116,7 @@ int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t
     auto* front = reinterpret_cast<unsigned char*>(buffer);
     std::uint64_t room = size - count;  // for other bytes than a NUL for each string
     const auto read_part = [&](string_part& part, std::uint64_t strings) {
-        // The file may have changed since its size was found out.
+        // The file may have changed since its size was determined.
         if (part.size() > room) return false;
         room -= part.size();
         unsigned char* const target = front + strings;
@@ -137,8 +137,8 @@ int read_strings(const stored_values& values, std::uint64_t first, std::uint64_t
         });
 }
 
-// Whether every string of the range is where its table says, and the file still reaches there;
-// nothing is written before that.
+// Whether the tables of the range are sound, and the file still reaches to its end. This is checked
+// before anything is written.
 int check_strings(const stored_values& values, std::uint64_t first, std::uint64_t count,
                   std::uint64_t end)
 {

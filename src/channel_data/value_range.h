@@ -45,7 +45,7 @@ class value_range {
         return TDMS_OK;
     }
 
-    /// Calls `use(bytes, count)` for the stored bytes of some values after the other.
+    /// Calls `use(bytes, count)` for the stored bytes of the values, some values at a time.
     template <class Use>
     int read_piecemeal(std::uint32_t value_size, Use use)
     {

@@ -4,14 +4,15 @@
 
 // A point in time as a signed 64-bit count of nanoseconds since 1970-01-01T00:00:00 UTC, and as the
 // 16 bytes of a timestamp in a file: the fraction of a second in units of 2^-64 s, then the seconds
-// since 1904-01-01. Both ways round to the nearest, so that every count comes back as it was.
+// since 1904-01-01. Both directions round to the nearest, so every count survives a
+// round trip.
 
 namespace tdms_impl {
 
 /// Stores the 16 bytes of every value at `target`.
 void encode_nanoseconds(const std::int64_t* values, std::uint64_t count, unsigned char* target);
 
-/// Decodes `count` values of 16 bytes. A time that no count reaches becomes the nearest end.
+/// Decodes `count` values of 16 bytes. A time beyond the range of counts becomes the nearest count.
 void decode_nanoseconds(const unsigned char* bytes, std::uint64_t count, std::int64_t* values);
 
 }  // namespace tdms_impl

@@ -5,13 +5,13 @@
 
 namespace tdms_impl {
 
-// The first word of an object's raw data index: a marker, or the length of the index in bytes.
+// The first word of a raw data index: a marker, or the length of the index in bytes.
 inline constexpr std::uint32_t index_none = 0xFFFFFFFF;
 inline constexpr std::uint32_t index_as_before = 0;
 inline constexpr std::uint32_t index_fixed_size = 20;
 inline constexpr std::uint32_t index_string = 28;
 
-/// Which values of a channel a segment states. Members after `form` are set only for the explicit
+/// The values of a channel that a segment states. Fields after `form` are set only for the explicit
 /// forms.
 struct raw_data_index {
     std::uint32_t form;
@@ -71,8 +71,8 @@ inline raw_data_index skip_raw_data_index(metadata_cursor& cursor)
     return index;
 }
 
-/// The bytes of the block that an explicit index states. An unknown type is an exception.
-/// @return false if there are more than 64 bits can count
+/// The size in bytes of the block that an explicit index states. An unknown type is an exception.
+/// @return false if it overflows 64 bits
 inline bool stated_size(const raw_data_index& index, std::uint64_t& size)
 {
     if (index.form == index_string) {
@@ -83,10 +83,10 @@ inline bool stated_size(const raw_data_index& index, std::uint64_t& size)
     return !__builtin_mul_overflow(index.value_count, each, &size);
 }
 
-/// More bytes or values than any segment can hold.
+/// Stands for more bytes or values than 64 bits can count.
 inline constexpr std::uint64_t too_much = ~std::uint64_t{0};
 
-/// A sum, or too_much.
+/// The sum, or too_much.
 inline std::uint64_t sum_of(std::uint64_t a, std::uint64_t b)
 {
     std::uint64_t sum = 0;

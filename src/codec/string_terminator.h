@@ -4,7 +4,7 @@
 
 namespace tdms_impl {
 
-/// Makes C strings of strings that are stored back to back at the end of a buffer: moves them to
+/// Turns strings that are stored back to back at the end of a buffer into C strings: moves them to
 /// its front, one after the other, with a NUL after each.
 class string_terminator {
   public:

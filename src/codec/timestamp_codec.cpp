@@ -12,7 +12,7 @@ constexpr std::uint64_t fraction_per_microsecond = 18446744073700;
 
 constexpr std::uint32_t microseconds_per_second = 1000000;
 
-// Fields of any value are allowed; what does not fit wraps.
+// Fields may have any value; differences that overflow wrap.
 int wrapping_difference(std::int32_t a, std::uint32_t b)
 {
     return static_cast<int>(static_cast<std::uint32_t>(a) - b);
@@ -64,7 +64,7 @@ class calendar_to_seconds {
 
     timestamp_fields minute_{};
     std::int64_t start_ = 0;  // of the minute
-    std::int32_t first_ = 1;  // the seconds between which the minute is even; at first none
+    std::int32_t first_ = 1;  // the seconds between which addition holds; at first none
     std::int32_t last_ = 0;
 };
 

@@ -20,7 +20,7 @@ unsigned char* allocate_bytes(std::size_t size)
     if (size < least_on_huge_pages) return static_cast<unsigned char*>(::operator new(size));
     const std::size_t whole_pages = (size + huge_page - 1) / huge_page * huge_page;
     void* const bytes = ::operator new(whole_pages, alignment);
-    // A hint: whether it is taken makes no difference but in speed.
+    // A hint that affects nothing but speed.
     madvise(bytes, whole_pages, MADV_HUGEPAGE);
     return static_cast<unsigned char*>(bytes);
 }

@@ -13,7 +13,7 @@ namespace tdms_impl {
 unsigned char* allocate_bytes(std::size_t size);
 void free_bytes(unsigned char* bytes, std::size_t size);
 
-/// Allocates bytes by allocate_bytes(), and leaves those that resize() adds as they are.
+/// Allocates with allocate_bytes(); bytes added by resize() are left uninitialised.
 struct byte_allocator {
     using value_type = unsigned char;
     template <std::same_as<value_type> T>

@@ -34,7 +34,7 @@ int option::create_channel(const void* group_handle, std::string_view name, void
     if (handle == nullptr) return TDMS_CHANNEL_HANDLE;
     std::string own_name(name);
     if (channel* const old = owner->channels.find(path)) {
-        // In its place: adding another could run out of memory when this one is gone.
+        // Replaced in place: after erasing it, adding another could run out of memory.
         const std::string_view own_path = old->path;
         *old = channel{};
         *handle = &become_channel(*old, *owner, own_path, std::move(own_name));

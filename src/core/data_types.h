@@ -44,7 +44,7 @@ class data_size_table {
         return known->size;
     }
 
-    /// The same, but 0 for an unknown type.
+    /// The same, but an unknown type has 0.
     constexpr std::uint32_t size_or_zero(std::uint32_t code) const
     {
         const entry* const known = find(code);
@@ -112,8 +112,8 @@ struct element {
     using type = T;
 };
 
-/// Calls `use(element<T>{})` for the element type of that code.
-/// @return its result; for a code that is no element type's, a zero
+/// Calls `use(element<T>{})` for the element type with that code.
+/// @return its result; a zero if no element type has that code
 template <class Use>
 auto with_element_type(std::uint32_t code, Use use)
 {

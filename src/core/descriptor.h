@@ -7,7 +7,7 @@
 
 namespace tdms_impl {
 
-/// An open file descriptor and its owner; less than 0 if there is none. Closing leaves errno alone.
+/// Owns an open file descriptor, or none, which is less than 0. Closing leaves errno alone.
 class descriptor {
   public:
     descriptor() = default;

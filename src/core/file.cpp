@@ -40,7 +40,7 @@ int open_file(const char* path, const char* mode, void** file)
     const std::string mode_text(tdms_impl::not_null(mode));
     const std::string path_text(tdms_impl::not_null(path));
     if (file == nullptr) return TDMS_FILE_HANDLE;
-    // Room in the registry comes first: without it, nothing is opened and no file emptied.
+    // Room in the registry comes first: if there is none, nothing is opened and no file emptied.
     if (open.files.size() == open.files.capacity()) open.files.reserve(2 * open.files.size() + 1);
     // Deliberate: a failure may leave the stream open; it is not closed here.
     if (const int status = opened->open_file(path_text, mode_text)) return status;

@@ -52,7 +52,7 @@ std::FILE* file_on_its_way::release()
 
 int file_on_its_way::open_descriptor()
 {
-    // Without waiting for somebody to write to a pipe.
+    // O_NONBLOCK: a pipe is not waited for.
     if (mode_ == open_mode::read) return ::open(path_, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     constexpr int flags = O_RDWR | O_APPEND | O_NONBLOCK | O_CLOEXEC;
     const int existing = ::open(path_, flags);
@@ -60,11 +60,11 @@ int file_on_its_way::open_descriptor()
     const int created = ::open(path_, flags | O_CREAT | O_EXCL, 0666);
     created_ = created >= 0;
     if (created_ || errno != EEXIST) return created;
-    // A link to nothing, or a file that somebody else has just made.
+    // A dangling link, or a file that another program has just created.
     return ::open(path_, flags | O_CREAT, 0666);
 }
 
-// Two programs that write one file would destroy it. Not every file system has locks.
+// Two programs writing one file would destroy it. Not every file system has locks.
 bool file_on_its_way::lock(int file)
 {
     if (mode_ == open_mode::read) return true;

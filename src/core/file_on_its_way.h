@@ -7,8 +7,8 @@ namespace tdms_impl {
 
 enum class open_mode { read, write, append };
 
-/// A file on its way to becoming a handle's. What does not get there is closed, and a file that was
-/// created for it is removed; errno keeps the reason.
+/// A file that is being opened for a handle. If that fails, it is closed, and removed if it was
+/// created for it; errno keeps the reason.
 class file_on_its_way {
   public:
     file_on_its_way(const char* path, open_mode mode) : path_(path), mode_(mode) {}

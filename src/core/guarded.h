@@ -8,8 +8,8 @@
 
 namespace tdms_impl {
 
-/// Runs the work of a tdms_ function. No exception leaves it: the only ones that the library's own
-/// code lets happen are about data types and about memory, or the lack of another resource.
+/// Runs the work of a tdms_ function and turns exceptions into statuses. The library's own code
+/// throws for unknown data types, and for a lack of memory or another resource.
 template <class Work>
 int guarded(Work work)
 {
@@ -22,7 +22,7 @@ int guarded(Work work)
     }
 }
 
-/// The object of a handle; null for a null handle, and for one of another kind.
+/// The object of a handle; null for a null handle or one of another kind.
 template <class Object>
 Object* object_of(void* handle)
 {
@@ -32,8 +32,8 @@ Object* object_of(void* handle)
     return tag == level<Object>::tag ? static_cast<Object*>(handle) : nullptr;
 }
 
-/// Hands the object of a handle to `use`, whose result is returned, without exceptions. Nothing
-/// here depends on names or on the number of objects.
+/// Passes the object of a handle to `use` and returns its result, without exceptions. The cost does
+/// not depend on names or on the number of objects.
 template <class Object, class Use>
 int guarded(void* handle, Use use)
 {
@@ -50,7 +50,7 @@ bool takes_changes(Object& object)
     return file.writable && file.stream != nullptr;
 }
 
-/// The same for what changes a file: one that cannot be written to is TDMS_FILE_HANDLE.
+/// The same for functions that change a file; one that cannot be written to is TDMS_FILE_HANDLE.
 template <class Object, class Use>
 int guarded_change(void* handle, Use use)
 {

@@ -72,7 +72,7 @@ inline int find_object(option& file, const channel& handle, channel*& found)
     return found == nullptr ? TDMS_CHANNEL_HANDLE : TDMS_OK;
 }
 
-/// Resolves a handle and hands its registered object to `use`, whose result is returned.
+/// Resolves a handle, passes its registered object to `use`, and returns the result.
 template <class Object, class Use>
 int with_object(void* handle, Use use)
 {
@@ -84,7 +84,7 @@ int with_object(void* handle, Use use)
     return use(*found);
 }
 
-/// The number of entries of a map as a result: the low 32 bits.
+/// The number of entries of a map as a result: its low 32 bits.
 template <class Map>
 int count_of(const Map& map)
 {

@@ -9,8 +9,8 @@ namespace tdms_impl {
 
 /// Objects by path, in byte order. The map is their only owner, and none of them ever moves.
 ///
-/// Segments list their objects in this order, and one after the other the same ones; a program that
-/// stages values does so as well. So the object wanted is nearly always the one after the last.
+/// Segments list the same objects in this order, again and again, and programs stage values in it.
+/// So the object wanted is nearly always the one after the latest.
 template <class Object>
 class object_map {
     using nodes = std::map<std::string, Object, std::less<>>;
@@ -39,7 +39,7 @@ class object_map {
         if (order == 0) return &latest_->second;
         auto found = std::next(latest_);
         if (found == nodes_.end()) {
-            // What is new mostly comes after all others.
+            // A new path mostly comes after all others.
             if (order > 0) return nullptr;
             found = nodes_.begin();
         }
@@ -49,7 +49,7 @@ class object_map {
         return found->first == path ? &found->second : nullptr;
     }
 
-    /// Adds an object, its members zero, at a path that has none.
+    /// Adds an object, with zeroed members, at a path that has none.
     entry& add(std::string_view path)
     {
         const bool after = latest_ != nodes_.end() && latest_->first < path;

@@ -20,8 +20,8 @@ struct group;
 struct option;
 class value_index;
 
-/// What every object that a handle can refer to begins with: it distinguishes handles of different
-/// kinds from each other, and from most other memory.
+/// The first member of every object that a handle can refer to. It distinguishes handles of
+/// different kinds from each other, and from most other memory.
 enum class handle_tag : std::uint64_t {
     file = 0x3a656c6966534d54,
     group = 0x3a70756f72674d54,
@@ -66,11 +66,11 @@ struct group {
     property_map properties;
     bool unquoted;  // the file it came from has a channel path without its quotes
     std::uint64_t saves_at_origin;
-    bool listed;  // since then: by tdms_save(), or for its properties
+    bool listed;  // in the file since then: by tdms_save(), or for its properties
 };
 
-/// One open file. Group and channel handles come in as untyped pointers; they are validated by
-/// looking their paths up, never by their addresses.
+/// One open file. Group and channel handles arrive as untyped pointers; they are validated by their
+/// paths, never by their addresses.
 struct option {
     handle_tag tag = handle_tag::file;
     std::FILE* stream;  // null when there is none, or a failed read closed it
@@ -86,12 +86,12 @@ struct option {
     bool writable;               // opened with "w" or "a"
     bool unquoted;               // the file has a group path without its quotes
     bool objects_removed;        // from memory; the file may hold values of a channel among them
-    bool saved_by_stream;        // since `saved_size` was found out
+    bool saved_by_stream;        // since `saved_size` was determined
     bool must_be_cut;            // the file has bytes after `saved_size` that must go
     bool entry_synced;           // the name of a new file survives a loss of power
     std::uint64_t taken_size;    // what the file held when a stream's write failed first
     int write_error;             // errno of a write that failed and has not been reported yet
-    int sync_error;              // errno of a sync that failed: for what it concerned, for good
+    int sync_error;              // errno of a sync that failed; reported from then on
     std::uint64_t saved_size;    // of a writable file: where its last intact save ends
     descriptor reader;           // for a stream that cannot be read
     std::shared_ptr<value_index> stored;  // null until it is needed
@@ -110,7 +110,7 @@ struct option {
     void write_channel(segment_bytes& out) const;
 };
 
-/// Adds a group at a path that has none. Out of memory, the file stays as it is.
+/// Adds a group at a path that has none. If memory runs out, the file stays as it is.
 inline group& add_group(option& file, std::string_view path, std::string name)
 {
     auto& [key, added] = file.groups.add(path);
@@ -121,7 +121,7 @@ inline group& add_group(option& file, std::string_view path, std::string name)
     return added;
 }
 
-/// Makes an object whose members are zero a channel of the group, at a path that the group owns.
+/// Turns a zeroed object into a channel of the group, at a path that the group owns.
 inline channel& become_channel(channel& added, group& owner, std::string_view path,
                                std::string name) noexcept
 {
@@ -132,7 +132,7 @@ inline channel& become_channel(channel& added, group& owner, std::string_view pa
     return added;
 }
 
-/// Adds a channel at a path that has none. Out of memory, the group stays as it is.
+/// Adds a channel at a path that has none. If memory runs out, the group stays as it is.
 inline channel& add_channel(group& owner, std::string_view path, std::string name)
 {
     auto& [key, added] = owner.channels.add(path);

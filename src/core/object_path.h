@@ -21,7 +21,7 @@ inline std::string object_path(std::string_view parent, std::string_view name)
 
 enum class object_kind { invalid, file, group, channel };
 
-/// What an object's path says.
+/// What an object's path states.
 struct object_path_parts {
     object_kind kind;
     std::string_view group_path;  // of a group its own
@@ -34,7 +34,7 @@ inline std::string_view group_name(std::string_view path)
     return path.substr(2, path.size() - 3);
 }
 
-/// Whether the last name of a path, below `parent`, has the quotes that it should have.
+/// Whether the last name of a path, below `parent`, is in quotes.
 /// REQUIRES: a path that parse_object_path() takes for a group's or a channel's.
 inline bool is_quoted(std::string_view path, std::string_view parent)
 {

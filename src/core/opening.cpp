@@ -13,7 +13,7 @@
 namespace tdms_impl {
 namespace {
 
-// Makes a file that was read, or is to be written, the handle's.
+// Registers a file that was read, or is to be written, as a handle.
 int become_handle(std::shared_ptr<option> opened, file_on_its_way& from, open_mode mode,
                   void** handle)
 {
@@ -28,7 +28,7 @@ int become_handle(std::shared_ptr<option> opened, file_on_its_way& from, open_mo
     return TDMS_OK;
 }
 
-// A save states no values that it was not given.
+// The counts that the file states are not those of staged values.
 void forget_latest_counts(option& file)
 {
     for (auto& [group_path, g] : file.groups) {
@@ -83,7 +83,7 @@ int refresh(option& file, std::uint64_t* rest)
     return TDMS_OK;
 }
 
-// Removes what was not written completely, by whichever function. @return whether nothing is left
+// Removes what either interface did not write completely. @return whether nothing of it is left
 bool leave_intact(option& file)
 {
     try {
@@ -94,7 +94,7 @@ bool leave_intact(option& file)
     }
 }
 
-// Closes what is registered under the address; nothing else is a handle.
+// Closes the file that is registered at the address; nothing else is a handle.
 int close(void** handle)
 {
     registry& open = open_files();
@@ -110,7 +110,7 @@ int close(void** handle)
         if (std::fclose(closing.stream) != 0 && closing.writable && error == 0) error = errno;
         closing.stream = nullptr;
     }
-    // The handle's last owner may be somebody who looked into the registry.
+    // A program that looked into the registry may still own the object.
     closing.groups.clear();
     closing.properties.clear();
     closing.stored.reset();

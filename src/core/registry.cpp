@@ -10,10 +10,9 @@ TDMS_API std::mutex mtx;
 namespace tdms_impl {
 namespace {
 
-// Our names bind to ourselves: a program's own `mtx`, a common name, must not be taken for ours.
-// But a program that refers to our `mtx` holds the process's one copy of it, which the loader has
-// put into the program itself, with our symbol version. Only the loader knows which of the two it
-// is.
+// Our names bind to ourselves: a program's own `mtx` must not be taken for ours. A program that
+// refers to *our* `mtx` holds the process's one copy, carrying our symbol version; only the loader
+// can distinguish the two.
 template <class T>
 T& process_wide(T& own, const char* name) noexcept
 {

@@ -7,14 +7,14 @@
 
 namespace tdms_impl {
 
-/// The bytes of a segment that is to be written. The metadata and small blocks are joined in one
-/// buffer, which keeps its capacity, since a call for each would cost more than copying them. Large
-/// blocks stay where they are staged, since copying them would cost more than a call for each.
+/// The bytes of a segment to be written. Metadata and small blocks are joined in one buffer, which
+/// keeps its capacity: a call for each would cost more than copying them. Large blocks stay where
+/// they are staged: copying them would cost more than a call for each.
 class segment_bytes {
   public:
     using piece = std::span<const unsigned char>;
 
-    /// The bytes of a block that are joined.
+    /// How many bytes of a block are joined.
     static std::size_t joined_size(const byte_vector& block)
     {
         return block.size() < least_large ? block.size() : 0;
@@ -41,7 +41,7 @@ class segment_bytes {
         large_size_ += block.size();
     }
 
-    /// Calls `use(piece)` for one piece after the other, until it returns false.
+    /// Calls `use(piece)` for each piece in turn, until it returns false.
     /// @return whether it never did
     template <class Use>
     bool for_each_piece(Use use) const

@@ -28,7 +28,7 @@ channel* find_named(group& owner, std::string_view name)
     return find_named(owner.channels, owner.path, owner.unquoted, name);
 }
 
-// Adding one object below another, by the functions that add any name.
+// These add an object of any name.
 int add_named(option& owner, const char* name, void** added)
 {
     return create_group(&owner, name, added);
@@ -44,7 +44,7 @@ int create_named(void* owner, const char* name, void** created, int repeated)
 {
     return guarded_change<Owner>(owner, [=](Owner& found) -> int {
         if (name == nullptr || created == nullptr) return TDMS_ARGUMENT;
-        // In a file, the slashes of a path separate its names.
+        // In a path, slashes separate the names.
         if (std::string_view(name).find('/') != std::string_view::npos) return TDMS_ARGUMENT;
         if (find_named(found, name) != nullptr) return repeated;
         return add_named(found, name, created);

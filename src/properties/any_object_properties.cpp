@@ -1,4 +1,4 @@
-// The tdms_ functions for properties of any type, of a file, a group or a channel alike.
+// The tdms_ functions for properties of any type, of files, groups and channels alike.
 
 #include <cmath>
 #include <cstring>
@@ -13,11 +13,11 @@
 namespace tdms_impl {
 namespace {
 
-// Lengths of names, and of strings with their own length before them, are 32-bit numbers.
+// Lengths of names, and of strings including their prefix, are 32-bit numbers.
 constexpr std::uint64_t most_name = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint64_t most_string = most_name - 4;
 
-// The member of tdms_value that has the values of T.
+// The member of tdms_value that holds values of T.
 template <class T, class Value>
 auto& member(Value& v)
 {
@@ -38,7 +38,7 @@ template <class T>
 bool fits(const tdms_value& v)
 {
     if constexpr (std::is_same_v<T, bool>) {
-        unsigned char byte = 0;  // another one is no bool, and must not be read as one
+        unsigned char byte = 0;  // any other is no bool, and must not be read as one
         std::memcpy(&byte, &v.value, 1);
         return byte <= 1;
     }
@@ -136,7 +136,7 @@ int set_property(property_map& properties, std::string_view name, const tdms_val
     return TDMS_OK;
 }
 
-// Hands the object of a handle of any of the three kinds to `use`.
+// Passes the object of a handle of any of the three kinds to `use`.
 template <class Use>
 int guarded_any(void* handle, Use use)
 {

@@ -18,8 +18,8 @@ inline byte_string encode_string(std::string_view value)
     return bytes;
 }
 
-/// Adds a property to an object. The first of two properties of one name stays as it is, unless
-/// tdms_save() has written it: after a save a name can be created again, and replaces it.
+/// Adds a property to an object. A name that exists is rejected, unless tdms_save() has written its
+/// property: after a save, the new one replaces it.
 template <class Object>
 int add_property(Object& owner, std::string_view name, std::uint32_t type, byte_string value)
 {
@@ -44,7 +44,7 @@ int create_property(Object* handle, std::string_view name, std::uint32_t type, b
         handle, [&](Object& owner) { return add_property(owner, name, type, std::move(value)); });
 }
 
-/// Hands a property to `use`, whose result is returned.
+/// Passes a property to `use` and returns its result.
 template <class Object, class Use>
 int with_property(Object& owner, std::string_view name, Use use)
 {

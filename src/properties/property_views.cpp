@@ -7,7 +7,7 @@
 namespace tdms_impl {
 namespace {
 
-// Hands the bytes of a property of that type to `use`.
+// Passes the bytes of a property of that type to `use`.
 template <class Object, class Use>
 int view_property(void* handle, const char* name, bool outputs, std::uint32_t type,
                   std::size_t least, Use use)

@@ -35,7 +35,7 @@ int create(void* handle, const char* name, const T& value)
     return create_property(owner, not_null(name), type_code<T>, encoded(value));
 }
 
-// The stored bytes of a property; with any status but 0 they are empty.
+// The stored bytes of a property; empty with any status but 0.
 template <class Object>
 int get_bytes(Object* owner, const char* name, byte_string& bytes)
 {

@@ -5,7 +5,7 @@
 namespace tdms_impl {
 namespace {
 
-// What ends a walk, beside the statuses of for_each_object().
+// These end a walk, besides the statuses of for_each_object().
 constexpr int target_met = 1;
 constexpr int not_found = TDMS_CHANNEL_DATA_READ;
 
@@ -41,7 +41,7 @@ int block_finder::take(const found_object<channel>& found)
     return __builtin_add_overflow(before_, size, &before_) ? not_found : TDMS_OK;
 }
 
-// The size of the member's block. It is kept for a later segment with the same index.
+// The size of the member's block. It is kept for later segments that repeat the index.
 int block_finder::apply(const raw_data_index& index, channel& member, std::uint64_t& size)
 {
     if (!is_known_form(index.form)) return not_found;

@@ -17,8 +17,8 @@ struct block {
     bool strings;
 };
 
-/// Finds one channel's block in one segment after the other. A block follows the blocks of those
-/// channels of the same group that the segment lists before it.
+/// Finds one channel's block segment by segment. A block follows the blocks of those channels of
+/// the same group that the segment lists before it.
 class block_finder {
   public:
     block_finder(channel& target, std::vector<block>& found)

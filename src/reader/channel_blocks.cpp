@@ -22,10 +22,10 @@ bool channel_blocks::read(std::uint64_t size, unsigned char* array, std::uint64_
     if (std::any_of(blocks_.begin(), blocks_.end(), [](const block& b) { return b.strings; })) {
         return read_records(size, array, skip);
     }
-    std::uint64_t held = 0;  // cannot wrap: the blocks lie apart in one file
+    std::uint64_t held = 0;  // cannot wrap: the blocks do not overlap
     for (const block& b : blocks_) held += b.size;
     if (held < size) return false;
-    // The file may have become shorter since it was opened.
+    // The file may have been truncated since it was opened.
     if (!blocks_.empty() && !window_->covers(blocks_.back().offset + blocks_.back().size))
         return false;
     unsigned char* target = array + skip;
@@ -69,7 +69,7 @@ bool channel_blocks::read_strings(std::uint64_t count, std::list<string_block>& 
     for (const block& b : blocks_) {
         if (!found.emplace_back().read(*window_, b)) return false;
     }
-    // The values are the first ones.
+    // Only the first `count` strings are values.
     for (string_block& b : found) {
         b.shrink(std::min(count, b.count()));
         count -= b.count();

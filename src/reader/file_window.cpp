@@ -46,7 +46,7 @@ bool file_window::covers(std::uint64_t end) const
     return size_now >= 0 && end <= static_cast<std::uint64_t>(size_now);
 }
 
-// Whether a request is near the one before.
+// Whether a request is close to the previous one.
 bool file_window::follows(std::uint64_t offset) const
 {
     return offset >= begin_ && offset <= std::max(begin_ + filled_, stretch_ + used_) + long_skip;

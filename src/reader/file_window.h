@@ -16,7 +16,7 @@ class file_window {
     /// is ever read.
     file_window(int file, std::uint64_t size);
 
-    /// `count` bytes at `offset`, valid until the next call; null if the file does not give them.
+    /// `count` bytes at `offset`, valid until the next call; null if they cannot be read.
     unsigned char* view(std::uint64_t offset, std::uint64_t count)
     {
         if (!contains(offset, count) && !fill(offset, count)) return nullptr;
@@ -25,13 +25,13 @@ class file_window {
     }
 
     /// Copies `count` bytes at `offset` to `target`.
-    /// @return whether all of them could be read; if not, `target` may hold a part
+    /// @return whether all of them could be read; if not, `target` may hold some of them
     bool read(std::uint64_t offset, std::uint64_t count, unsigned char* target);
 
-    /// Whether the device failed in a read; a file that ends too early is no such failure.
+    /// Whether a read failed; a file that ends too early does not count.
     bool device_failed() const { return device_failed_; }
 
-    /// Whether the file, as it is now, reaches to `end`.
+    /// Whether the file, at its current size, reaches to `end`.
     bool covers(std::uint64_t end) const;
 
   private:

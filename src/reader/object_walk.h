@@ -9,14 +9,14 @@ namespace tdms_impl {
 /// An object as the metadata of a segment list it.
 struct listed_object {
     std::string_view path;
-    object_path_parts parts;  // what it says; of the kind `invalid` it may name nothing
+    object_path_parts parts;  // of the kind `invalid` if the path names no object
     raw_data_index index;     // of the file or a group only its form
 };
 
 /// Walks over the objects of one segment's metadata, from its beginning. Each object goes to
 /// `visitor.object(listed)`, then each of its properties to `visitor.property(entry)`. A status
-/// other than 0 from object() ends the walk. A visitor that has a begin_object() hears of each
-/// object first, even of one whose path or index is truncated.
+/// other than 0 from object() ends the walk. If the visitor has a begin_object(), it is called
+/// before each object is read.
 /// @return that status, or TDMS_CHANNEL_READ when the metadata ends too early
 template <class Visitor>
 int for_each_object(metadata_cursor& cursor, Visitor& visitor)

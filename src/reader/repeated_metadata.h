@@ -15,7 +15,7 @@ struct found_object {
     raw_data_index index;
 };
 
-/// Hands found objects to `visitor.take(found)`, one after the other, until that returns a status
+/// Passes found objects to `visitor.take(found)`, one after the other, until it returns a status
 /// other than 0. @return that status
 template <class Object, class Visitor>
 int take_all(const std::vector<found_object<Object>>& known, Visitor& visitor)
@@ -26,14 +26,13 @@ int take_all(const std::vector<found_object<Object>>& known, Visitor& visitor)
     return TDMS_OK;
 }
 
-/// Walks over the metadata of one segment after the other, and parses none that equals one of the
-/// latest two kinds: a steady recording repeats the metadata of its saves byte for byte, and a save
-/// makes up to two segments.
+/// Walks over metadata segment by segment, and does not parse any that equals one of the latest two
+/// kinds: a steady recording repeats the metadata of its saves byte for byte, and a save makes up
+/// to two segments.
 ///
-/// What is remembered is what parsing finds: the objects, which must stay where they are, and their
-/// raw data indexes. These are applied anew each time, since what they mean may depend on the
-/// segments before. Properties change only what they set, but metadata that has any is rare: it is
-/// parsed.
+/// It remembers what parsing finds: the objects, which must stay where they are, and their raw data
+/// indexes. These are applied each time, since their meaning may depend on the segments before.
+/// Metadata with properties is rare, and is always parsed.
 template <class Object>
 class repeated_metadata {
   public:
@@ -72,7 +71,7 @@ class repeated_metadata {
         recorder<Visitor> recording{visitor, parsed.objects, metadata.size() <= most_remembered};
         metadata_cursor cursor(metadata);
         const int status = for_each_object(cursor, recording);
-        // A visitor that ends the walk by a status of its own, above 0, has seen all that it needs.
+        // A visitor that ends the walk with a status above 0 has seen all that it needs.
         if (status >= TDMS_OK && recording.complete) {
             parsed.bytes.assign(metadata.begin(), metadata.end());
             latest_ = 1 - latest_;
@@ -96,8 +95,7 @@ class repeated_metadata {
     }
 
   private:
-    // In much larger metadata, parsing costs little beside what it is for, but remembering much
-    // memory.
+    // Remembering larger metadata would take much memory to save little time.
     static constexpr std::size_t most_remembered = std::size_t{1} << 20;
 
     struct kind {
@@ -115,7 +113,7 @@ class repeated_metadata {
     struct recorder {
         Visitor& visitor;
         object_list& objects;
-        bool complete;  // all that there is has been recorded
+        bool complete;  // nothing was found that `objects` does not hold
 
         int object(const listed_object& listed)
         {

@@ -42,7 +42,7 @@ bool find_saved_size(option& file)
     const auto size = static_cast<std::uint64_t>(size_now);
     std::uint64_t end = size;
     if (failed) {
-        // Later saves may follow the bytes that are missing, and complete what is cut short.
+        // Later saves may follow missing bytes, and seem to complete a truncated segment.
         const std::uint64_t taken = std::min(size, file.taken_size);
         const int from = reading_descriptor(file);
         if (from < 0) return false;

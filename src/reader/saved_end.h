@@ -4,16 +4,16 @@
 
 namespace tdms_impl {
 
-/// A descriptor by which the file of a handle can be read; less than 0 if there is none. A stream
-/// that was opened for writing only gets a second one.
+/// A descriptor for reading the file of a handle; less than 0 if there is none. A stream that was
+/// opened for writing only gets a second one.
 int reading_descriptor(option& file);
 
 /// To be called when a stream's write is the first to fail. Keeps the reason, and how much of the
 /// file was written before: later writes may follow missing bytes.
 void note_failed_write(option& file);
 
-/// Finds out where the last intact save of a writable file ends, after save_file() has passed some
-/// to the stream. What the stream could not write is kept in `write_error`.
+/// Determines where the last intact save of a writable file ends, after save_file() has passed some
+/// to the stream. If the stream could not write all, `write_error` keeps the reason.
 /// @return whether it is known; if not, errno, and nothing may be written
 bool find_saved_size(option& file);
 

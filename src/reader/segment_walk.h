@@ -20,12 +20,12 @@ struct segment {
     bool complete_in(std::uint64_t size) const { return raw_length <= size - raw_offset; }
 };
 
-/// Goes from lead-in to lead-in, from `offset` to `size`, and hands each segment to
-/// `visit(segment)`, which ends the walk by returning a status other than 0. `offset` follows, and
-/// is left at the segment that ended the walk.
+/// Goes from lead-in to lead-in, from `offset` to `size`, and passes each segment to
+/// `visit(segment)`, which ends the walk by returning a status other than 0. `offset` advances with
+/// the walk, and is left at the segment that ended it.
 ///
-/// Lengths are checked against what is left of the file before anything is read by them. The raw
-/// data's length is checked after the visit: the faults of the metadata come first.
+/// Lengths are checked against the rest of the file before they are used. The raw data's length is
+/// checked after the visit: faults of the metadata come first.
 /// @return 0 when the segments fill the file exactly, a status of the lead-in or of the visit, or
 ///         TDMS_FILE_READ
 template <class Visit>

@@ -19,8 +19,8 @@ struct stored_values {
 /// what was appended since. @return 0 or TDMS_CHANNEL_DATA_READ
 int locate_values(channel& c, stored_values& found);
 
-/// The type that the values of a channel must have. The file may know another one than memory, of a
-/// channel that was removed from there and created again. @return as locate_values()
+/// The type that the values of a channel must have. If the channel was removed from memory and
+/// created again, the file may hold values of another type. @return as locate_values()
 int type_in_file(channel& c, std::uint32_t& type);
 
 }  // namespace tdms_impl

@@ -5,12 +5,12 @@
 
 namespace tdms_impl {
 
-/// The strings of one block of a file, each with a NUL after it, and their addresses, which stay
-/// the same for as long as the object is in place.
+/// The strings of one block of a file, each with a NUL after it. Their addresses stay the same
+/// until the object moves.
 class string_block {
   public:
-    /// Reads a block of strings. @return whether the file has it, and the ends in its table neither
-    /// fall nor run past the block's
+    /// Reads a block of strings. @return whether the file has it, and the ends in its table ascend
+    /// and stay within the block
     bool read(file_window& window, const block& where);
 
     std::uint64_t count() const { return count_; }

@@ -9,8 +9,8 @@ namespace tdms_impl {
 
 enum class unknown_types { accepted, rejected };
 
-/// Grows a tree by the metadata of one segment after the other. The file and groups have no raw
-/// data; an index that they state all the same is skipped.
+/// Grows a tree segment by segment. The file and groups have no raw data; if they state an index,
+/// it is skipped.
 class tree_builder {
   public:
     /// @param of_values whether a channel may have a type that the format does not know; if not,
@@ -24,11 +24,11 @@ class tree_builder {
 
     int add_segment(std::span<const unsigned char> metadata);
 
-    /// Must follow the last segment: of metadata that is repeated in a row, nothing is new but the
-    /// number of values, which is added once.
+    /// Must follow the last segment: of metadata repeated in a row, only the number of values is
+    /// new, which is added once.
     void settle();
 
-    // For repeated_metadata. Found are the channels.
+    // For repeated_metadata, which remembers channels.
     int find(const listed_object& listed, channel*& found);
     int take(const found_object<channel>& found);
     void property(const property_entry& entry);

@@ -12,8 +12,8 @@ namespace {
 
 constexpr int truncated = 1;
 
-// Whether a file of `size` bytes, whose first segment is not intact, ends within it. If not,
-// `status` is the segment's.
+// Whether a file of `size` bytes, whose first segment is not intact, ends within that segment. If
+// not, `status` is what is wrong with it.
 bool ends_within_first_segment(file_window& window, std::uint64_t size, int& status)
 {
     const unsigned char* const lead_in =
@@ -29,7 +29,7 @@ bool ends_within_first_segment(file_window& window, std::uint64_t size, int& sta
            metadata_length + raw_length > size - lead_in_size;
 }
 
-// Adds the segments from `offset` to `size` to a tree, until `unwanted(segment)` gives a status.
+// Adds the segments from `offset` to `size` to a tree, until `unwanted(segment)` returns a status.
 // @return as walk_segments()
 template <class Unwanted>
 int add_segments(tree_builder& tree, option& file, file_window& window, std::uint64_t& offset,
@@ -47,8 +47,8 @@ int add_segments(tree_builder& tree, option& file, file_window& window, std::uin
 
 constexpr auto none_unwanted = [](const segment&) { return TDMS_OK; };
 
-// Whether the last segment that is known is still where it was. If not, the file has been emptied
-// and filled again.
+// Whether the last known segment is still where it was. If not, the file has been emptied and
+// recorded again.
 bool is_same_file(const option& file, file_window& window)
 {
     if (file.file_size == 0) return true;
@@ -59,7 +59,7 @@ bool is_same_file(const option& file, file_window& window)
            file.last_segment + lead_in_size + metadata_length + raw_length == file.file_size;
 }
 
-// The status of a call that reads metadata; an unknown data type is one, too.
+// Calls what reads metadata, and turns the exception for an unknown data type into a status.
 template <class Call>
 int with_known_types(Call call)
 {

@@ -11,19 +11,19 @@ namespace tdms_impl {
 /// A property of an unknown type is an exception.
 int read_tree(option& file, const std::string& path);
 
-// The functions below read from a descriptor, and set `file_size` to the end of what they took in.
-// A type that the format does not know, of a property or of values, is TDMS_DATATYPE.
+// The functions below read from a descriptor, and set `file_size` to the end of what they read. An
+// unknown type of a property or of values is TDMS_DATATYPE.
 
-/// Builds the tree of a fresh `file` by all segments of a file of `size` bytes.
+/// Builds the tree of a fresh `file` from all segments of a file of `size` bytes.
 int read_all_segments(option& file, int from, std::uint64_t size);
 
-/// Builds the tree of a fresh `file` by the intact segments at the beginning of a file of `size`
-/// bytes. @return 0; the status of the first segment if that is damaged, not just cut short;
+/// Builds the tree of a fresh `file` from the intact segments at the beginning of a file of `size`
+/// bytes. @return 0; the status of the first segment if that is damaged, not just truncated;
 ///         TDMS_FILE_READ if the device fails
 int read_intact_segments(option& file, int from, std::uint64_t size);
 
 /// Adds the intact segments from `file_size` on to a tree, in which every object stays where it
-/// is. When memory runs out, what was added is complete segments.
+/// is. If memory runs out, only complete segments have been added.
 /// @return 0, or TDMS_FILE_READ if the device fails, or the file is not the one that was opened
 int read_appended_segments(option& file, int from, std::uint64_t size);
 

@@ -29,7 +29,7 @@ void stored_channel::add_block(std::uint64_t offset, std::uint64_t values, std::
 int value_index::update(int file, std::uint64_t size)
 {
     if (end_ == size) return TDMS_OK;
-    // Whatever happens on the way, the index is complete or empty.
+    // Whatever happens, the index ends up complete or empty.
     struct rollback {
         value_index* index;
         ~rollback()
@@ -102,7 +102,7 @@ int value_index::add_segment(const segment& s)
 {
     const auto* const known = seen_.recognise(s.metadata);
     if (known != nullptr && known->empty()) return TDMS_OK;
-    // What is taken for the third time in a row states the same blocks as before; the first time,
+    // From the third time in a row, metadata states the same blocks as before; the first times,
     // other segments may have changed the counts that it is compared with.
     if (known == nullptr || seen_.in_a_row() < 3) {
         blocks_.clear();
@@ -119,11 +119,11 @@ int value_index::add_segment(const segment& s)
 
 void value_index::place_blocks(const segment& s)
 {
-    // More bytes than stated are further chunks, of which the first one counts.
+    // Any bytes beyond those stated are further chunks; only the first chunk counts.
     if (stated_size_ == s.raw_length || (sizes_known_ && stated_size_ < s.raw_length)) {
         add_blocks(s, [](const stated_block& b) { return b.size_known; });
     } else if (!sizes_known_) {
-        // What precedes a block of unknown size is where its predecessors end.
+        // Blocks are located up to the first of unknown size.
         bool placed = stated_size_ < s.raw_length;
         add_blocks(s, [&placed](const stated_block& b) { return placed = placed && b.size_known; });
     } else if (only_timestamps()) {

@@ -8,9 +8,9 @@
 
 namespace tdms_impl {
 
-/// Blocks of a channel's values that are alike and at equal distances, as a steady recording leaves
-/// them. A block of strings is a table of end offsets and the bytes of the strings; any other block
-/// is values back to back.
+/// Blocks of a channel's values of equal size at equal distances, as a steady recording makes them.
+/// A block of strings is a table of end offsets and the bytes of the strings; any other block is
+/// values back to back.
 struct block_run {
     std::uint64_t first;     // number of the first block's first value in the channel
     std::uint64_t offset;    // of the first block in the file
@@ -69,7 +69,7 @@ class stored_channel {
 ///
 /// The object list of a segment names the blocks in the order in which they are stored, whatever
 /// their groups, so each follows the blocks listed before it. Some segments state more bytes than
-/// they hold. What a save leaves then decides which blocks are there:
+/// they hold. What a save can have left out then decides which blocks are there:
 /// - Of several timestamp channels, save_file() stores only the last one's values.
 /// - A string channel with a count but no table was not staged.
 /// - A channel that states the count of its previous index again may not have been staged. If the
@@ -77,8 +77,8 @@ class stored_channel {
 /// What stays undecided counts as lost, for that segment only.
 class value_index {
   public:
-    /// Takes in the segments up to `size`, which a walk has found intact before. If it cannot, it
-    /// forgets all of them, and the next call begins anew.
+    /// Adds the segments up to `size`, which a walk has found intact before. If it cannot, it
+    /// forgets all of them, and the next call begins again.
     /// @return 0, or the status of what is wrong: the file has changed, or the device fails
     int update(int file, std::uint64_t size);
 
@@ -114,7 +114,7 @@ class value_index {
     std::uint64_t stated_size_ = 0;     // the bytes of those whose size is known
     bool sizes_known_ = true;           // of all of them
     repeated_metadata<stored_channel> seen_;
-    std::uint64_t end_ = 0;  // of the segments taken in
+    std::uint64_t end_ = 0;  // of the segments added
 };
 
 }  // namespace tdms_impl

@@ -24,7 +24,7 @@ bool is_ours(const option& file)
 bool cut_back(option& file)
 {
     if (!file.must_be_cut) return true;
-    // What has become shorter is not made longer.
+    // A file that has become shorter is not extended.
     const std::int64_t size = size_of_file(fileno(file.stream));
     if (size >= 0 && static_cast<std::uint64_t>(size) < file.saved_size) return is_ours(file);
     int result = 0;
@@ -32,7 +32,7 @@ bool cut_back(option& file)
         result = ftruncate(fileno(file.stream), static_cast<off_t>(file.saved_size));
     } while (result != 0 && errno == EINTR);
     if (result == 0) {
-        // save_file() goes on from there.
+        // save_file() continues from there.
         lseek(fileno(file.stream), static_cast<off_t>(file.saved_size), SEEK_SET);
         file.must_be_cut = false;
     }

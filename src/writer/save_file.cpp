@@ -20,8 +20,8 @@ void drop_properties(option& file)
 void write_segment(option& file, segment_bytes& segment)
 {
     const bool sound = file.writable && ferror_unlocked(file.stream) == 0;
-    // Deliberate: the stream's errors are not reported. They are kept for tdms_save(). What comes
-    // after a piece that was not written is not written, either.
+    // Deliberate: the stream's errors are not reported, but kept for tdms_save(). Nothing is
+    // written after a piece that failed.
     static_cast<void>(segment.for_each_piece([&file](segment_bytes::piece bytes) {
         return std::fwrite(bytes.data(), 1, bytes.size(), file.stream) == bytes.size();
     }));
@@ -31,7 +31,7 @@ void write_segment(option& file, segment_bytes& segment)
 
 }  // namespace
 
-// The timestamp segment: what is new about the tree, and the values of the timestamp channels.
+// The timestamp segment: new objects and properties, and the values of the timestamp channels.
 // Returns whether it holds properties.
 bool option::write_time(segment_bytes& out) const
 {
@@ -73,7 +73,7 @@ bool option::write_time(segment_bytes& out) const
 
 // The channel segment: the values of all other channels.
 // Deliberate: the count is not checked against the values. A channel that was read from the file
-// and not staged since states the count of its latest index again.
+// and not staged since repeats the count of its latest index.
 void option::write_channel(segment_bytes& out) const
 {
     segment_builder built(out);
@@ -102,8 +102,8 @@ int save_file(void* file)
 {
     auto* const saved = static_cast<tdms_impl::option*>(file);
     if (saved == nullptr || saved->stream == nullptr) return TDMS_FILE_HANDLE;
-    // Both are complete before anything is written or dropped: running out of memory loses nothing,
-    // and leaves no half of a save behind.
+    // Both are complete before anything is written or dropped: if memory runs out, nothing is lost,
+    // and no half of a save is written.
     const bool properties_written = saved->write_time(saved->time_segment);
     saved->write_channel(saved->channel_segment);
     saved->saved_by_stream = true;

@@ -13,7 +13,7 @@
 namespace tdms_impl {
 namespace {
 
-// @return 0, or why the file could not be read after a save
+// @return 0, or why a reader would not give back what is saved
 int check_everything(option& file)
 {
     int status = reads_back(file.properties) ? TDMS_OK : TDMS_ARGUMENT;
@@ -91,7 +91,7 @@ void forget(byte_vector& bytes)
     bytes.clear();
 }
 
-// What was written leaves memory, but for the properties, which can still be read.
+// Saved values leave memory; properties stay, so they can still be read.
 void mark_everything_saved(option& file)
 {
     for_each_changed_channel(file, [](channel& c) {
@@ -122,8 +122,8 @@ bool write_all(int file, segment_bytes::piece bytes)
     return true;
 }
 
-// Whether the process's limit of file sizes has room: beyond it, a write would be answered with
-// a signal that ends the process.
+// Whether the process's limit on file sizes leaves room: writing beyond it raises a signal that
+// terminates the process.
 bool within_limit(std::uint64_t end)
 {
     rlimit limit{};

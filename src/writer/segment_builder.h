@@ -17,22 +17,22 @@ inline std::size_t joined_size(const channel& of)
     return segment_bytes::joined_size(of.string_ends) + segment_bytes::joined_size(of.data);
 }
 
-/// Builds one segment, from front to back: the entries of its objects, each an object, its raw data
-/// index and its properties, then the raw data.
+/// Builds one segment from front to back: for each object its path, raw data index and properties,
+/// then the raw data.
 class segment_builder {
   public:
-    /// Replaces what `out` holds and reuses its capacity.
+    /// Replaces the contents of `out` and reuses its capacity.
     explicit segment_builder(segment_bytes& out);
 
     void object(std::string_view path);
 
     void no_index() { put(out_.joined(), index_none); }
-    /// Of the values that are staged.
+    /// The index of the channel's staged values.
     void index(const channel& of);
 
     void no_properties() { put(out_.joined(), std::uint32_t{0}); }
     void properties(const property_map& map);
-    /// Those that no file has yet.
+    /// Only those that no file has yet.
     void new_properties(const property_map& map);
 
     /// Ends the metadata, and makes room once for the blocks that are joined with it.
@@ -41,7 +41,7 @@ class segment_builder {
         metadata_end_ = out_.size();
         make_room(out_.joined(), joined_size);
     }
-    /// The staged values of a channel: of strings the table of their ends first.
+    /// The staged values of a channel; strings are preceded by the table of their ends.
     void raw_data(const channel& of)
     {
         out_.add_block(of.string_ends);

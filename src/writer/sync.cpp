@@ -10,7 +10,7 @@
 namespace tdms_impl {
 namespace {
 
-// Makes sure that the name of the file survives, too.
+// Syncs the folder, so that a new file's name survives a loss of power.
 bool sync_entry(int file)
 {
     const std::string link = "/proc/self/fd/" + std::to_string(file);
@@ -20,14 +20,14 @@ bool sync_entry(int file)
     path.resize(static_cast<std::size_t>(length));
     path.resize(path.rfind('/') + 1);
     const descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    // Some file systems have nothing to sync there.
+    // Some file systems cannot sync a folder.
     return folder.get() >= 0 && (fsync(folder.get()) == 0 || errno == EINVAL);
 }
 
 int sync(option& file)
 {
     if (const int status = report_write_error(file)) return status;
-    // What the system could not write once it may count as written from then on.
+    // After a failed sync, the system may report later ones as successful.
     if (file.sync_error == 0) {
         int result = 0;
         do {

@@ -3,13 +3,13 @@
 #include "channel_data/staging.h"
 #include "writer/segment_builder.h"
 
-// What of a tree no file has yet.
+// What a tree holds that no file has yet.
 
 namespace tdms_impl {
 
 bool has_new(const property_map& properties);
 
-/// Whether the file has the object. What was in memory at a save is in it.
+/// Whether the file lists the object. Everything in memory at a save is listed.
 bool is_listed(const channel& c);
 bool is_listed(const group& g);
 
@@ -27,8 +27,8 @@ void for_each_changed_channel(option& file, Use use)
     }
 }
 
-/// Whether a reader gives back what is new. The functions that add any name and any string can add
-/// what no reader does.
+/// Whether a reader gives back what is new. The functions that accept any name and any string can
+/// add what no reader gives back.
 bool reads_back(const property_map& properties);
 bool reads_back(const group& g);
 bool reads_back(const channel& c);
