@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build tool
+scripts/install-packages.sh build tool
 echo "building, about a minute"
 cmake -S . -B build/demo -DTDMS_BUILD_TESTS=OFF -DTDMS_BUILD_TOOLS=ON >/dev/null
 cmake --build build/demo --parallel "$(nproc)" >/dev/null

@@ -4,7 +4,7 @@
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test lint tool python cluster hdf5 || exit 1
+scripts/install-packages.sh build test lint tool python cluster hdf5 || exit 1
 
 jobs=$(nproc)
 status=0

@@ -6,7 +6,7 @@
 set -uo pipefail
 cd "$(dirname "$0")"
 
-cmake/install-packages.sh build test tool fuzz python cluster hdf5 || exit 1
+scripts/install-packages.sh build test tool fuzz python cluster hdf5 || exit 1
 
 jobs=$(nproc)
 passed=0

@@ -11,7 +11,7 @@ build=$root/build/bench
 
 # Only the tables go to the standard output, so that they can be redirected into a file.
 {
-    "$root/cmake/install-packages.sh" bench python
+    "$root/scripts/install-packages.sh" bench python
     cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTDMS_BUILD_BENCH=ON \
         -DTDMS_BUILD_TESTS=OFF -DTDMS_BUILD_EXAMPLES=OFF
     cmake --build "$build" --target tdms_bench --parallel

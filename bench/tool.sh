@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake/install-packages.sh build tool bench hdf5 python
+scripts/install-packages.sh build tool bench hdf5 python
 cmake -S . -B build/bench-tool -DTDMS_BUILD_TESTS=OFF -DTDMS_BUILD_TOOLS=ON >/dev/null
 cmake --build build/bench-tool --parallel "$(nproc)" >/dev/null
 tdms=$PWD/build/bench-tool/tools/tdms

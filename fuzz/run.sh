@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake/install-packages.sh build fuzz
+scripts/install-packages.sh build fuzz
 cmake -S . -B build/fuzz -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTDMS_SANITIZE=address,undefined -DTDMS_BUILD_FUZZ=ON \
     -DTDMS_BUILD_TESTS=OFF -DTDMS_BUILD_TOOLS=OFF -DTDMS_BUILD_EXAMPLES=OFF >/dev/null

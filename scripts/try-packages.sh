@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake/install-packages.sh build tool package root
+scripts/install-packages.sh build tool package root
 work=$(mktemp -d)
 root=$work/root
 trap 'umount "$root/proc" 2>/dev/null || true; rm -rf --one-file-system "$work"' EXIT

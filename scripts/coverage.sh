@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-cmake/install-packages.sh build test tool fuzz coverage
+scripts/install-packages.sh build test tool fuzz coverage
 build=$PWD/build/coverage
 export LLVM_PROFILE_FILE=/dev/null # of what is run on the way
 flags="-fprofile-instr-generate -fcoverage-mapping"
