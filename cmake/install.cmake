@@ -2,7 +2,6 @@
 # tdms.pc and the CMake package) and tool (the program, its page and its completion). The Python
 # package is the component python, which only `cmake --install --component python` and the Debian
 # package install: elsewhere pip does, which knows where the interpreter looks.
-option(TDMS_INSTALL "Install the library and its tool" ${PROJECT_IS_TOP_LEVEL})
 if(NOT TDMS_INSTALL)
   return()
 endif()
@@ -15,13 +14,10 @@ install(TARGETS tdms EXPORT tdmsTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 install(FILES include/tdms.h include/tdms.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   COMPONENT development)
-set(TDMS_PYTHON_DIR lib/python3/dist-packages CACHE STRING
-  "Where the component python goes, below the prefix")
 install(DIRECTORY python/tdms DESTINATION ${TDMS_PYTHON_DIR} COMPONENT python EXCLUDE_FROM_ALL
   FILES_MATCHING PATTERN "*.py" PATTERN py.typed PATTERN __pycache__ EXCLUDE)
 
-# The package and tdms.pc find everything from where they stand themselves, so that an installation
-# can be moved.
+# The CMake package and tdms.pc locate files relative to themselves, so an installation is relocatable.
 install(EXPORT tdmsTargets NAMESPACE tdms:: DESTINATION ${TDMS_CMAKE_DIR} COMPONENT development)
 configure_package_config_file(cmake/tdmsConfig.cmake.in ${TDMS_GENERATED}/tdmsConfig.cmake
   INSTALL_DESTINATION ${TDMS_CMAKE_DIR})
@@ -30,7 +26,7 @@ write_basic_package_version_file(${TDMS_GENERATED}/tdmsConfigVersion.cmake
 install(FILES ${TDMS_GENERATED}/tdmsConfig.cmake ${TDMS_GENERATED}/tdmsConfigVersion.cmake
   DESTINATION ${TDMS_CMAKE_DIR} COMPONENT development)
 
-# A path below the prefix as tdms.pc tells it; an absolute one stays as it is.
+# A path as tdms.pc writes it: relative to the prefix unless it is absolute.
 function(tdms_pc_path variable path)
   if(NOT IS_ABSOLUTE ${path})
     set(path "\${prefix}/${path}")

@@ -1,7 +1,7 @@
 # Debian packages by cpack: libtdms1, libtdms-dev, tdms-tools and python3-tdms, one for each component
 # of the installation. Configure with -DCMAKE_INSTALL_PREFIX=/usr to have the library in the directory of
 # its architecture.
-if(NOT TDMS_INSTALL OR NOT TDMS_BUILD_TOOLS)
+if(NOT PROJECT_IS_TOP_LEVEL OR NOT TDMS_INSTALL OR NOT TDMS_BUILD_TOOLS)
   return()
 endif()
 

@@ -46,6 +46,11 @@
 #include <stdbool.h>
 #include <stdint.h>
 
+#define TDMS_VERSION_MAJOR 1 /**< this header's version: rises when programs must change */
+#define TDMS_VERSION_MINOR 1 /**< rises with new functions */
+#define TDMS_VERSION_PATCH 0 /**< rises with corrections */
+#define TDMS_VERSION "1.1.0" /**< all three as a string */
+
 #if defined(__GNUC__)
 #define TDMS_API __attribute__((visibility("default")))
 #else
