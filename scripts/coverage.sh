@@ -7,11 +7,8 @@ cd "$(dirname "$0")/.."
 scripts/install-packages.sh build test tool fuzz coverage
 build=$PWD/build/coverage
 export LLVM_PROFILE_FILE=/dev/null # of what is run on the way
-flags="-fprofile-instr-generate -fcoverage-mapping"
-cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_FLAGS="$flags" \
-    -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_BUILD_TYPE=Debug -DTDMS_BUILD_TESTS=ON -DTDMS_BUILD_TOOLS=ON \
-    -DTDMS_BUILD_FUZZ=ON >/dev/null
-cmake --build "$build" --parallel "$(nproc)" >/dev/null
+cmake --preset coverage >/dev/null
+cmake --build --preset coverage --parallel "$(nproc)" >/dev/null
 
 report() { # WHAT COMMAND...
     local what=$1
@@ -21,7 +18,7 @@ report() { # WHAT COMMAND...
         tail "$build/log"
         exit 1
     fi
-    # Of the processes that the tests kill, one or the other profile is torn.
+    # Processes that tests kill may leave truncated profiles.
     llvm-profdata merge -failure-mode=all -o "$build/$what.profile" "$build"/profiles/* 2>/dev/null
     echo "== $what"
     llvm-cov report "$build/libtdms.so" -instr-profile "$build/$what.profile" "$PWD/src" |
