@@ -14,10 +14,12 @@ cmake -S . -B "$work/build" -DCMAKE_INSTALL_PREFIX=/usr -DTDMS_BUILD_TESTS=OFF >
 cmake --build "$work/build" --parallel "$(nproc)" >/dev/null
 (cd "$work/build" && cpack >/dev/null)
 
+# The format is apt-get's.
+# shellcheck disable=SC2016
 mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Suite: bookworm' | head -n 1)
 debootstrap --variant=minbase bookworm "$root" "$mirror" >/dev/null
 mkdir "$root/packages"
-cp "$work"/build/*.deb "$root/packages"
+cp "$work"/build/*.deb scripts/try-examples.sh "$root/packages"
 cp /etc/resolv.conf "$root/etc"
 mount -t proc proc "$root/proc"
 
@@ -34,17 +36,15 @@ install() { # PACKAGE...
         }
     done
 }
+try() { # LANGUAGE FOLDER: the example in a folder below /usr/share/doc
+    in_root "cd /tmp && /packages/try-examples.sh $1 /usr/share/doc/$2 sine.tdms"
+}
 install "/packages/libtdms1_*.deb" "/packages/libtdms-dev_*.deb" gcc libc6-dev pkg-config
-in_root '
-    cp -r /usr/share/doc/libtdms-dev/examples /tmp && cd /tmp/examples
-    cc c/write.c -o write $(pkg-config --cflags --libs tdms) -lm && ./write /tmp/sine.tdms'
+try c libtdms-dev/examples/c
 install g++ cmake make
-in_root '
-    cd /tmp/examples/cpp && cmake -S . -B build >/dev/null && cmake --build build >/dev/null
-    build/list /tmp/sine.tdms'
+try cpp libtdms-dev/examples/cpp
 install "/packages/python3-tdms_*.deb"
-in_root '
-    cd /tmp && python3 /usr/share/doc/python3-tdms/examples/mean.py sine.tdms bench voltage'
+try python python3-tdms/examples
 install "/packages/tdms-tools_*.deb"
 in_root 'tdms check /tmp/sine.tdms'
 echo "all packages work"
