@@ -1,19 +1,20 @@
 #!/usr/bin/env bash
-# Static analysis: compiler warnings, clang-format, clang-tidy, cppcheck, for what is written in C
-# gcc's analyzer, and for Python mypy. Reports what failed; the status is 0 if nothing did.
+# Static analysis: compiler warnings, clang-format, clang-tidy, cppcheck, gcc's analyzer for C, mypy for
+# Python, shellcheck. Reports what failed; the status is 0 if nothing did.
 set -uo pipefail
-cd "$(dirname "$0")"
+cd "$(dirname "$0")" || exit
 
-scripts/install-packages.sh build test lint tool python cluster hdf5 || exit 1
+scripts/install-packages.sh build test lint tool python cluster hdf5 || exit
 
 jobs=$(nproc)
 status=0
 
 check() { # NAME COMMAND...: the command's output is shown if it fails
-    local name=$1 output
+    local name=$1 output begin=$SECONDS
     shift
+    echo "$name"
     if output=$("$@" 2>&1); then
-        echo "$name: nothing found"
+        echo "$name: nothing found, $((SECONDS - begin)) s"
     else
         status=1
         echo "$output"
@@ -21,20 +22,18 @@ check() { # NAME COMMAND...: the command's output is shown if it fails
     fi
 }
 
-# The build that the test command tests.
 warnings() {
-    cmake -S . -B build/release -DTDMS_BUILD_TESTS=ON -DTDMS_BUILD_TOOLS=ON \
-        -DCMAKE_COMPILE_WARNING_AS_ERROR=ON >/dev/null &&
-        cmake --build build/release --parallel "$jobs" >/dev/null
+    cmake --preset release && cmake --build --preset release --parallel "$jobs"
 }
 
 format() {
-    find include src tests fuzz bench examples tools -name '*.[hc]' -o -name '*.[hc]pp' |
-        xargs clang-format --dry-run --Werror
+    find include src tests fuzz bench examples tools \( -name '*.[hc]' -o -name '*.[hc]pp' \) -print0 |
+        xargs -0 clang-format --dry-run --Werror
 }
 
 tidy() {
-    find src tools examples/programs -name '*.cpp' | xargs -P "$jobs" -n 4 clang-tidy --quiet -p build/release
+    find src tools examples/programs -name '*.cpp' -print0 |
+        xargs -0 -P "$jobs" -n 4 clang-tidy --quiet -p build/release
 }
 
 cpp_check() {
@@ -43,8 +42,9 @@ cpp_check() {
 }
 
 analyzer() {
-    find examples -name '*.c' | xargs -P "$jobs" -n 1 gcc -std=c99 -D_POSIX_C_SOURCE=200809L -O1 \
-        -Wall -Wextra -Wshadow -Wconversion -Werror -fanalyzer -I include -S -o /dev/null
+    find examples -name '*.c' -print0 |
+        xargs -0 -P "$jobs" -n 1 gcc -std=c99 -D_POSIX_C_SOURCE=200809L -O1 \
+            -Wall -Wextra -Wshadow -Wconversion -Werror -fanalyzer -I include -S -o /dev/null
 }
 
 # Debian's interpreter, which has Debian's packages.
@@ -54,10 +54,17 @@ types() {
             examples/cluster/recording_*.py
 }
 
+shell() {
+    find . -path ./build -prune -o -name '*.sh' -print0 |
+        xargs -0 shellcheck --severity=warning .ci/run cmake/debian/python/* &&
+        shellcheck --severity=warning --shell=bash tools/completion/tdms
+}
+
 check "compiler warnings" warnings
 check clang-format format
-check clang-tidy tidy
 check cppcheck cpp_check
 check "gcc's analyzer" analyzer
 check mypy types
+check shellcheck shell
+check clang-tidy tidy
 exit $status

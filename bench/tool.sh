@@ -40,7 +40,7 @@ END
 measured() { # COMMAND...: prints a row
     local name=$* seconds kibibytes
     /usr/bin/time -f '%e %M' -o time "$@" >/dev/null
-    read -r seconds kibibytes <time
+    read -r seconds kibibytes <./time
     printf '| `%s` | %.2f | %d |\n' "${name/#$tdms/tdms}" "$seconds" $((kibibytes * 1024 / 1000000))
 }
 size_of() { # FILE: prints its size

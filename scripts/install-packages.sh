@@ -6,10 +6,10 @@ packages=()
 for group in "$@"; do
     case $group in
         build) packages+=(g++ cmake make) ;;
-        test) packages+=(libgtest-dev python3-h5py tzdata) ;;
+        test) packages+=(libgtest-dev ninja-build pkg-config python3-h5py tzdata) ;;
         python) packages+=(python3-numpy python3-pandas python3-pytest) ;;
         cluster) packages+=(python3-distributed) ;;
-        lint) packages+=(clang-format clang-tidy cppcheck mypy) ;;
+        lint) packages+=(clang-format clang-tidy cppcheck mypy shellcheck) ;;
         tool) packages+=(libcli11-dev libhdf5-dev gnuplot-nox) ;;
         hdf5) packages+=(libhdf5-dev hdf5-tools) ;;
         bench) packages+=(libbenchmark-dev libhdf5-dev time) ;;
