@@ -1,7 +1,7 @@
 """Reads and writes measurement files in the TDMS format.
 
-A file is a mapping of groups, a group a mapping of channels, and a channel is used like a sequence
-of values. Each of them has typed properties, which are like a dict::
+A file is a mapping of groups, a group is a mapping of channels, and a channel is used like a
+sequence of values. Each of them has typed properties, which are used like a dict::
 
     with tdms.File("run.tdms", "w") as file:
         voltage = file.create_group("bench").create_channel("voltage")
@@ -11,7 +11,7 @@ of values. Each of them has typed properties, which are like a dict::
     with tdms.File("run.tdms") as file:
         print(file["bench", "voltage"][1:3])
 
-The package calls the library ``libtdms.so.1``, or the one whose path is in the environment variable
+The package calls the library ``libtdms.so.1``, or the one at the path in the environment variable
 ``TDMS_LIBRARY``.
 """
 from tdms._errors import Error, Status

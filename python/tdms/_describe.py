@@ -1,4 +1,4 @@
-"""What repr() shows of files, groups and channels: at most a screen."""
+"""The repr() of files, groups and channels, which fits on a screen."""
 from __future__ import annotations
 
 from typing import List
@@ -23,7 +23,7 @@ def describe_file(file: File) -> str:
                 lines.append(f"  and {_number(len(groups) - done, 'more group')}")
                 break
             lines.append(f"  {_short(group.name)}: {_number(len(group), 'channel')}")
-            # Every group has its share of the lines that are left.
+            # Every group gets its share of the remaining lines.
             room = (MOST_LINES - len(lines)) // (len(groups) - done)
             if room > 1:
                 lines += [f"  {line}" for line in _channel_lines(group, room)]

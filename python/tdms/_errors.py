@@ -1,4 +1,4 @@
-"""What is raised where the C library returns a status."""
+"""The exceptions for the statuses that the C library returns."""
 from __future__ import annotations
 
 import enum
@@ -32,23 +32,23 @@ class Status(enum.IntEnum):
     CHANNEL_DATA_READ = -5021  #: the channel's values cannot be read
     ARGUMENT = -5101  #: an argument is not allowed
     MEMORY = -5102  #: not enough memory
-    WRITE = -5103  #: the system did not take what was written
-    RANGE = -5104  #: beyond the channel's last value
+    WRITE = -5103  #: the system could not write the file
+    RANGE = -5104  #: a range ends beyond the channel's last value
     DATATYPE = -5105  #: a type that the format does not know
 
 
 class Error(Exception):
     """A call of the library failed.
 
-    Where the system gave a reason, the error is also the OSError that goes with it, such as
+    If the system gave a reason, the error is also the corresponding OSError, such as
     FileNotFoundError, PermissionError, or BlockingIOError for a file that is being written, with
-    `errno` and `filename`. Where memory ran out, it is also a MemoryError.
+    `errno` and `filename`. If memory ran out, it is also a MemoryError.
 
     Attributes:
-        status: the status that the library returned, one of `Status` if it has a name there.
+        status: the status that the library returned; a `Status` if it is one of these.
     """
 
-    __module__ = "tdms"  # where programs find it, and what tracebacks show
+    __module__ = "tdms"  # as programs import it and tracebacks show it
 
     status: int
 
@@ -66,7 +66,7 @@ class Error(Exception):
 
 
 def make_error(message: str, status: int, number: int = 0, path: Optional[str] = None) -> Error:
-    """The error of a status, which is also the OSError of `number`, an errno, unless that is 0."""
+    """The error for a status. It is also the OSError for `number`, an errno, unless that is 0."""
     if status == Status.MEMORY:
         kind: Type[Exception] = MemoryError
     elif number != 0:
@@ -80,9 +80,9 @@ def make_error(message: str, status: int, number: int = 0, path: Optional[str] =
 
 @functools.lru_cache(maxsize=None)
 def _both(kind: Type[Exception]) -> Any:
-    """The class of errors that are an Error and another kind of exception.
+    """The class of errors that are also exceptions of another kind.
 
-    A traceback shows it as ``tdms.Error (FileNotFoundError)``.
+    Tracebacks show it as ``tdms.Error (FileNotFoundError)``.
     """
 
     def initialize(self: Any, message: str, status: int, number: int, path: Optional[str]) -> None:
@@ -94,7 +94,7 @@ def _both(kind: Type[Exception]) -> Any:
         else:
             kind.__init__(self, message)
 
-    # The class is found by no name, so its instances are made again by the function above.
+    # Pickle cannot find the class by a name, so it calls make_error() instead.
     def reduce(self: Any) -> Tuple[Any, ...]:
         return make_error, self._made_of
 
@@ -103,7 +103,7 @@ def _both(kind: Type[Exception]) -> Any:
 
 
 def error_of(status: int, number: int, path: str, subject: str = "") -> Error:
-    """The error of a status, which names the file and what in the file it is about."""
+    """The error for a status. Its message names the file, and the subject if there is one."""
     try:
         status = Status(status)
     except ValueError:
@@ -111,7 +111,7 @@ def error_of(status: int, number: int, path: str, subject: str = "") -> Error:
     message = ": ".join(part for part in (path, subject) if part)
     message += f": {LIB.tdms_status_text(status).decode()}"
     if status not in (Status.FILE_PATH, Status.WRITE):
-        number = 0  # of some earlier call
+        number = 0  # errno is from an earlier call
     if status == Status.FILE_PATH and number == errno.EWOULDBLOCK:
         message += " Another program is writing to it."
     elif number != 0:

@@ -1,4 +1,4 @@
-"""Channels and groups for pandas."""
+"""Channels and groups as pandas objects."""
 from __future__ import annotations
 
 from typing import TYPE_CHECKING, Any, Optional
@@ -50,7 +50,7 @@ def frame_of(group: Group) -> pandas.DataFrame:
 
 
 def _column(channel: Channel, rows: int) -> pandas.Series:
-    """The values, with missing ones after them up to so many rows."""
+    """The values, followed by missing values up to that number of rows."""
     pandas = _pandas()
     series = pandas.Series(channel.read(), name=channel.name, dtype=channel.dtype)
     if len(series) >= rows:

@@ -1,6 +1,6 @@
-"""The C library: finding it, and what its functions take.
+"""Loads the C library, and declares its functions.
 
-Only functions that no argument makes throw are declared: a C++ exception would end the interpreter.
+Only functions that never throw are declared: a C++ exception would end the interpreter.
 """
 from __future__ import annotations
 
@@ -21,13 +21,13 @@ ELEMENTS = (
 
 
 class String(ctypes.Structure):
-    """Bytes with a length. The address is none of c_char_p, which would end at a NUL."""
+    """Bytes with a length. Not a c_char_p, which would end at a NUL."""
 
     _fields_ = [("text", ctypes.c_void_p), ("length", ctypes.c_uint64)]
 
 
 class AnyValue(ctypes.Union):
-    """The value of a property; its type says which member."""
+    """The value of a property; the member depends on its type."""
 
     _fields_ = [
         ("integer", ctypes.c_int64),
@@ -108,29 +108,29 @@ _declare(LIB)
 
 
 def encode(string: str) -> bytes:
-    """The bytes of a string in a file. Those that are not UTF-8 are lone surrogates in the str.
+    """The bytes that a file stores for a str. Lone surrogates stand for bytes that are not UTF-8.
 
     Raises:
-        TypeError: it is not a str.
-        ValueError: it has other lone surrogates.
+        TypeError: the argument is not a str.
+        ValueError: it has lone surrogates that stand for no byte.
     """
     if not isinstance(string, str):
         raise TypeError(f"expected a str, not {type(string).__name__}")
-    # Of str itself: what a subclass makes of it may be anything.
+    # Calls str.encode itself: a subclass may override it.
     return str.encode(string, "utf-8", "surrogateescape")
 
 
 def decode(address: int | None, length: int) -> str:
-    """The string of so many bytes at an address."""
+    """The string of `length` bytes at an address."""
     data = ctypes.string_at(address, length) if address else b""
     return data.decode("utf-8", "surrogateescape")
 
 
 def without_nul(data: bytes, what: str) -> bytes:
-    """The same bytes, if they can go to C as a string that ends with a NUL.
+    """Returns the bytes, if C can take them as a string that ends with a NUL.
 
     Raises:
-        ValueError: there is a NUL among them.
+        ValueError: they contain a NUL.
     """
     if b"\0" in data:
         raise ValueError(f"{what} must not contain a NUL: {data!r}")

@@ -1,4 +1,4 @@
-"""An open file as every object in it uses it."""
+"""The open file that all of its objects share."""
 from __future__ import annotations
 
 import ctypes
@@ -15,10 +15,10 @@ Result = TypeVar("Result")
 
 
 class Session:
-    """The handle of an open file, used by one call at a time.
+    """The handle of an open file, for one call at a time.
 
-    ctypes lets other threads run during a call, and the library allows one thread per file. So
-    every call holds the lock from the check that the file is open to the end of its last use of the
+    The library allows only one thread per file, but ctypes lets other threads run during a call. So
+    each call holds a lock, from the check that the file is open until it no longer uses the
     library.
     """
 
@@ -29,7 +29,7 @@ class Session:
         self._process = os.getpid()
         self._lock = threading.RLock()
         self._busy = False
-        # Before opening: an interrupt may come as soon as there is a handle.
+        # Before opening, because an interrupt may come as soon as there is a handle.
         self._finalizer = weakref.finalize(
             self, _abandon, self.handle, self._lock, self._process, path, writable
         )
@@ -42,15 +42,16 @@ class Session:
         return not self.handle
 
     def run(self, work: Callable[[], Result]) -> Result:
-        """The result of `work`, which has the file for itself.
+        """The result of `work`, which has exclusive use of the file.
 
         Raises:
-            Error: the file is closed, or is another process's, or this thread is within a call.
+            Error: the file is closed, another process opened it, or this thread is in a call
+            already.
         """
         if os.getpid() != self._process:
             raise self._not_now("The file was opened by another process: open it in this one.")
         with self._lock:
-            # A signal handler, or what the garbage collector calls, may interrupt a call.
+            # A signal handler or a finalizer may interrupt a call.
             if self._busy:
                 raise self._not_now("The file is in use by the call that this one interrupted.")
             try:
@@ -62,7 +63,7 @@ class Session:
                 self._busy = False
 
     def ask(self, function: Any, *arguments: Any) -> Tuple[int, int]:
-        """What a function of the library returns, and errno."""
+        """The result of a function of the library, and errno."""
 
         def result_and_errno() -> Tuple[int, int]:
             result: int = function(*arguments)
@@ -74,16 +75,16 @@ class Session:
         """Calls a function of the library.
 
         Raises:
-            Error: as `run`, or for a status other than 0. It names `subject`.
+            Error: as `run`, or the status is not 0. The message names `subject`.
         """
         status, number = self.ask(function, *arguments)
         if status != 0:
             raise error_of(status, number, self.path, subject)
 
     def close(self, save: bool) -> None:
-        """Closes the file, if it is open. What fails is raised when it is closed.
+        """Closes the file, if it is open. If something fails, that is raised after closing.
 
-        In a process that was forked off nothing happens: the file belongs to the one before.
+        Does nothing in a forked process: the file belongs to its parent.
         """
         if self.closed or os.getpid() != self._process:
             return
@@ -91,7 +92,7 @@ class Session:
         try:
             error = self.run(lambda: _close(self.handle, self.path, save and self.writable))
         except Error:
-            if self.closed:  # by another thread meanwhile
+            if self.closed:  # another thread closed it meanwhile
                 return
             raise
         self._finalizer.detach()
@@ -103,7 +104,7 @@ class Session:
 
 
 def _close(handle: ctypes.c_void_p, path: str, save: bool) -> Optional[Error]:
-    """Closes a file, saved or not. The result is what failed first."""
+    """Closes a file, after saving it if `save`. Returns the first error."""
     status = LIB.tdms_save(handle) if save else 0
     number = ctypes.get_errno()
     closed = LIB.tdms_close(ctypes.byref(handle))
@@ -115,7 +116,7 @@ def _close(handle: ctypes.c_void_p, path: str, save: bool) -> Optional[Error]:
 def _abandon(
     handle: ctypes.c_void_p, lock: threading.RLock, process: int, path: str, writable: bool
 ) -> None:
-    """Saves and closes what nobody has closed. At exit, running calls end first."""
+    """Saves and closes a file that was not closed. At exit, it waits for running calls."""
     if os.getpid() != process:
         return
     with lock:

@@ -23,20 +23,20 @@ from tdms._values import from_property, to_property, to_values
 if TYPE_CHECKING:
     import pandas  # type: ignore[import]
 
-#: How many values are in memory at a time where a channel is gone through.
+#: How many values are in memory at a time while a channel is iterated over.
 AT_ONCE = 65536
 STRINGS_AT_ONCE = 64
-#: From so many bytes on between two values of a slice, each is read by itself: a call costs about
-#: as much as copying them.
+#: If the values of a slice are so many bytes apart, each is read by a call of its own: a call costs
+#: about as much as copying these bytes.
 FAR_APART = 32768
-#: The file, the group or the channel has no property of that name.
+#: The statuses for an object that has no property of a name.
 NO_PROPERTY = (
     Status.FILE_PROPERTY_NAME, Status.GROUP_PROPERTY_NAME, Status.CHANNEL_PROPERTY_NAME,
 )  # fmt: skip
 
 
 class _Object:
-    """What files, groups and channels have in common."""
+    """The base class of files, groups and channels."""
 
     __slots__ = ("_session", "_pointer", "_label", "__weakref__")
 
@@ -49,20 +49,20 @@ class _Object:
 
     @property
     def properties(self) -> Properties:
-        """The properties, as a dict that lives in the file. Assigning replaces them."""
+        """The properties, like a dict whose content is in the file."""
         return Properties._of(self)
 
     def _checked(self, result: int) -> int:
-        """What a function of the library returned, which is a status if it is negative.
+        """Returns the result of a function of the library.
 
         Raises:
-            Error: that status.
+            Error: the result is negative, which makes it a status.
         """
         if result < 0:
             raise error_of(result, 0, self._session.path, self._label)
         return result
 
-    # An object is one thing in the file, whatever it holds.
+    # Objects are equal if they are the same object of the file, whatever it contains.
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, _Object):
             return NotImplemented
@@ -80,15 +80,15 @@ class _Object:
 class Properties(MutableMapping[str, Any]):
     """The properties of a file, a group or a channel, like a dict in the order of their names.
 
-    Reading returns int, float, bool, str or numpy.datetime64 in nanoseconds, and None for a value
-    of a type that files only name. Writing takes these, and:
+    Reading returns int, float, bool, str or numpy.datetime64 in nanoseconds, and None for a type
+    that has no values. Writing takes the same types, and:
 
-    - int: stored as int64, beyond it as uint64;
-    - NumPy scalars, stored with their own type: ``numpy.int16(3)`` as int16;
-    - datetime: with a time zone converted to UTC, without one taken as UTC.
+    - int is stored as int64, or as uint64 if it is too large for that;
+    - NumPy scalars are stored with their own type: ``numpy.int16(3)`` as int16;
+    - datetime is converted to UTC if it has a time zone, and taken as UTC if not.
 
-    A new value takes the place of the old, whatever its type. What a file has stays in it, so
-    deleting is a TypeError.
+    A new value replaces the old one, even if it has another type. Properties cannot be deleted,
+    because files only grow: that raises a TypeError.
     """
 
     __slots__ = ("_owner",)
@@ -108,7 +108,7 @@ class Properties(MutableMapping[str, Any]):
         """The value of a property.
 
         Raises:
-            KeyError: there is none of that name.
+            KeyError: there is no property of that name.
             Error: the file is closed.
         """
         owner = self._owner
@@ -128,12 +128,12 @@ class Properties(MutableMapping[str, Any]):
         return result
 
     def __setitem__(self, name: str, value: PropertyValue) -> None:
-        """Creates a property, or replaces it. It is in the file from the next save on.
+        """Creates a property, or replaces it. The next save writes it to the file.
 
         Raises:
-            TypeError: the name is no str, or files have no values of that type.
+            TypeError: the name is not a str, or files have no values of that type.
             OverflowError: an int that neither int64 nor uint64 holds.
-            ValueError: a time that is not a whole number of nanoseconds from 1677 to 2262; a
+            ValueError: a time that is not a whole number of nanoseconds from 1677 to 2262, or a
                 string that cannot be encoded.
             Error: the file is closed, or open for reading only.
         """
@@ -144,7 +144,7 @@ class Properties(MutableMapping[str, Any]):
             _below(owner._label, f"property {name!r}"),
             LIB.tdms_set_property, owner._pointer, data, len(data), ctypes.byref(given),
         )  # fmt: skip
-        del bytes_owner  # not before the call
+        del bytes_owner  # needed until after the call
 
     def __delitem__(self, name: str) -> NoReturn:
         self[name]
@@ -184,7 +184,7 @@ class Properties(MutableMapping[str, Any]):
 
 
 class _Level(NamedTuple):
-    """The library's functions for what is one level below an object."""
+    """The library's functions for the children of an object."""
 
     what: str
     count: Any
@@ -208,7 +208,7 @@ Child = TypeVar("Child", "Group", "Channel")
 
 
 class _Parent(_Object, Mapping[str, Child], Generic[Child]):
-    """A mapping of what is one level below, in the byte order of their paths."""
+    """A mapping of names to children, in the byte order of their paths."""
 
     __slots__ = ()
 
@@ -217,7 +217,7 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
     def _child(self, name: str, pointer: int) -> Child:
         raise NotImplementedError
 
-    __eq__ = _Object.__eq__  # not what a mapping compares
+    __eq__ = _Object.__eq__  # a mapping would compare its items
     __hash__ = _Object.__hash__
 
     def __iter__(self) -> Iterator[str]:
@@ -252,7 +252,7 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
         data = _lookup_bytes(name)
         if data is None:
             return None
-        if b"\0" in data:  # C takes it for the end
+        if b"\0" in data:  # C would end the name there
             return next((pointer for other, pointer in self._list() if other == name), None)
         pointer = ctypes.c_void_p()
         status, _ = self._session.ask(self._level.find, self._pointer, data, ctypes.byref(pointer))
@@ -262,7 +262,7 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
         return pointer.value
 
     def _list(self) -> List[Tuple[str, int]]:
-        """Names and handles of all."""
+        """The names and handles of all children."""
 
         def list_all() -> List[Tuple[str, int]]:
             pointers = (ctypes.c_void_p * self._checked(self._level.count(self._pointer)))()
@@ -283,7 +283,8 @@ class File(_Parent["Group"]):
 
     ``file[group]`` is a Group, ``file[group, channel]`` a Channel. What was created, appended or
     assigned is in memory until `save`, or until `close`, which the ``with`` statement calls. Any
-    number of threads may use a file; calls wait for each other. Processes open it each for itself.
+    number of threads may use a file; calls wait for each other. Every process must open the file
+    itself.
     """
 
     __slots__ = ("_mode", "_rest")
@@ -299,10 +300,10 @@ class File(_Parent["Group"]):
                 and appends to it. "w" and "a" lock it against other writers.
 
         Raises:
-            TypeError, ValueError: a path or mode that is none.
+            TypeError, ValueError: the path or the mode is invalid.
             Error: the file is damaged, truncated, or being recorded: see `partial`. If the system
-                does not open it, the error is an OSError too: FileNotFoundError, PermissionError;
-                BlockingIOError if another handle writes to it.
+                does not open it, the error is also an OSError, such as FileNotFoundError or
+                PermissionError, or BlockingIOError if another handle writes to it.
         """
         if not isinstance(mode, str):
             raise TypeError(f"mode must be a str, not {type(mode).__name__}")
@@ -313,12 +314,15 @@ class File(_Parent["Group"]):
 
     @classmethod
     def partial(cls: Type[F], path: Union[str, bytes, os.PathLike[Any]]) -> F:
-        """Opens for reading what is intact of a file that was truncated, or is being recorded.
+        """Opens a truncated file, or one that is being recorded, to read its intact segments.
 
-        `rest` is how many bytes follow the intact segments; `refresh` takes in what was appended.
+        `rest` is the number of bytes after the intact segments; `refresh` takes in what was
+        appended.
 
         Raises:
-            TypeError, ValueError, Error: as ``File(path)``; of damages only the first segment's.
+            TypeError, ValueError, Error: as ``File(path)``, but damage is an error only in the
+            first
+                segment.
         """
         name, rest = _path_bytes(path), ctypes.c_uint64()
         file = cls.__new__(cls)
@@ -337,7 +341,7 @@ class File(_Parent["Group"]):
 
     @property
     def path(self) -> str:
-        """The path that the file was opened by."""
+        """The path with which the file was opened."""
         return self._session.path
 
     @property
@@ -347,7 +351,7 @@ class File(_Parent["Group"]):
 
     @property
     def rest(self) -> int:
-        """How many bytes followed the intact segments, when opened by `partial` or refreshed."""
+        """The number of bytes after the intact segments, as of `partial` or the last `refresh`."""
         return self._rest
 
     @property
@@ -369,10 +373,10 @@ class File(_Parent["Group"]):
         ...
 
     def __getitem__(self, name: Union[str, Tuple[str, str]]) -> Union[Group, Channel]:
-        """The group of a name, or the channel of two names.
+        """The group of a name, or the channel of the names of its group and its own.
 
         Raises:
-            KeyError: there is none.
+            KeyError: there is no such group or channel.
             TypeError: neither one name nor two.
             Error: the file is closed.
         """
@@ -391,37 +395,37 @@ class File(_Parent["Group"]):
         """Creates an empty group.
 
         Raises:
-            TypeError: the name is no str.
-            ValueError: it has a slash or a NUL.
-            Error: there is a group of that name; the file is closed, or open for reading only.
+            TypeError: the name is not a str.
+            ValueError: the name contains a slash or a NUL.
+            Error: there is a group of that name, or the file is closed or open for reading only.
         """
         return self._create(name)
 
     def save(self) -> None:
-        """Appends everything new to the file, which the operating system has when this returns.
+        """Appends everything new to the file, and hands it to the operating system.
 
         Raises:
-            Error: it was not written, and stays in memory for the next call. It is an OSError with
-                the system's reason, such as a full disk.
+            Error: writing failed; everything stays in memory for the next call. The error is also
+                an OSError with the system's reason, such as a full disk.
         """
         self._session.call("", LIB.tdms_save, self._pointer)
 
     def sync(self) -> None:
-        """Makes what was saved survive a loss of power. It waits for the disk.
+        """Waits until the disk has what was saved, so that it survives a loss of power.
 
         Raises:
-            Error: that failed; it is an OSError with the system's reason.
+            Error: that failed; the error is also an OSError with the system's reason.
         """
         self._session.call("", LIB.tdms_sync, self._pointer)
 
     def refresh(self) -> int:
         """Takes in what was appended to a file that is open for reading.
 
-        All objects stay valid. The result is the number of bytes that follow the intact segments,
-        which `rest` returns, too.
+        All objects stay valid. Returns the number of bytes after the intact segments, as `rest`
+        does afterwards.
 
         Raises:
-            Error: the file is shorter than it was, or another recording: open it again.
+            Error: the file has become shorter, or is another recording: open it again.
         """
         rest = ctypes.c_uint64()
         self._session.call("", LIB.tdms_refresh, self._pointer, ctypes.byref(rest))
@@ -429,18 +433,18 @@ class File(_Parent["Group"]):
         return self._rest
 
     def close(self, save: bool = True) -> None:
-        """Saves what was not saved, and closes the file. A closed file stays as it is.
+        """Saves what was not saved, and closes the file. Does nothing if the file is closed.
 
         Args:
             save: False discards what was not saved.
 
         Raises:
-            Error: it was not written. The file is closed all the same.
+            Error: saving failed. The file is closed nevertheless.
         """
         self._session.close(save)
 
     def to_pandas(self) -> Dict[str, pandas.DataFrame]:
-        """A DataFrame of each group, by the groups' names: see `Group.to_pandas`."""
+        """A dict with the DataFrame of each group: see `Group.to_pandas`."""
         return {group.name: group.to_pandas() for group in self.groups}
 
     def __enter__(self: F) -> F:
@@ -499,28 +503,28 @@ class Group(_Parent["Channel"]):
         """The channel of a name.
 
         Raises:
-            KeyError: there is none.
-            TypeError: the name is no str.
+            KeyError: there is no such channel.
+            TypeError: the name is not a str.
             Error: the file is closed.
         """
         return self._get(name)
 
     def create_channel(self, name: str) -> Channel:
-        """Creates a channel, whose type the first values fix.
+        """Creates a channel. Its first values fix its type.
 
         Raises:
-            TypeError: the name is no str.
-            ValueError: it has a slash or a NUL.
-            Error: there is a channel of that name; the file is closed, or open for reading only.
+            TypeError: the name is not a str.
+            ValueError: the name contains a slash or a NUL.
+            Error: there is a channel of that name, or the file is closed or open for reading only.
         """
         return self._create(name)
 
     def to_pandas(self) -> pandas.DataFrame:
-        """All channels side by side, a column each.
+        """A DataFrame with a column for each channel.
 
-        The index is the first channel of times, if no channel is longer than it; otherwise it is
-        the values' numbers. Columns shorter than the longest end in missing values; those of
-        integers and bool then have pandas' nullable types, so that no value changes.
+        The index is the first channel of times, unless another channel is longer; then it is a
+        range of integers. Columns shorter than the longest one end in missing values; if they hold
+        integers or bools they then have pandas' nullable types, so that no value changes.
 
         Raises:
             ImportError: pandas is not installed.
@@ -547,10 +551,10 @@ class Group(_Parent["Channel"]):
 
 
 class Channel(_Object):
-    """A channel: the values of one type that a file holds, used like a sequence.
+    """A channel: values of one type, used like a sequence.
 
-    ``channel[5]`` is a NumPy scalar, str or numpy.datetime64; ``channel[10:20]`` an array, or a
-    list of str. Nothing else is read for them. Values count from the save on that wrote them.
+    ``channel[5]`` is a NumPy scalar, a str or a numpy.datetime64; ``channel[10:20]`` is an array or
+    a list of str. Only these values are read. Appended values can be read once they are saved.
     """
 
     __slots__ = ("_name", "_group", "_known")
@@ -571,18 +575,19 @@ class Channel(_Object):
 
     @property
     def dtype(self) -> Optional[numpy.dtype[Any]]:
-        """The NumPy type of the values: object for strings, datetime64[ns] for times. It is None
-        until the first values fix it.
+        """The NumPy type of the values: object for strings, datetime64[ns] for times.
+
+        It is None until the first values fix it.
 
         Raises:
-            Error: the file is closed, or names a type that the format does not know.
+            Error: the file is closed, or the channel has an unknown type.
         """
         element = self._element()
         return None if element is None else element.dtype
 
     @property
     def lost(self) -> int:
-        """How many values the file states but does not hold. They have no numbers.
+        """The number of values that the file states but does not hold; len() does not count them.
 
         Raises:
             Error: the values cannot be located, or the file is closed.
@@ -610,19 +615,19 @@ class Channel(_Object):
         return self._read(index, 1)[0]
 
     def __iter__(self) -> Iterator[Any]:
-        """All values there are now, of which a bounded number is in memory at a time."""
+        """Iterates over the current values, with a bounded number in memory at a time."""
         for part in self.chunks(STRINGS_AT_ONCE if self._element() is STRING else AT_ONCE):
             yield from part
 
     def chunks(self, size: int) -> Iterator[Any]:
-        """All values there are now, as one array after the other, or list of str.
+        """Iterates over the current values in arrays, or lists of str.
 
         Args:
-            size: the values in each, except that the last may have fewer.
+            size: the number of values in each; the last may have fewer.
 
         Raises:
-            TypeError, ValueError: the size is no positive integer.
-            Error: while iterating, as `read`.
+            TypeError, ValueError: the size is not a positive integer.
+            Error: as `read`, while iterating.
         """
         size = operator.index(size)
         if size < 1:
@@ -634,18 +639,18 @@ class Channel(_Object):
         """Reads a range of values.
 
         Args:
-            first: the number of the first value.
+            first: the index of the first value.
             count: how many values; None for all from the first on.
-            out: an array for the values, of `count` elements of the channel's dtype. It saves the
-                system from providing new memory for each of many reads.
+            out: an array of `count` elements of the channel's dtype, for the values. With it, many
+                reads need no new memory.
 
         Returns:
-            A one-dimensional array of the channel's dtype, which is `out` if that was given; a list
-            of str for strings.
+            A one-dimensional array of the channel's dtype, which is `out` if that was given; for
+            strings a list of str.
 
         Raises:
-            IndexError: beyond the last value.
-            TypeError, ValueError: `out` is no array as described.
+            IndexError: the range ends beyond the last value.
+            TypeError, ValueError: `out` is not such an array.
             Error: the values cannot be read, or the file is closed.
         """
         length = len(self)
@@ -656,27 +661,28 @@ class Channel(_Object):
         return self._read(first, count, out)
 
     def append(self, values: Any) -> None:
-        """Adds values after those that the channel has, in memory until the next save.
+        """Adds values after the existing ones. They are in memory until the next save.
 
-        An array, or anything that makes itself one, fixes the type of a new channel; otherwise it
-        must have the channel's type, or one that NumPy casts safely. Sequences of bool, int, float,
-        str or datetime fix bool, int64 (beyond it uint64), float64, string or time, and convert to
-        the channel's type. Floats are rounded to it, and nothing else: an integer that a channel of
-        floats cannot hold exactly is rejected, in an array too. Times without a time zone are UTC.
-        Without values a sequence fixes no type.
+        The first values fix the type of a channel. For an array, or an object that converts itself
+        to one, it is the array's type; later arrays must have the same type, or one that NumPy
+        casts to it safely. For a sequence of bool, int, float, str or datetime it is bool, int64
+        (uint64 if a value is too large), float64, string or time; later sequences are converted to
+        the channel's type. An empty sequence fixes no type. Only floats are rounded: integers that
+        a channel of floats cannot hold exactly are rejected, also in arrays. Times without a time
+        zone are taken as UTC.
 
         Args:
             values: a one-dimensional array or a sequence.
 
         Raises:
-            TypeError: values of types that files, or this channel, do not have.
-            ValueError: more dimensions than one; a time that is not a whole number of nanoseconds
-                from 1677 to 2262; a string with a NUL; an integer that the channel's floats have
-                no exact value for, such as 2**53 + 1.
-            OverflowError: a number beyond the channel's type.
-            Error: the file is closed, or open for reading only; 4 GiB of strings before a save.
-                After any of these, nothing was added. An interrupt, such as KeyboardInterrupt, may
-                also come when all was added.
+            TypeError: files, or this channel, have no values of that type.
+            ValueError: the values have more than one dimension; a time is not a whole number of
+                nanoseconds from 1677 to 2262; a string contains a NUL; the channel's floats cannot
+                hold an integer exactly, such as 2**53 + 1.
+            OverflowError: a number is out of the range of the channel's type.
+            Error: the file is closed or open for reading only, or there would be more than 4 GiB of
+                strings in one save. After all of these errors nothing was added. After an
+                interrupt, such as KeyboardInterrupt, all values may have been added.
         """
         converted = to_values(values, self._element())
         if converted is None:
@@ -692,8 +698,8 @@ class Channel(_Object):
     def to_pandas(self) -> pandas.Series:
         """The values as a Series with the channel's name.
 
-        The index is the group's first channel of times, if it has as many values and is another;
-        otherwise it is the values' numbers.
+        The index is the group's first channel of times if that is another channel of the same
+        length; otherwise it is a range of integers.
 
         Raises:
             ImportError: pandas is not installed.
@@ -723,7 +729,7 @@ class Channel(_Object):
         if self._known is None and code != 0:
             self._known = BY_CODE.get(code)
             if self._known is None:
-                # -1 is no status: files have a type of that code.
+                # -1 is not a status, but the code of a type.
                 self._checked(Status.DATATYPE if code >= -1 else code)
         return self._known
 
@@ -770,7 +776,7 @@ class Channel(_Object):
         ]
 
     def _read_every(self, wanted: range) -> Any:
-        """The values of these numbers, without all between in memory."""
+        """The values at these indexes, without all values between them in memory."""
         if wanted.step < 0:
             return self._read_every(wanted[::-1])[::-1]
         count, step = len(wanted), wanted.step
@@ -794,7 +800,7 @@ def _below(owner: str, name: str) -> str:
 
 
 def _lookup_bytes(name: str) -> Optional[bytes]:
-    """The bytes of a name that is looked for; None if no name has them."""
+    """The bytes of a name to find; None if no name can have them."""
     try:
         return encode(name)
     except UnicodeEncodeError:
@@ -812,9 +818,9 @@ def _two_names(names: Tuple[Any, ...]) -> Tuple[str, str]:
 
 
 def _usable(out: Array, count: int, dtype: numpy.dtype[Any]) -> Array:
-    """The same memory, if C can write so many values of the type to it.
+    """The same memory as a plain array, if C can write `count` values of the type to it.
 
-    A subclass may say anything about itself; the plain array that shares its memory does not.
+    A subclass of numpy.ndarray could report other attributes than its memory has.
     """
     if not isinstance(out, numpy.ndarray):
         raise TypeError(f"out must be an array of {dtype}")

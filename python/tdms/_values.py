@@ -1,4 +1,4 @@
-"""Values of Python and NumPy as values of a file, and back."""
+"""Converts values of Python and NumPy to values of a file, and back."""
 from __future__ import annotations
 
 import ctypes
@@ -21,7 +21,7 @@ PropertyValue = Union[
 
 
 class ElementType(NamedTuple):
-    """A type of values: its code in a file, its NumPy type, and how C has its values."""
+    """A type of values: its code in a file, its NumPy type, and its names in C."""
 
     code: int
     dtype: numpy.dtype[Any]
@@ -77,7 +77,7 @@ INT64_RANGE = range(-(2**63), 2**63)
 
 
 def element_of(dtype: numpy.dtype[Any]) -> ElementType:
-    """The type of numbers or bool of a NumPy type, whatever its byte order.
+    """The type of numbers or bools for a NumPy type of any byte order.
 
     Raises:
         TypeError: files have no such type.
@@ -89,7 +89,7 @@ def element_of(dtype: numpy.dtype[Any]) -> ElementType:
 
 
 def exact_times(times: Array) -> Array:
-    """Times of any unit in nanoseconds.
+    """Converts times of any unit to nanoseconds.
 
     Raises:
         ValueError: one is not a whole number of nanoseconds between the years 1677 and 2262.
@@ -97,7 +97,7 @@ def exact_times(times: Array) -> Array:
     if times.dtype == TIME.dtype:
         return times
     converted = times.astype(TIME.dtype)
-    # Beyond the range, NumPy wraps around, and that does not lead back.
+    # Beyond the range NumPy wraps around, so converting back yields other times.
     same = (converted.astype(times.dtype) == times) | numpy.isnat(times)
     if numpy.datetime_data(times.dtype)[0] == "generic":
         same = numpy.isnat(times)
@@ -107,12 +107,12 @@ def exact_times(times: Array) -> Array:
 
 
 def nanoseconds(time: Union[datetime.datetime, numpy.datetime64]) -> int:
-    """Nanoseconds since 1970, UTC; a datetime without a time zone is UTC.
+    """Nanoseconds since 1970 in UTC; a datetime without a time zone is taken as UTC.
 
     Raises:
         ValueError: as `exact_times`.
     """
-    # The datetime of pandas, which has nanoseconds.
+    # The datetime class of pandas has nanoseconds.
     exact: Any = getattr(time, "to_datetime64", lambda: time)()
     if isinstance(exact, numpy.datetime64):
         return int(exact_times(numpy.array([exact])).view("int64")[0])
@@ -139,12 +139,12 @@ def _holds(element: ElementType, low: int, high: int) -> bool:
 
 
 def to_property(value: PropertyValue) -> Tuple[Value, object]:
-    """A property's value for C, and the object that owns its bytes.
+    """The value of a property for C, and the object that owns its bytes.
 
     Raises:
         TypeError: properties have no values of this type.
-        OverflowError: an int beyond int64 and uint64.
-        ValueError: as `nanoseconds`; a str with lone surrogates that are no bytes.
+        OverflowError: an int that neither int64 nor uint64 holds.
+        ValueError: as `nanoseconds` and `encode`.
     """
     kind = kind_of(type(value))
     given: Any = value
@@ -173,7 +173,7 @@ def to_property(value: PropertyValue) -> Tuple[Value, object]:
 
 
 def from_property(value: Value) -> Any:
-    """A property's value for Python; None for a type that files have no values of."""
+    """The value of a property for Python; None for a type without values."""
     element = BY_CODE.get(value.type)
     if element is None:
         return None
@@ -207,7 +207,8 @@ def to_values(
 ) -> Optional[Tuple[ElementType, Union[Array, List[bytes]]]]:
     """The type and the values for a channel of a known type, or of none yet.
 
-    The result is an array as C takes it, or the bytes of strings; None for no values of no type.
+    The values are an array that C can read, or the bytes of strings. The result is None if there
+    are no values and nothing determines the type.
 
     Raises:
         TypeError, ValueError, OverflowError: as `Channel.append`.
@@ -241,9 +242,9 @@ def _from_array(
         if not numbers or not numpy.can_cast(element.dtype, wanted.dtype, "safe"):
             raise TypeError(f"a channel of {wanted.label} does not take an array of {element.label}")
     if element is BOOL:
-        values = values.view("uint8") != 0  # a byte of a view may be anything
+        values = values.view("uint8") != 0  # the bytes of a view may be neither 0 nor 1
     converted = numpy.require(values, wanted.dtype, ["C", "A"])
-    # NumPy calls this cast safe, but a float64 has 53 bits.
+    # NumPy calls this cast safe, but a float64 has only 53 bits.
     if element in (INT64, UINT64) and wanted is DOUBLE:
         _check_exact(values, converted)
     return wanted, converted
@@ -270,7 +271,7 @@ def _from_list(
 
 
 def _element_of_list(values: List[Any], classes: set[Type[Any]], kinds: set[str]) -> ElementType:
-    """The type of a new channel that gets these values first."""
+    """The type of a new channel whose first values are these."""
     only = next(iter(classes))
     if len(classes) == 1 and issubclass(only, numpy.generic) and kinds <= set("bif"):
         return element_of(numpy.dtype(only))
@@ -300,15 +301,15 @@ def _floats(values: List[Any], element: ElementType) -> Array:
     if lost.any():
         raise OverflowError(f"{wide[lost][0]} is not in the range of {element.dtype}")
     for value, number in zip(values, result.tolist()):
-        # Python compares an int and a float exactly, NumPy does not.
+        # Python compares an int and a float exactly; NumPy does not.
         if isinstance(value, (int, numpy.integer)) and int(value) != number:
             raise _inexact(int(value), element.dtype)
     return result
 
 
 def _check_exact(integers: Array, floats: Array) -> None:
-    """Raises a ValueError if one of these int64 or uint64 was changed by the cast to float64."""
-    # The largest integers round up to 2^63 or 2^64, beyond their type: those cannot be cast back.
+    """Raises a ValueError if casting int64 or uint64 to float64 changed a value."""
+    # The largest integers are rounded up to 2^63 or 2^64, which cannot be cast back.
     limit = float(numpy.iinfo(integers.dtype).max)
     back = numpy.where(floats < limit, floats, 0)
     changed = back.astype(integers.dtype) != integers
