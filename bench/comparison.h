@@ -1,6 +1,6 @@
-/** The workloads with their targets, and the contenders that take turns at them. */
-#ifndef TDMS_BENCH_COMPARISON_H
-#define TDMS_BENCH_COMPARISON_H
+#pragma once
+
+// The workloads with their targets, and the contenders that carry them out in turn.
 
 #include <span>
 
@@ -8,24 +8,22 @@
 
 namespace bench {
 
-struct Workload {
+struct workload_entry {
     const char* name;
-    Shape shape;
-    Run Runs::*run;
+    workload_shape shape;
+    run_function contender_runs::*run;
     double of_limit;  // the highest acceptable ratio to the limit's time
     double of_hdf5;   // the same to HDF5's
 };
 
-struct Contender {
+struct contender_entry {
     const char* name;
-    const Runs& runs;
+    const contender_runs& runs;
 };
 
-extern const std::span<const Workload> workloads;
-extern const std::span<const Contender> contenders;
+extern const std::span<const workload_entry> workloads;
+extern const std::span<const contender_entry> contenders;
 
 void print_comparison();
 
 }  // namespace bench
-
-#endif

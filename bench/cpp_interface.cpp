@@ -1,4 +1,4 @@
-/** What reading through the interface for C++ costs beside the functions of C. */
+// What reading through the C++ interface costs, compared with the C functions.
 #include <span>
 #include <tdms.hpp>
 #include <vector>
@@ -7,15 +7,14 @@
 #include "tables.h"
 
 namespace bench {
-
 namespace {
 
-double read_ranges_in_cpp(Series& series)
+double read_ranges_in_cpp(workload_data& series)
 {
     const tdms::file file(library_file(series));
     const std::vector<tdms::channel> channels = file.groups().front().channels();
-    return timed_ranges(series, [&](const Range& range, double* target) {
-        channels[range.channel].read<double>(range.first, std::span(target, Range::length));
+    return timed_ranges(series, [&](const random_range& range, double* target) {
+        channels[range.channel].read<double>(range.first, std::span(target, random_range::length));
     });
 }
 
@@ -23,7 +22,7 @@ double read_ranges_in_cpp(Series& series)
 
 void print_cpp_ratio()
 {
-    Series series(Shape{"ranges", 16, 1000, 500});
+    workload_data series(workload_shape{"ranges", 16, 1000, 500});
     std::vector<double> in_c(21);
     std::vector<double> in_cpp(in_c.size());
     for (std::size_t i = 0; i != in_c.size(); ++i) {

@@ -1,11 +1,9 @@
-/**
- * The limit of each workload: bare stdio moving the same bytes from and to the caller's arrays, in
- * the grain that is natural to them; for ranges `pread`, for timestamps the C library's conversion
- * of each value, for single values `std::vector`.
- *
- * What is written of doubles has the sizes of this library's files, with zeros in place of the
- * metadata, and of strings and times the values alone; what is read is this library's files.
- */
+// The limit of each workload: bare stdio moving the same bytes between the caller's arrays and a
+// file in calls of a natural size; for ranges `pread`, for timestamps the C library's conversion
+// of each value, for single values `std::vector`.
+//
+// It reads this library's files. For doubles it writes as many bytes as this library, with zeros
+// for the metadata; for strings and times it writes the values alone.
 #include <benchmark/benchmark.h>
 #include <endian.h>
 #include <sys/types.h>
@@ -21,20 +19,19 @@
 #include "workloads.h"
 
 namespace bench {
-
 namespace {
 
 constexpr std::size_t lead_in_size = 28;
 
-class Stream {
+class stdio_stream {
   public:
-    Stream(const std::string& path, const char* mode) : file_(std::fopen(path.c_str(), mode))
+    stdio_stream(const std::string& path, const char* mode) : file_(std::fopen(path.c_str(), mode))
     {
         require(file_ != nullptr, "fopen");
     }
-    Stream(const Stream&) = delete;
-    Stream& operator=(const Stream&) = delete;
-    ~Stream() { std::fclose(file_); }
+    stdio_stream(const stdio_stream&) = delete;
+    stdio_stream& operator=(const stdio_stream&) = delete;
+    ~stdio_stream() { std::fclose(file_); }
 
     void write(const void* bytes, std::size_t size)
     {
@@ -61,8 +58,8 @@ class Stream {
     std::FILE* file_;
 };
 
-/** By the descriptor alone: the stream would read its whole buffer each time. */
-void read_at(const Stream& stream, std::uint64_t position, double* values, std::size_t count)
+// Uses the descriptor: the stream would fill its buffer each time.
+void read_at(const stdio_stream& stream, std::uint64_t position, double* values, std::size_t count)
 {
     const std::size_t size = count * sizeof *values;
     const ssize_t read = pread(stream.descriptor(), values, size, static_cast<off_t>(position));
@@ -76,11 +73,11 @@ std::uint64_t u64_at(const unsigned char* bytes)
     return le64toh(value);
 }
 
-/** Goes from segment to segment; `on_raw(stream, size)` deals with the raw data that there is. */
+// Calls `on_raw(stream, size)` for the raw data of each segment that has some.
 template <class OnRaw>
 void walk(const std::string& path, const OnRaw& on_raw)
 {
-    Stream stream(path, "rb");
+    stdio_stream stream(path, "rb");
     unsigned char lead_in[lead_in_size];
     std::vector<unsigned char> metadata;
     while (stream.try_read(lead_in, sizeof lead_in)) {
@@ -91,18 +88,19 @@ void walk(const std::string& path, const OnRaw& on_raw)
     }
 }
 
-/** A save's first segment, which lists no object, except in the first save. */
+// The first segment of a save. Only in the first save does it list objects.
 constexpr std::size_t first_size = lead_in_size + 4;
 
-/** Lead-in and metadata of the second: each channel's path, index and number of properties. */
-std::size_t second_header_size(const Series& series)
+// The lead-in and the metadata of the second segment: each channel's path, index and number of
+// properties.
+std::size_t second_header_size(const workload_data& series)
 {
     const std::size_t path = 4 + std::strlen("/'group'/''") + channel_name(0).size();
     return lead_in_size + 4 + series.channels * (path + 20 + 4);
 }
 
-/** One call for each array; where the values are few, one for each whole segment. */
-double write(Series& series)
+// One call for each array; where the values are few, one for each whole segment.
+double write(workload_data& series)
 {
     const std::string path = vacated(series.file(".raw"));
     const std::size_t size = series.values * sizeof(double);
@@ -110,26 +108,28 @@ double write(Series& series)
     const std::vector<char> first(first_size);
     const std::vector<char> second(second_header_size(series) + (few ? series.channels * size : 0));
     return timed([&] {
-        Stream stream(path, "wb");
+        stdio_stream stream(path, "wb");
         for (std::size_t save = 0; save != series.saves; ++save) {
             stream.write(first.data(), first.size());
             stream.write(second.data(), second.size());
-            for (std::size_t i = 0; !few && i != series.channels; ++i)
+            for (std::size_t i = 0; !few && i != series.channels; ++i) {
                 stream.write(series.source(i), size);
+            }
         }
     });
 }
 
-double read(Series& series)
+double read(workload_data& series)
 {
     const std::string path = library_file(series);
     const std::size_t size = series.values * sizeof(double);
     series.clear();
     const double seconds = timed([&] {
         std::size_t save = 0;
-        walk(path, [&](Stream& stream, std::uint64_t) {
-            for (std::size_t i = 0; i != series.channels; ++i)
+        walk(path, [&](stdio_stream& stream, std::uint64_t) {
+            for (std::size_t i = 0; i != series.channels; ++i) {
                 stream.read(series.target(i, save), size);
+            }
             ++save;
         });
     });
@@ -137,30 +137,30 @@ double read(Series& series)
     return seconds;
 }
 
-/** Reads lead-ins and metadata, and seeks over the values. */
-double skim(Series& series)
+// Reads lead-ins and metadata, and seeks over the values.
+double skim(workload_data& series)
 {
     const std::string path = library_file(series);
-    const auto skip = [](Stream& stream, std::uint64_t size) { stream.skip(size); };
+    const auto skip = [](stdio_stream& stream, std::uint64_t size) { stream.skip(size); };
     return timed([&] { walk(path, skip); });
 }
 
-/** Each save has a block of every channel; a range that crosses blocks takes a call for each. */
-double read_ranges(Series& series)
+// Each save has a block of every channel. A range in several blocks takes a call for each.
+double read_ranges(workload_data& series)
 {
     const std::string path = library_file(series);
     std::vector<std::uint64_t> saves;
-    walk(path, [&](Stream& stream, std::uint64_t size) {
+    walk(path, [&](stdio_stream& stream, std::uint64_t size) {
         saves.push_back(stream.position());
         stream.skip(size);
     });
     require(saves.size() == series.saves, "finding the saves");
-    const Stream stream(path, "rb");
-    return timed_ranges(series, [&](const Range& range, double* target) {
-        for (std::size_t done = 0; done != Range::length;) {
+    const stdio_stream stream(path, "rb");
+    return timed_ranges(series, [&](const random_range& range, double* target) {
+        for (std::size_t done = 0; done != random_range::length;) {
             const std::size_t save = (range.first + done) / series.values;
             const std::size_t begin = (range.first + done) % series.values;
-            const std::size_t count = std::min(Range::length - done, series.values - begin);
+            const std::size_t count = std::min(random_range::length - done, series.values - begin);
             const std::size_t value = range.channel * series.values + begin;
             read_at(stream, saves[save] + value * sizeof(double), target + done, count);
             done += count;
@@ -168,8 +168,8 @@ double read_ranges(Series& series)
     });
 }
 
-/** Keeps the compiler from merging values that come one at a time. */
-double append_singly(Series& series)
+// Keeps the compiler from merging values that come one at a time.
+double append_singly(workload_data& series)
 {
     const double* source = series.source(0);
     std::vector<double> values;
@@ -183,45 +183,48 @@ double append_singly(Series& series)
     return seconds;
 }
 
-double write_strings(Series&)
+double write_strings(workload_data&)
 {
     std::vector<std::uint32_t> ends;
     std::string bytes;
-    for (const std::string& string : strings())
+    for (const std::string& string : strings()) {
         ends.push_back(static_cast<std::uint32_t>((bytes += string).size()));
+    }
     const std::string path = vacated(scratch("strings.raw"));
     return timed([&] {
-        Stream stream(path, "wb");
+        stdio_stream stream(path, "wb");
         stream.write(ends.data(), ends.size() * sizeof ends[0]);
         stream.write(bytes.data(), bytes.size());
     });
 }
 
-/** The raw data of a file, one call for each segment. */
+// The raw data of a file, one call for each segment.
 double read_raw(const std::string& path)
 {
     std::vector<char> raw(std::filesystem::file_size(path), '\1');
-    const auto read = [&](Stream& stream, std::uint64_t size) { stream.read(raw.data(), size); };
+    const auto read = [&](stdio_stream& stream, std::uint64_t size) {
+        stream.read(raw.data(), size);
+    };
     return timed([&] { walk(path, read); });
 }
 
-double read_strings(Series&)
+double read_strings(workload_data&)
 {
     return read_raw(library_string_file());
 }
 
-double write_nanoseconds(Series&)
+double write_nanoseconds(workload_data&)
 {
     constexpr std::size_t size_of_timestamp = 16;
     const std::vector<char> values(nanoseconds().size() * size_of_timestamp, '\1');
     const std::string path = vacated(scratch("nanoseconds.raw"));
     return timed([&] {
-        Stream stream(path, "wb");
+        stdio_stream stream(path, "wb");
         stream.write(values.data(), values.size());
     });
 }
 
-double read_nanoseconds(Series&)
+double read_nanoseconds(workload_data&)
 {
     return read_raw(library_nanosecond_file());
 }
@@ -238,15 +241,16 @@ std::time_t seconds_of(const timestamp_fields& fields)
     return std::mktime(&time);
 }
 
-double write_times(Series&)
+double write_times(workload_data&)
 {
     return timed([] {
-        for (const timestamp_fields& fields : timestamps())
+        for (const timestamp_fields& fields : timestamps()) {
             benchmark::DoNotOptimize(seconds_of(fields));
+        }
     });
 }
 
-double read_times(Series&)
+double read_times(workload_data&)
 {
     std::vector<std::time_t> times;
     for (const timestamp_fields& fields : timestamps()) times.push_back(seconds_of(fields));
@@ -257,18 +261,18 @@ double read_times(Series&)
 
 }  // namespace
 
-const Runs limit_runs{.write = write,
-                      .append_and_save = write,
-                      .append_singly = append_singly,
-                      .open = skim,
-                      .read = read,
-                      .read_opened = skim,
-                      .read_ranges = read_ranges,
-                      .write_strings = write_strings,
-                      .read_strings = read_strings,
-                      .write_times = write_times,
-                      .read_times = read_times,
-                      .write_nanoseconds = write_nanoseconds,
-                      .read_nanoseconds = read_nanoseconds};
+const contender_runs limit_runs{.write = write,
+                                .append_and_save = write,
+                                .append_singly = append_singly,
+                                .open = skim,
+                                .read = read,
+                                .read_opened = skim,
+                                .read_ranges = read_ranges,
+                                .write_strings = write_strings,
+                                .read_strings = read_strings,
+                                .write_times = write_times,
+                                .read_times = read_times,
+                                .write_nanoseconds = write_nanoseconds,
+                                .read_nanoseconds = read_nanoseconds};
 
 }  // namespace bench

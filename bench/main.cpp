@@ -1,11 +1,9 @@
-/**
- * Compares this library with HDF5 and with bare stdio.
- *
- * Without arguments: tables in Markdown, medians over rounds in which the contenders take turns, so
- * that whatever else the machine does hits all alike. With arguments: the same runs under Google
- * Benchmark, which takes its own options. `--without-huge-pages` disables transparent huge pages in
- * either case.
- */
+// Compares this library with HDF5 and with bare stdio.
+//
+// Without arguments it prints tables in Markdown: medians over rounds in which the contenders take
+// turns, so that whatever else the machine does affects all of them. With arguments it performs the
+// same runs under Google Benchmark and passes it the arguments. `--without-huge-pages` disables
+// transparent huge pages in both cases.
 #include <benchmark/benchmark.h>
 #include <sys/prctl.h>
 
@@ -22,7 +20,7 @@ namespace {
 
 using namespace bench;
 
-/** The child processes inherit it. */
+// Child processes inherit the setting.
 void disable_huge_pages()
 {
     require(prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0) == 0, "disabling huge pages");
@@ -31,19 +29,19 @@ void disable_huge_pages()
 void print_tables(bool huge_pages)
 {
     if (!huge_pages) std::printf("\nTransparent huge pages are disabled for these runs.\n");
-    scratch("");  // made here, so that it is not made in a child
+    scratch("");  // creates the folder here, not in a child process
     print_memory();
     print_comparison();
     print_opening();
     print_ratios();
 }
 
-void register_run(const Workload& workload, const Contender& contender)
+void register_run(const workload_entry& workload, const contender_entry& contender)
 {
-    const Run run = contender.runs.*workload.run;
+    const run_function run = contender.runs.*workload.run;
     if (run == nullptr) return;
     const auto measure = [run, shape = workload.shape](benchmark::State& state) {
-        Series series(shape);
+        workload_data series(shape);
         for ([[maybe_unused]] auto _ : state) state.SetIterationTime(run(series));
     };
     const std::string name = std::string(workload.name) + "/" + contender.name;
@@ -55,19 +53,20 @@ void register_run(const Workload& workload, const Contender& contender)
 void run_google_benchmark(bool huge_pages, int count, char** arguments)
 {
     if (!huge_pages) benchmark::AddCustomContext("transparent huge pages", "disabled");
-    for (const Workload& workload : workloads)
-        for (const Contender& contender : contenders) register_run(workload, contender);
+    for (const workload_entry& workload : workloads) {
+        for (const contender_entry& contender : contenders) register_run(workload, contender);
+    }
     benchmark::Initialize(&count, arguments);
     require(!benchmark::ReportUnrecognizedArguments(count, arguments), "reading the arguments");
     benchmark::RunSpecifiedBenchmarks();
 }
 
-/** Whether the option is given; if so, it is removed. */
+// Removes an option from the arguments. @return whether it was there
 bool take_option(std::string_view option, int& count, char** arguments)
 {
     char** const end = arguments + count;
     char** const rest = std::remove(arguments + 1, end, option);
-    *rest = nullptr;  // as after the last argument
+    *rest = nullptr;  // as main() gets it
     count = static_cast<int>(rest - arguments);
     return rest != end;
 }
@@ -79,10 +78,11 @@ int main(int count, char** arguments)
     try {
         const bool huge_pages = !take_option("--without-huge-pages", count, arguments);
         if (!huge_pages) disable_huge_pages();
-        if (count > 1)
+        if (count > 1) {
             run_google_benchmark(huge_pages, count, arguments);
-        else
+        } else {
             print_tables(huge_pages);
+        }
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tdms_bench: %s\n", error.what());

@@ -1,4 +1,4 @@
-/** How much memory this library takes beyond the caller's arrays. */
+// How much memory this library takes beyond the caller's arrays.
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,7 +9,6 @@
 #include "workloads.h"
 
 namespace bench {
-
 namespace {
 
 double peak_mib()
@@ -19,17 +18,17 @@ double peak_mib()
     return static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
-/** What a run takes beyond the arrays, which are there before it. A failure ends the process. */
-double growth_mib(Run run) noexcept
+// The memory that a run takes beyond the arrays, which exist before it. A failure ends the process.
+double growth_mib(run_function run) noexcept
 {
-    Series series(bulk);
+    workload_data series(bulk);
     const double before = peak_mib();
     run(series);
     return peak_mib() - before;
 }
 
-/** A peak never falls again, so each run gets a process of its own. */
-double growth_in_child(Run run)
+// A peak never falls, so each run gets a process of its own.
+double growth_in_child(run_function run)
 {
     int ends[2];
     require(pipe(ends) == 0, "pipe");
@@ -53,15 +52,15 @@ double growth_in_child(Run run)
 
 void print_memory()
 {
-    struct Row {
+    struct memory_row {
         const char* name;
-        Run run;
+        run_function run;
         double target;
     };
     constexpr double slack = 4;
     constexpr std::size_t bytes = bulk.channels * bulk.values * sizeof(double);
     constexpr double values = static_cast<double>(bytes) / mebi;
-    const Row rows[] = {
+    const memory_row rows[] = {
         {"bulk write by set_channel_data + save_file", library_runs.write, values + slack},
         {"bulk write by tdms_append + tdms_save", library_runs.append_and_save, values + slack},
         {"bulk read", library_runs.read, slack}};
@@ -69,7 +68,7 @@ void print_memory()
         "\nPeak memory beyond the caller's arrays. Writing takes the staged values.\n\n"
         "| run | peak | target | reached |\n| --- | --: | --: | --- |\n");
     std::fflush(stdout);  // or each child would print it again
-    for (const Row& row : rows) {
+    for (const memory_row& row : rows) {
         const double mib = growth_in_child(row.run);
         std::printf("| %s | %.1f MiB | %.0f MiB | %s |\n", row.name, mib, row.target,
                     verdict(mib <= row.target));

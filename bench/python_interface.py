@@ -1,8 +1,8 @@
-"""What reading a channel of 1 GB through the package for Python costs beside the function of C.
+"""Compares reading a channel of 1 GB through the Python package with the C function.
 
     python_interface.py LIBRARY FOLDER
 
-Both read by turns, each time into a fresh array. Prints a row of the table of ratios.
+Both read in turn, each time into a new array. Prints a row of the table of ratios.
 """
 from __future__ import annotations
 

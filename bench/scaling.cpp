@@ -1,4 +1,4 @@
-/** How times of this library grow with the file. */
+// How the times of this library grow with the file.
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
@@ -10,15 +10,14 @@
 #include "tables.h"
 
 namespace bench {
-
 namespace {
 
 constexpr double target = 1.3;  // the highest acceptable ratio
 
-/** The median time of opening a file of that shape; small files are opened more often. */
-double opening_time(const Shape& shape)
+// The median time of opening a file of that shape; small files are opened more often.
+double opening_time(const workload_shape& shape)
 {
-    Series series(shape);
+    workload_data series(shape);
     const std::size_t work = shape.saves * shape.channels;
     std::vector<double> seconds(std::clamp<std::size_t>(100'000 / work, 7, 501));
     for (double& second : seconds) second = library_runs.open(series);
@@ -27,7 +26,7 @@ double opening_time(const Shape& shape)
 }
 
 void print_scaling(const char* what, const std::vector<std::size_t>& counts,
-                   Shape (*shape)(std::size_t))
+                   workload_shape (*shape)(std::size_t))
 {
     std::printf("\n| %s | open | for each | to the first row |\n| --: | --: | --: | --: |\n", what);
     double first = 0;
@@ -41,10 +40,10 @@ void print_scaling(const char* what, const std::vector<std::size_t>& counts,
     }
 }
 
-/** A file that one handle records while another one follows. Each value is its own number. */
-class Recording {
+// A file that one handle records while another one follows. Each value is its index.
+class followed_recording {
   public:
-    Recording(const char* name, std::size_t segments) : path_(vacated(scratch(name)))
+    followed_recording(const char* name, std::size_t segments) : path_(vacated(scratch(name)))
     {
         for (std::size_t i = 0; i != segments; ++i) save();
         viewer_.emplace(tdms_interface, path_, "r");
@@ -53,7 +52,7 @@ class Recording {
 
     const std::string& path() const { return path_; }
 
-    /** The time of taking in one more segment. */
+    // The time to take in one more segment.
     double refresh()
     {
         save();
@@ -74,20 +73,20 @@ class Recording {
     }
 
     std::string path_;
-    File recorder_{tdms_interface, path_, "w"};
+    library_handle recorder_{tdms_interface, path_, "w"};
     void* recorded_ = recorder_.create_channels(1).front();
     std::size_t count_ = 0;
-    std::optional<File> viewer_;
+    std::optional<library_handle> viewer_;
     void* followed_ = nullptr;
 };
 
-/** A file's first read locates all of its values. */
+// A file's first read locates all of its values.
 void print_first_read(const std::string& path)
 {
     std::vector<double> opening(101);
     std::vector<double> reading(opening.size());
     for (std::size_t i = 0; i != opening.size(); ++i) {
-        std::optional<File> file;
+        std::optional<library_handle> file;
         opening[i] = timed([&] { file.emplace(tdms_interface, path, "r"); });
         void* channel = file->channels().front();
         double value = -1;
@@ -98,11 +97,11 @@ void print_first_read(const std::string& path)
                 median(opening), target);
 }
 
-/** The small recording starts anew now and then, so that it stays small. */
-void print_refresh(Recording& large)
+// The small recording is started again and again, so that it stays small.
+void print_refresh(followed_recording& large)
 {
     constexpr std::size_t rounds_of_small = 10;
-    std::optional<Recording> small;
+    std::optional<followed_recording> small;
     std::vector<double> with_large(1001);
     std::vector<double> with_small(with_large.size());
     for (std::size_t i = 0; i != with_large.size(); ++i) {
@@ -129,10 +128,10 @@ void print_opening()
 {
     std::printf("\nOpening, by size; a save makes two segments.\n");
     print_scaling("segments", {1'000, 10'000, 100'000}, [](std::size_t count) {
-        return Shape{"scaling", 1, 10, count / 2};
+        return workload_shape{"scaling", 1, 10, count / 2};
     });
     print_scaling("channels", {10, 100, 1'000, 10'000}, [](std::size_t count) {
-        return Shape{"scaling", count, 1, 1};
+        return workload_shape{"scaling", count, 1, 1};
     });
 }
 
@@ -143,7 +142,7 @@ void print_ratios()
         "| of | time | to | time | ratio | target | reached |\n"
         "| --- | --: | --- | --: | --: | --: | --- |\n");
     std::fflush(stdout);
-    Recording large("large.tdms", 100'000);
+    followed_recording large("large.tdms", 100'000);
     print_first_read(large.path());
     print_refresh(large);
     print_cpp_ratio();

@@ -1,6 +1,6 @@
-/** The tables about this library alone, and what all tables share. */
-#ifndef TDMS_BENCH_TABLES_H
-#define TDMS_BENCH_TABLES_H
+#pragma once
+
+// The tables about this library alone, and helpers for all tables.
 
 #include <algorithm>
 #include <cstddef>
@@ -9,13 +9,14 @@
 namespace bench {
 
 void print_memory();
-/** How opening grows with the file. */
+/// How opening grows with the file.
 void print_opening();
-/** What must cost the same, or nearly. */
+/// A table of operations that must take about the same time.
 void print_ratios();
-/** One row of that table: reading ranges through tdms.hpp. */
+/// A row of that table: reading ranges through tdms.hpp.
 void print_cpp_ratio();
-/** One row, of two times in seconds and the highest acceptable ratio. */
+/// A row of that table.
+/// @param highest the highest acceptable ratio
 void print_ratio(const char* first, double first_seconds, const char* second, double second_seconds,
                  double highest);
 
@@ -26,12 +27,10 @@ inline double median(std::vector<double> values)
     return *middle;
 }
 
-/** In bold where the target is missed. */
+/// Whether a target was reached; in bold if not.
 inline const char* verdict(bool reached)
 {
     return reached ? "yes" : "**no**";
 }
 
 }  // namespace bench
-
-#endif

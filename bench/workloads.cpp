@@ -7,20 +7,19 @@
 #include <stdexcept>
 
 namespace bench {
-
 namespace {
 
-class Folder {
+class temporary_folder {
   public:
-    Folder()
+    temporary_folder()
     {
         const char* base = std::getenv("TDMS_BENCH_DIR");
         path_ = std::string(base != nullptr ? base : "/dev/shm") + "/tdms-bench-XXXXXX";
         require(mkdtemp(path_.data()) != nullptr, "creating the scratch folder");
     }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder()
+    temporary_folder(const temporary_folder&) = delete;
+    temporary_folder& operator=(const temporary_folder&) = delete;
+    ~temporary_folder()
     {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
@@ -65,13 +64,14 @@ std::vector<std::int64_t> make_nanoseconds()
 {
     constexpr std::int64_t step = 1'000'003;
     std::vector<std::int64_t> made;
-    for (std::int64_t next = 1'700'000'000'000'000'000; made.size() != 1'000'000; next += step)
+    for (std::int64_t next = 1'700'000'000'000'000'000; made.size() != 1'000'000; next += step) {
         made.push_back(next);
+    }
     return made;
 }
 
-/** Draws the same numbers everywhere, unlike the distributions of the standard library. */
-class Random {
+// Yields the same numbers everywhere, unlike the distributions of the standard library.
+class random_numbers {
   public:
     std::size_t below(std::size_t limit)
     {
@@ -85,46 +85,49 @@ class Random {
 
 }  // namespace
 
-Series::Series(const Shape& shape)
-    : Shape(shape), source_(channels * values), target_(channels * values * saves)
+workload_data::workload_data(const workload_shape& shape)
+    : workload_shape(shape), source_(channels * values), target_(channels * values * saves)
 {
     double next = 0;
     for (double& value : source_) value = next += 0.5;
 }
 
-std::string Series::file(const char* extension) const
+std::string workload_data::file(const char* extension) const
 {
     return scratch(std::string(name) + extension);
 }
 
-void Series::clear()
+void workload_data::clear()
 {
     std::fill(target_.begin(), target_.end(), -1.0);
 }
 
-void Series::verify(std::size_t count) const
+void workload_data::verify(std::size_t count) const
 {
     const double* read = target_.data();
     for (std::size_t channel = 0; channel != count; ++channel) {
-        for (std::size_t save = 0; save != saves; ++save, read += values)
+        for (std::size_t save = 0; save != saves; ++save, read += values) {
             require(std::equal(read, read + values, source(channel)), "reading back");
+        }
     }
 }
 
-std::vector<Range> random_ranges(const Series& series)
+std::vector<random_range> random_ranges(const workload_data& series)
 {
-    Random random;
-    const std::size_t firsts = series.values * series.saves - Range::length + 1;
-    std::vector<Range> made(10'000);
-    for (Range& range : made) range = {random.below(series.channels), random.below(firsts)};
+    random_numbers random;
+    const std::size_t firsts = series.values * series.saves - random_range::length + 1;
+    std::vector<random_range> made(10'000);
+    for (random_range& range : made) range = {random.below(series.channels), random.below(firsts)};
     return made;
 }
 
-void verify_range(const Series& series, const Range& range, const std::vector<double>& values)
+void verify_range(const workload_data& series, const random_range& range,
+                  const std::vector<double>& values)
 {
     const double* source = series.source(range.channel);
-    for (std::size_t i = 0; i != values.size(); ++i)
+    for (std::size_t i = 0; i != values.size(); ++i) {
         require(values[i] == source[(range.first + i) % series.values], "reading a range back");
+    }
 }
 
 void require(bool success, const char* what)
@@ -134,7 +137,7 @@ void require(bool success, const char* what)
 
 std::string scratch(const std::string& name)
 {
-    static const Folder folder;
+    static const temporary_folder folder;
     return folder.path() + "/" + name;
 }
 
