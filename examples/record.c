@@ -3,10 +3,10 @@
  *
  *     record [FILE [SECONDS [RATE]]]        defaults: record.tdms, 5 seconds, 50 samples a second
  *
- * One group holds the samples: the time of each, the CPU's share in each state since the sample
- * before, the memory in use and the load average; and a channel of events. What was sampled is
- * saved every second: a recording that is killed has all of it up to there, and other programs can
- * follow it. What a full disk does not take is saved as soon as there is room.
+ * One group holds the samples: their times, the CPU's share in each state since the previous
+ * sample, the memory in use and the load average; and a channel of events. The samples are saved
+ * every second, so a recording that is killed loses at most the last second, and other programs can
+ * follow it. If the disk is full, they are saved as soon as there is room.
  */
 #define _POSIX_C_SOURCE 200809L
 #include <errno.h>
@@ -27,7 +27,7 @@ static const struct {
     {"memory used", "MiB"}, {"memory available", "MiB"}, {"load", "processes"},
 };
 
-/* Prints the message of a status, and the system's reason where there is one. */
+/* Prints the message of a status, and the system's reason if there is one. */
 static void report(int status, const char* what)
 {
     const int reason = errno;
@@ -47,7 +47,8 @@ static void check(int status, const char* what)
     exit(1);
 }
 
-/* The CPU's ticks since boot: user and nice, system and interrupts, idle, waiting for disks. */
+/* The CPU's ticks since boot: user and nice, system and interrupts, idle, waiting for disks.
+ * Returns 0 if they cannot be read. */
 static int read_cpu(double ticks[CPU_STATES])
 {
     double user, nice, system, idle, iowait, irq, softirq;
@@ -91,8 +92,8 @@ static int read_load(double* load)
     return fields == 1;
 }
 
-/* One sample of every channel; what cannot be read is not a number. `before` are the CPU's ticks at
- * the sample before. */
+/* Takes one sample of every channel; a value that cannot be read is NaN. `before` holds the CPU's
+ * ticks at the previous sample, and gets those of this one. */
 static void sample(double values[CHANNELS], double before[CPU_STATES])
 {
     double now[CPU_STATES];
@@ -102,7 +103,7 @@ static void sample(double values[CHANNELS], double before[CPU_STATES])
     if (read_cpu(now)) {
         for (i = 0; i != CPU_STATES; ++i) total += now[i] - before[i];
         for (i = 0; i != CPU_STATES; ++i) {
-            /* Ticks are 10 ms: between two fast samples there may be none. */
+            /* A tick takes 10 ms: between two fast samples there may be none. */
             values[i] = total > 0 ? 100 * (now[i] - before[i]) / total : 0;
             before[i] = now[i];
         }
@@ -145,7 +146,7 @@ static void create(struct recording* r, double rate)
     check(tdms_create_channel(r->group, "events", &r->events), "events");
 }
 
-/* What is worth noting about a batch: its number, and whether the CPU was busy. */
+/* Appends the events of a batch: its number, and whether the CPU was busy. */
 static void append_events(struct recording* r, unsigned batch, unsigned samples, double idle)
 {
     char number[64];
@@ -154,7 +155,7 @@ static void append_events(struct recording* r, unsigned batch, unsigned samples,
     check(tdms_append_string(r->events, idle / samples < 50 ? 2 : 1, events), "events");
 }
 
-/* What the system does not take stays in memory, for the next save. */
+/* If the system cannot write, the samples stay in memory for the next save. */
 static int save(struct recording* r)
 {
     const int status = tdms_save(r->file);

@@ -1,4 +1,4 @@
-"""The example on a cluster of two workers, against NumPy on whole arrays."""
+"""Compares the example, on a cluster of two workers, with NumPy on complete arrays."""
 import csv
 import os
 import signal
@@ -13,7 +13,7 @@ from distributed import Client, LocalCluster, WorkerPlugin
 import recording_statistics
 import tdms
 
-# Of the web server inside Dask.
+# A warning from the web server inside Dask.
 pytestmark = pytest.mark.filterwarnings("ignore:make_current is deprecated")
 
 LENGTH = 300_001  # several blocks and ranges
@@ -66,12 +66,12 @@ def recordings(tmp_path_factory):
 
 @pytest.fixture(scope="module")
 def expected(scheduler, recordings, tmp_path_factory):
-    """Results with undivided channels."""
+    """The results if channels are not divided."""
     return run(scheduler, recordings, tmp_path_factory.mktemp("undivided"), 1 << 24)
 
 
 def run(scheduler, recordings, results, values, status=0):
-    """The files with the results, by their names."""
+    """The contents of the result files, by their names."""
     assert status == recording_statistics.main(
         [str(recordings), "--scheduler", scheduler, "--range", str(values),
          "-o", str(results), "--spectrum", str(WINDOW)]
@@ -123,7 +123,7 @@ def test_spectra_against_numpy(expected, tmp_path):
         assert spectra["rate"][i] == pytest.approx(rate)
         density = power.mean(axis=0) / (rate * (hann**2).sum())
         density[1:-1] *= 2
-        # Relative to the largest: where there is next to nothing, only rounding is left.
+        # Relative to the largest density: small ones consist of rounding errors.
         numpy.testing.assert_allclose(spectra["density"][i], density, 1e-7, 1e-9 * density.max())
     absent = {"only nan", "infinite", "shorter than a window"}
     assert set(NUMBERS) - set(spectra["channel"]) == absent
@@ -149,7 +149,7 @@ def test_ranges_and_a_killed_worker_change_nothing(
 
 
 class Poison(WorkerPlugin):
-    """Makes workers die of a file."""
+    """Kills every worker that reads a certain file."""
 
     def setup(self, worker):
         partial = tdms.File.partial

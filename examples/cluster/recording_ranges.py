@@ -1,13 +1,13 @@
 """Statistics and spectra of one recording, range by range: the work of the workers.
 
-`make_plan` lists a recording's channels and divides their values into tasks. A task is a list of
-ranges: a long channel takes many tasks, short channels share one. `summarize` carries out a task.
+`make_plan` lists the channels of a recording and divides their values into tasks. A task is a list
+of ranges: a long channel takes many tasks, short channels share one. `summarize` performs a task.
 
-The result does not depend on how the values were divided. Values are summed up in blocks of a fixed
-size; blocks are merged in pairs, these in pairs again, and so on. A range of 2^n blocks that begins
-at a multiple of its size is one node of that tree, whoever computes it. Windows of a spectrum begin
-at multiples of half their length in the channel, and belong to the block in which they begin, which
-reads as far beyond its end as they reach.
+The result does not depend on how the values are divided. Values are summed up in blocks of a fixed
+size; blocks are merged in pairs, these again in pairs, and so on. A range of 2^n blocks that begins
+at a multiple of its size is always one node of that tree. The windows of a spectrum begin at
+multiples of half their length in the channel. They belong to the block in which they begin, so a
+block is read beyond its end, as far as its windows reach.
 """
 from __future__ import annotations
 
@@ -21,16 +21,16 @@ import tdms
 
 Array = numpy.typing.NDArray[Any]
 
-#: The values of a block: few enough to stay in a processor's cache.
+#: The number of values in a block: few enough to stay in a processor's cache.
 BLOCK = 1 << 16
-#: The values of the windows that are transformed together, for the same reason.
+#: The number of values in the windows that are transformed together, for the same reason.
 TRANSFORMED = 1 << 14
 #: Properties with the sampling rate in Hz, of a channel, its group or the file.
 RATES = ("rate", "sampling rate")
 
 
 class Range(NamedTuple):
-    """Values of a channel of numbers."""
+    """A range of values of a channel of numbers."""
 
     channel: int  # its place in the plan
     group: str
@@ -41,7 +41,7 @@ class Range(NamedTuple):
 
 
 class Channel(NamedTuple):
-    """A channel, with all that is known without its values; first and last are for times."""
+    """A channel, and what is known without reading it. Only times have `first` and `last`."""
 
     group: str
     name: str
@@ -54,7 +54,7 @@ class Channel(NamedTuple):
 
 
 class Plan(NamedTuple):
-    """What is to be done for a recording, and what is wrong with it."""
+    """The tasks for a recording, and the problems with it."""
 
     channels: List[Channel]
     tasks: List[List[Range]]
@@ -62,7 +62,7 @@ class Plan(NamedTuple):
 
 
 class Numbers(NamedTuple):
-    """What is known of some values of a channel."""
+    """The results for some values of a channel."""
 
     size: int = 0  # without NaN
     nan: int = 0
@@ -76,7 +76,7 @@ class Numbers(NamedTuple):
 
     @property
     def deviation(self) -> float:
-        """The standard deviation of the values themselves: divided by count, not by count - 1."""
+        """The standard deviation of the population: the divisor is count, not count - 1."""
         return math.sqrt(self.squares / self.size)
 
     def density(self, rate: float) -> Array:
@@ -88,12 +88,12 @@ class Numbers(NamedTuple):
 
 
 def task_size(values: int, window: int) -> int:
-    """How many values a task takes, to take at least so many: blocks by a power of two."""
+    """The number of values in a task: at least `values`, and 2^n blocks."""
     return max(_power_of_two(values), _block_size(window))
 
 
 def merged(parts: Sequence[Numbers]) -> Numbers:
-    """The numbers of values that follow each other, of blocks or of equal ranges except the last."""
+    """Merges the results of consecutive blocks or ranges, all of one size except the last."""
     if len(parts) < 2:
         return parts[0] if parts else Numbers()
     half = _power_of_two(len(parts)) // 2
@@ -101,10 +101,10 @@ def merged(parts: Sequence[Numbers]) -> Numbers:
 
 
 def make_plan(path: str, size: int) -> Plan:
-    """Lists the channels of a file, or of what is intact of it, in tasks of at most `size` values.
+    """Lists the channels in the intact segments of a file, and tasks of at most `size` values.
 
     Raises:
-        OSError: the system does not open the file, which may be different the next time.
+        OSError: the system did not open the file; trying again may help.
     """
     try:
         file = tdms.File.partial(path)
@@ -131,13 +131,13 @@ def make_plan(path: str, size: int) -> Plan:
 
 
 def summarize(path: str, ranges: List[Range], window: int) -> List[Union[Numbers, str]]:
-    """The numbers of each range, or why it cannot be read.
+    """The results for each range, or the reason why it cannot be read.
 
-    Every task opens the file: a handle is for one thread of one process, and opening reads no
-    values. In memory there is a block at a time.
+    Every task opens the file itself: a handle is for one thread of one process, and opening reads
+    no values. One block at a time is in memory.
 
     Raises:
-        tdms.Error: the file cannot be opened any more.
+        tdms.Error: the file can no longer be opened.
     """
     with tdms.File.partial(path) as file:
         results: List[Union[Numbers, str]] = []
@@ -184,7 +184,7 @@ def _describe(channel: tdms.Channel, rate: float) -> Channel:
 
 
 def _with_rates(channels: List[Channel]) -> List[Channel]:
-    """A group's channels. Without a rate of its own, one has the rate of equally many times."""
+    """The channels of a group. One without a rate gets that of the times of the same length."""
     rates: Dict[int, float] = {}
     for channel in channels:
         if channel.first:
@@ -217,10 +217,10 @@ def _tasks(ranges: Iterable[Range], size: int) -> List[List[Range]]:
 
 
 def _blocks(channel: tdms.Channel, part: Range, window: int) -> Iterator[Numbers]:
-    """The numbers of each block of a range.
+    """The results for each block of a range.
 
-    All arrays of some size are used again for each block: Dask has workers return memory to the
-    system at once, and touching new memory takes longer than the arithmetic.
+    Large arrays are used again for each block: Dask makes workers return memory to the system at
+    once, and touching new memory takes longer than the arithmetic.
     """
     block, end = _block_size(window), part.first + part.size
     most = min(block + window, part.length)
@@ -241,7 +241,7 @@ def _blocks(channel: tdms.Channel, part: Range, window: int) -> Iterator[Numbers
 
 
 def _numbers(stored: Array, wide: Array, scratch: Array) -> Numbers:
-    """The numbers of a block's values, given also as double."""
+    """The results for the values of a block, which are given in their type and as double."""
     given = len(stored)
     if stored.dtype == bool:
         stored = stored.view("uint8")
@@ -259,7 +259,7 @@ def _numbers(stored: Array, wide: Array, scratch: Array) -> Numbers:
 
 
 def _with_power(numbers: Numbers, windows: Array, scratch: Array) -> Numbers:
-    """Adds the power of windows, without their means."""
+    """Adds the power of windows, after subtracting their means."""
     at_once, window = scratch.shape
     hann, power, used = _hann(window), numpy.zeros(window // 2 + 1), 0
     for some in (windows[i : i + at_once] for i in range(0, len(windows), at_once)):
@@ -269,7 +269,7 @@ def _with_power(numbers: Numbers, windows: Array, scratch: Array) -> Numbers:
         usable = numpy.isfinite(means[:, 0])
         if not usable.all():
             weighted = weighted[usable]
-        # The real and imaginary parts side by side.
+        # The real and the imaginary parts, side by side.
         parts = numpy.fft.rfft(weighted).view("float64")
         power += numpy.square(parts, out=parts).sum(axis=0).reshape(-1, 2).sum(axis=1)
         used += int(usable.sum())
@@ -277,7 +277,7 @@ def _with_power(numbers: Numbers, windows: Array, scratch: Array) -> Numbers:
 
 
 def _merged_pair(a: Numbers, b: Numbers) -> Numbers:
-    """By Chan, Golub and LeVeque: the means are weighted, and their distance adds to the squares."""
+    """Merges by the method of Chan, Golub and LeVeque."""
     result = a if a.size else b
     if a.size and b.size:
         count = a.size + b.size

@@ -1,17 +1,18 @@
 #!/usr/bin/env python3
-"""Statistics and spectra of all recordings in a folder, by Dask: on this machine, or on a cluster.
+"""Statistics and spectra of all recordings in a folder, with Dask: on this machine or on a cluster.
 
     recording_statistics.py FOLDER [--workers N | --scheduler ADDRESS] [--range VALUES]
                             [-o RESULTS [--spectrum N]]
 
-Searches the folder and those in it for *.tdms. Without -o the statistics go to standard output, a
-line of CSV for each channel; with it, to RESULTS/statistics.csv. With --spectrum, the power spectra
-of each recording, averaged over windows of N values that overlap by half, go to a file in RESULTS
-with the recording's name and .npz. docs/cluster.md describes both, and how to run on a cluster.
+Searches the folder and all folders in it for *.tdms. Without -o the statistics go to standard
+output, a line of CSV for each channel; with -o, to RESULTS/statistics.csv. With --spectrum, the
+power spectra of each recording, averaged over windows of N values that overlap by half, go to a
+file in RESULTS with the recording's name and .npz. docs/cluster.md describes both, and how to run
+the program on a cluster.
 
-Progress goes to standard error: on a terminal one line that changes, otherwise one every 30
-seconds. What cannot be read is reported there too, and the run goes on. The exit status is 0 if
-nothing was reported, 1 if something was, 2 for wrong arguments.
+Progress goes to standard error: on a terminal one line that changes, otherwise a line every 30
+seconds. What cannot be read is also reported there, and the run continues. The exit status is 0 if
+everything was read, 1 if not, and 2 for wrong arguments.
 """
 from __future__ import annotations
 
@@ -38,18 +39,18 @@ COLUMNS = (
     "minimum", "maximum", "mean", "deviation", "first", "last",
 )  # fmt: skip
 
-#: Enough that a worker does not wait for the next task, and few enough that each of a hundred
-#: thousand recordings is known to the scheduler only while it is worked on.
+#: So many that a worker does not wait for its next task, and so few that the scheduler knows each
+#: of a hundred thousand recordings only while workers work on it.
 TASKS_PER_WORKER = 4
 
-#: For the pages of a scheduler of our own: a fixed port may be taken.
+#: For the web pages of a scheduler on this machine: a fixed port may be taken.
 ANY_PORT = "127.0.0.1:0"
 
 ChannelNumbers = List[Tuple[Channel, Numbers]]
 
 
 class Output:
-    """Where results go: the statistics in the order of the recordings, whichever is done first."""
+    """Writes results; the statistics in the order of the recordings, whichever is done first."""
 
     def __init__(self, folder: Optional[str], stack: ExitStack) -> None:
         self._folder = folder
@@ -59,7 +60,7 @@ class Output:
         if folder is not None:
             os.makedirs(folder, exist_ok=True)
             file = os.path.join(folder, "statistics.csv")
-        # Names that are not UTF-8 go out as they came in.
+        # Names that are not UTF-8 are written as they are.
         stream = open(
             file, "w", newline="", encoding="utf-8", errors="surrogateescape", closefd=file != 1
         )
@@ -68,7 +69,7 @@ class Output:
         self._csv.writerow(COLUMNS)
 
     def write(self, place: int, name: str, results: ChannelNumbers) -> None:
-        """Takes what is known of the recording that is at this place in the order."""
+        """Takes the results of the recording at this place in the order."""
         self._waiting[place] = [_row(name, channel, numbers) for channel, numbers in results]
         while self._written in self._waiting:
             self._csv.writerows(self._waiting.pop(self._written))
@@ -102,7 +103,7 @@ def _save_spectra(path: str, results: ChannelNumbers) -> None:
 
 
 class Report:
-    """What people see on standard error: progress and problems."""
+    """Reports progress and problems on standard error."""
 
     def __init__(self) -> None:
         self.problems = 0
@@ -112,7 +113,7 @@ class Report:
         self.start(0)
 
     def start(self, recordings: int) -> None:
-        """Work on so many recordings begins now."""
+        """Begins the progress of work on so many recordings."""
         self.recordings = recordings
         self._begin = self._shown = time.monotonic()
 
@@ -123,7 +124,7 @@ class Report:
         print(text.encode(errors="backslashreplace").decode(), file=sys.stderr)
 
     def progress(self) -> None:
-        """Shows how far the run is, unless it was shown just before."""
+        """Shows the progress, unless that was done a moment ago."""
         now = time.monotonic()
         if now - self._shown >= (0.2 if self._terminal else 30):
             self._shown = now
@@ -136,7 +137,7 @@ class Report:
     def _show(self, end: str) -> None:
         seconds = max(time.monotonic() - self._begin, 1e-3)
         rate = self.done_values / seconds
-        # What is not planned yet is taken to be like what is.
+        # Assumes that the recordings that are not planned yet are like the others.
         total = self.planned_values * self.recordings / max(self.planned_recordings, 1)
         about = "" if self.planned_recordings == self.recordings else "about "
         when = f"about {(total - self.done_values) / rate:.0f} s left" if rate else ""
@@ -164,7 +165,7 @@ class Job(NamedTuple):
 
 
 class Recording:
-    """A recording that was planned: its results until all are there."""
+    """A recording that was planned, and its results so far."""
 
     def __init__(self, plan: Plan) -> None:
         self.channels = plan.channels
@@ -173,7 +174,7 @@ class Recording:
         self.parts: List[Dict[int, Numbers]] = [{} for _ in plan.channels]
 
     def results(self) -> ChannelNumbers:
-        """The channels of which everything could be read, whatever came first."""
+        """The channels that could be read, with their results."""
         return [
             (channel, merged([parts[first] for first in sorted(parts)]))
             for place, (channel, parts) in enumerate(zip(self.channels, self.parts))
@@ -221,7 +222,7 @@ class Run:
             if job is None:
                 return
             path = self._path(job)
-            # A task is tried again if it fails, in case that storage was out of reach.
+            # A failed task is tried again, in case the storage was out of reach.
             if job.ranges is None:
                 arguments: Tuple[Any, ...] = recording_ranges.make_plan, path, self._size
             else:
@@ -239,7 +240,7 @@ class Run:
         return self._suspects.popleft() if self._suspects and not self._running else None
 
     def _count_workers(self) -> None:
-        """Workers come and go on a cluster: asks from time to time."""
+        """Counts the workers from time to time: on a cluster they come and go."""
         if time.monotonic() - self._counted > 5:
             self._most_running = TASKS_PER_WORKER * max(sum(self._client.nthreads().values()), 1)
             self._counted = time.monotonic()
@@ -269,10 +270,11 @@ class Run:
     def _failed(self, job: Job, error: BaseException) -> None:
         killed = isinstance(error, KilledWorker)
         if killed and not job.alone:
-            # Every task on a worker that dies is blamed. Run alone at the end, the guilty one shows.
+            # All tasks of a worker that died are suspects. Each runs alone at the end, which shows
+            # the one that killed the worker.
             self._suspects.append(job._replace(alone=True))
             return
-        reason = "the workers that read it die, each time" if killed else str(error)
+        reason = "workers that read it die" if killed else str(error)
         path = self._path(job)
         problem = reason if reason.startswith(path) else f"{path}: {reason}"
         if job.ranges is None:
@@ -292,7 +294,7 @@ class Run:
 
 
 def find_recordings(root: str, report: Any) -> Iterator[str]:
-    """The names of all recordings, below the folder."""
+    """The paths of all recordings, relative to the folder."""
     for folder, _, files in os.walk(root, onerror=lambda error: report(str(error))):
         for file in files:
             if file.lower().endswith(".tdms"):
@@ -300,22 +302,22 @@ def find_recordings(root: str, report: Any) -> Iterator[str]:
 
 
 def connect(options: argparse.Namespace) -> Client:
-    """A client of the scheduler, or of workers of this machine, each a process of one thread.
+    """A client of the scheduler, or of workers on this machine, which are processes of one thread.
 
     Threads of one process would wait for each other, since only NumPy's loops and the library's
-    calls release the interpreter's lock; and a process that dies would take all of them along.
+    calls release the interpreter's lock; and a process that dies would end all of its threads.
     """
     if options.scheduler:
         client = Client(options.scheduler)
     else:
-        # A suspect runs again alone, so little is lost if a task is blamed early.
+        # A suspect runs again, alone, so little is lost if a task becomes a suspect early.
         dask.config.set({"distributed.scheduler.allowed-failures": 1})
         workers = options.workers or len(os.sched_getaffinity(0))
         client = Client(n_workers=workers, threads_per_worker=1, dashboard_address=ANY_PORT)
     if not client.nthreads():
         print("waiting for the first worker", file=sys.stderr)
         client.wait_for_workers(1)
-    # Also for workers that start later, or again.
+    # For workers that start later, too.
     client.register_worker_plugin(UploadFile(recording_ranges.__file__), "recording_ranges.py")
     return client
 

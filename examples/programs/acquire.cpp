@@ -1,15 +1,15 @@
-// acquire: a daemon that records a machine's signals into one file after the other.
+// acquire: a daemon that records the signals of a machine in one file after the other.
 //
 //     acquire FOLDER [SECONDS_PER_FILE [SECONDS [SECONDS_IN_MEMORY]]]
 //         defaults: 60 seconds per file, 0 seconds (until SIGTERM), 600 seconds in memory
 //
-// A file has three groups: fast signals, slow signals and events. It is named by the time of its
-// first sample. New values are saved every second; a finished file is synced and closed. SIGTERM
-// and SIGINT end the program after a last save.
+// A file has three groups: fast signals, slow signals and events. Its name is the time of its first
+// sample. New values are saved every second; a finished file is synced and closed. SIGTERM and
+// SIGINT end the program after a last save.
 //
-// While the disk is full, values wait in memory, and every second tries to save all of them. When
-// SECONDS_IN_MEMORY wait, new values are dropped until a save succeeds; the next file then starts
-// after the gap, so that within a file no value is missing.
+// While the disk is full, values are kept in memory, and the program tries every second to save all
+// of them. When SECONDS_IN_MEMORY of them are kept, it drops new values until a save succeeds; the
+// next file then starts after the gap, so that no value is missing within a file.
 #include <cerrno>
 #include <exception>
 #include <filesystem>
@@ -24,13 +24,13 @@
 
 namespace {
 
-// Rejects a name that is taken: "w" would empty that file.
+// Rejects the name of an existing file, which "w" would empty.
 std::string new_path(const std::string& folder, moment start)
 {
     std::string name = to_text(start) + ".tdms";
     std::erase(name, ':');
     std::string path = folder + '/' + name;
-    if (std::filesystem::exists(path)) throw std::runtime_error(path + ": exists already");
+    if (std::filesystem::exists(path)) throw std::runtime_error(path + ": already exists");
     return path;
 }
 
@@ -112,14 +112,15 @@ class acquisition {
     {
         try {
             current_.file.save();
-            if (waiting_ != 0) std::cerr << "acquire: all values that waited are saved\n";
+            if (waiting_ != 0) std::cerr << "acquire: all values kept in memory are saved\n";
             waiting_ = 0;
         } catch (const tdms::error& e) {
             if (!is_full(e)) throw;
-            if (waiting_++ == 0)
-                std::cerr << "acquire: " << e.what() << " Values wait in memory.\n";
+            if (waiting_++ == 0) {
+                std::cerr << "acquire: " << e.what() << " Values are kept in memory.\n";
+            }
             if (waiting_ < seconds_in_memory_ || dropping_) return;
-            std::cerr << "acquire: too many values wait: new ones are dropped\n";
+            std::cerr << "acquire: too many values are kept in memory: new ones are dropped\n";
             dropping_ = true;
             return;
         }
@@ -127,7 +128,7 @@ class acquisition {
         if (!stopping_ && (dropping_ || current_.seconds >= seconds_per_file_)) next_file();
     }
 
-    // While there is no room for another file, this one goes on.
+    // Continues with this file while there is no room for another one.
     void next_file()
     {
         try {

@@ -2,10 +2,11 @@
 //
 //     edit FILE GROUP CHANNEL NAME=TEXT [VALUE...]
 //
-// The property is a double if TEXT is a number, otherwise a string; one of that name is replaced.
-// Values are appended in the channel's type, times as nanoseconds since 1970-01-01T00:00:00Z. A
-// group or a channel that is not there is added, the channel with doubles. A save that fails
-// adds nothing; after one that succeeded, a failure to sync is reported, and all is in the file.
+// The property is a double if TEXT is a number, otherwise a string; it replaces a property of that
+// name. Values are converted to the channel's type; times are given in nanoseconds since
+// 1970-01-01T00:00:00Z. A missing group or channel is created, a channel with doubles. If saving
+// fails, nothing is added; if syncing fails after that, the error is reported but everything is in
+// the file.
 #include <chrono>
 #include <cstdint>
 #include <exception>

@@ -2,14 +2,12 @@
 //
 //     rms FILE GROUP CHANNEL [RATE]
 //
-// Prints a line per second: when it begins, and the RMS of its values; the last second may be
-// incomplete. When a value was measured is taken from the channel "time" of the group. Without one,
-// it follows from the properties "start" and "sampling rate" of the channel, its group or the file,
-// or from RATE in Hz. Takes the same memory for every length, and reads a file while it is
-// recorded.
+// Prints a line per second, with its beginning and the RMS of its values; the last second may be
+// incomplete. The times of the values are those of the channel "time" of the group. Without that
+// channel they follow from the properties "start" and "sampling rate" of the channel, its group or
+// the file, or from RATE in Hz. The memory does not depend on the length of the channel, and a file
+// can be read while it is recorded.
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 #include <cstdint>
 #include <exception>
 #include <initializer_list>
@@ -20,6 +18,7 @@
 #include <tdms.hpp>
 #include <vector>
 
+#include "support/mean_of_seconds.hpp"
 #include "support/text.hpp"
 
 namespace {
@@ -35,34 +34,6 @@ T inherited(std::initializer_list<tdms::object> objects, const char* name, T oth
     return otherwise;
 }
 
-std::chrono::nanoseconds after(std::uint64_t samples, double rate)
-{
-    return std::chrono::nanoseconds(std::llround(static_cast<double>(samples) * 1e9 / rate));
-}
-
-class mean_of_seconds {
-  public:
-    void add(moment time, double value)
-    {
-        if (count_ != 0 && time - begin_ >= std::chrono::seconds(1)) print();
-        if (count_ == 0) begin_ = time;
-        sum_ += value * value;
-        ++count_;
-    }
-
-    void print()
-    {
-        if (count_ == 0) return;
-        std::cout << to_text(begin_) << ' ' << to_text(std::sqrt(sum_ / count_)) << '\n';
-        sum_ = count_ = 0;
-    }
-
-  private:
-    moment begin_;
-    double sum_ = 0;
-    double count_ = 0;
-};
-
 void print_rms(const char* path, const char* group, const char* name, double given_rate)
 {
     const tdms::file f = tdms::file::partial(path);
@@ -71,8 +42,9 @@ void print_rms(const char* path, const char* group, const char* name, double giv
     const bool timed = g.contains("time") && g["time"].type() == TDMS_TYPE_TIMESTAMP;
     const double rate = given_rate > 0 ? given_rate : inherited({c, g, f}, "sampling rate", 0.0);
     const moment start = inherited({c, g, f}, "start", moment());
-    if (!timed && !(rate > 0))
+    if (!timed && !(rate > 0)) {
         throw std::runtime_error(f.path() + ": no time and no sampling rate");
+    }
 
     std::vector<double> values(at_once);
     std::vector<moment> times(at_once);

@@ -6,11 +6,11 @@
 //
 //     printf 'run.tdms\tfast\tacceleration\t0\t10\n' | nc 127.0.0.1 PORT
 //
-// for ten values from number 0 on. The answer is a line "ok 10" with ten lines after it, one per
-// value, or one line "error: ..." with a message. Files can be read while they are recorded.
-// SIGTERM and SIGINT end the server.
+// for ten values from index 0 on. The answer is a line "ok 10", followed by one line per value, or
+// a single line "error: ..." with a message. Files can be read while they are recorded. SIGTERM and
+// SIGINT end the server.
 //
-// A file is for one thread at a time, so every thread opens the files it needs itself.
+// Only one thread may use a file at a time, so every thread opens the files that it needs itself.
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -58,21 +58,22 @@ class recordings {
     }
 
   private:
-    // By the file, not its name, which another file can take over.
+    // Identifies files by device and inode: another file can take over a name.
     tdms::file open(const std::string& name)
     {
         constexpr std::size_t most_files = 16;
         const std::string path = folder_ + '/' + name;
         struct stat facts {};
-        if (stat(path.c_str(), &facts) != 0)
+        if (stat(path.c_str(), &facts) != 0) {
             throw std::system_error(errno, std::generic_category(), name);
+        }
         const std::pair file_id(facts.st_dev, facts.st_ino);
         if (const auto known = files_.find(file_id); known != files_.end()) {
             try {
                 known->second.refresh();
                 return known->second;
             } catch (const tdms::error&) {
-                files_.erase(known);  // it was emptied and is recorded again
+                files_.erase(known);  // it was emptied and is being recorded anew
             }
         }
         if (files_.size() == most_files) files_.clear();

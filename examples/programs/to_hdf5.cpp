@@ -4,9 +4,9 @@
 //
 // Groups become groups, channels datasets of the same type, properties attributes. Strings have a
 // variable length and end at their first NUL; bools are the usual enumeration. Times are
-// nanoseconds in 64 bits, which an attribute "units" states, and "NAME units" for a property NAME.
-// In names, "_" takes the place of what HDF5 does not allow. A channel is copied in pieces, so
-// memory does not depend on its length.
+// nanoseconds in 64 bits, as the attribute "units" states, or "NAME units" for a property NAME. In
+// names, "_" replaces what HDF5 does not allow. A channel is copied in pieces, so the memory does
+// not depend on its length.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -57,14 +57,15 @@ h5::id type_of()
     }
 }
 
-// Replaces an attribute of that name.
+// Writes an attribute, or replaces the one of that name.
 template <class T>
 void write_attribute(hid_t to, const std::string& name, const T& value)
 {
     const h5::id type = type_of<T>();
     const h5::id space(H5Screate(H5S_SCALAR), name);
-    if (h5::check(H5Aexists(to, name.c_str()), name) > 0)
+    if (h5::check(H5Aexists(to, name.c_str()), name) > 0) {
         h5::check(H5Adelete(to, name.c_str()), name);
+    }
     const h5::id attribute(H5Acreate2(to, name.c_str(), type, space, H5P_DEFAULT, H5P_DEFAULT),
                            name);
     if constexpr (std::is_same_v<T, std::string>) {
@@ -75,7 +76,7 @@ void write_attribute(hid_t to, const std::string& name, const T& value)
     }
 }
 
-// An attribute has no attributes, so the unit of a time is another one beside it.
+// An attribute cannot have attributes, so the unit of a time is a second attribute.
 void write_attributes(hid_t to, const tdms::object& from)
 {
     for (const auto& [key, value] : from.properties()) {
@@ -83,8 +84,9 @@ void write_attributes(hid_t to, const tdms::object& from)
         const auto write = [&](const auto& v) {
             using T = std::decay_t<decltype(v)>;
             if constexpr (!std::is_same_v<T, std::monostate>) write_attribute(to, name, v);
-            if constexpr (std::is_same_v<T, tdms::time>)
+            if constexpr (std::is_same_v<T, tdms::time>) {
                 write_attribute(to, name + " units", std::string(units));
+            }
         };
         std::visit(write, value);
     }
@@ -104,8 +106,9 @@ void convert_as(hid_t group, const tdms::channel& from)
     const h5::id dataset(
         H5Dcreate2(group, name.c_str(), type, space, H5P_DEFAULT, creation, H5P_DEFAULT), name);
     write_attributes(dataset, from);
-    if constexpr (std::is_same_v<T, tdms::time>)
+    if constexpr (std::is_same_v<T, tdms::time>) {
         write_attribute(dataset, "units", std::string(units));
+    }
 
     const auto values = std::make_unique<T[]>(chunk);
     for (hsize_t first = 0; first < size; first += chunk) {
@@ -124,7 +127,7 @@ void convert_as(hid_t group, const tdms::channel& from)
     }
 }
 
-// Without values a channel may have no type: then it becomes an empty dataset of doubles.
+// A channel without a type has no values, and becomes an empty dataset of doubles.
 void convert(hid_t group, const tdms::channel& from)
 {
     const bool typed = tdms::with_type(from.type(), [&]<class T>() { convert_as<T>(group, from); });

@@ -3,11 +3,11 @@
 //     acquire FOLDER [SECONDS_PER_FILE [SECONDS [SECONDS_IN_MEMORY]]]
 //         defaults: 60 seconds per file, 0 seconds (until SIGTERM), 600 seconds in memory
 //
-// Files are written in the single-writer mode (SWMR), so that they can be read while they are
-// recorded. It has no strings of variable length, so an event has at most 64 bytes.
+// Files are written in single-writer mode (SWMR), so that they can be read while they are recorded.
+// It does not allow strings of variable length, so an event has at most 64 bytes.
 //
-// After a write that failed, the library can lose chunks that were saved before. So a save first
-// looks for room, and a write that fails all the same ends the program.
+// After a failed write, HDF5 can lose chunks that were saved before. So every save first checks for
+// room, and a write that fails nevertheless ends the program.
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -56,12 +56,13 @@ void require_room(const std::string& folder, std::size_t bytes)
     constexpr std::size_t metadata_and_chunks = 1 << 20;
     struct statvfs facts {};
     int reason = statvfs(folder.c_str(), &facts) == 0 ? 0 : errno;
-    if (reason == 0 && facts.f_bavail * facts.f_frsize < bytes + metadata_and_chunks)
+    if (reason == 0 && facts.f_bavail * facts.f_frsize < bytes + metadata_and_chunks) {
         reason = ENOSPC;
+    }
     if (reason != 0) throw std::system_error(reason, std::generic_category(), folder);
 }
 
-// A dataset that grows, and the values that it does not have yet.
+// A dataset that grows, and the values that are not saved yet.
 class series {
   public:
     series(hid_t group, const char* name, hid_t type, hsize_t chunk)
@@ -77,7 +78,7 @@ class series {
         waiting_.insert(waiting_.end(), bytes, bytes + count * H5Tget_size(type_));
     }
 
-    // The values still wait until saved(): the file has them only after a flush.
+    // Keeps the values until saved() is called: only a flush puts them in the file.
     void write()
     {
         const hsize_t count = waiting_.size() / H5Tget_size(type_);
@@ -163,8 +164,9 @@ class recording {
     {
         void* descriptor = nullptr;
         h5::check(H5Fget_vfd_handle(file_, H5P_DEFAULT, &descriptor), path_);
-        if (fsync(*static_cast<const int*>(descriptor)) != 0)
+        if (fsync(*static_cast<const int*>(descriptor)) != 0) {
             throw std::system_error(errno, std::generic_category(), path_);
+        }
     }
 
     void close() { file_.close(path_); }
@@ -181,7 +183,7 @@ class recording {
         return folder + '/' + name;
     }
 
-    // The single-writer mode needs the latest format.
+    // Single-writer mode needs the latest format.
     static h5::id create(const std::string& path)
     {
         const h5::id access(H5Pcreate(H5P_FILE_ACCESS), path);
@@ -213,6 +215,7 @@ class recording {
     series event_time_{events_, "time", H5T_NATIVE_INT64, 64};
     series event_{events_, "event", event_type_, 64};
 };
+
 class acquisition {
   public:
     acquisition(std::string folder, unsigned seconds_per_file, unsigned seconds_in_memory)
@@ -252,16 +255,17 @@ class acquisition {
     {
         try {
             current_->save();
-            if (waiting_ != 0) std::cerr << "acquire: all values that waited are saved\n";
+            if (waiting_ != 0) std::cerr << "acquire: all values kept in memory are saved\n";
             waiting_ = 0;
             ++current_->seconds;
             if (!stopping_ && (dropping_ || current_->seconds >= seconds_per_file_)) next_file();
         } catch (const std::system_error& e) {
             if (e.code() != std::errc::no_space_on_device) throw;
-            if (waiting_++ == 0)
-                std::cerr << "acquire: " << e.what() << "; values wait in memory.\n";
+            if (waiting_++ == 0) {
+                std::cerr << "acquire: " << e.what() << "; values are kept in memory.\n";
+            }
             if (waiting_ < seconds_in_memory_ || dropping_) return;
-            std::cerr << "acquire: too many values wait: new ones are dropped\n";
+            std::cerr << "acquire: too many values are kept in memory: new ones are dropped\n";
             dropping_ = true;
         }
     }
@@ -292,7 +296,7 @@ class acquisition {
 int main(int argc, char** argv)
 {
     try {
-        H5dont_atexit();  // it can crash after a write that failed
+        H5dont_atexit();  // it can crash after a failed write
         h5::be_silent();
         if (argc < 2 || argc > 5) {
             throw std::invalid_argument(

@@ -2,9 +2,9 @@
 //
 //     edit FILE GROUP CHANNEL NAME=TEXT [VALUE...]
 //
-// The attribute is a double if TEXT is a number, otherwise a string; one of that name is replaced.
-// Values are appended in the dataset's type. A group or a dataset that is not there is added, the
-// dataset with doubles; one that is there must be chunked and have one dimension without limit.
+// The attribute is a double if TEXT is a number, otherwise a string; it replaces an attribute of
+// that name. Values are converted to the dataset's type. A missing group or dataset is created, a
+// dataset with doubles; an existing dataset must be chunked and have one unlimited dimension.
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,7 +26,7 @@ namespace {
 
 using words = std::span<const char* const>;
 
-// Words as values in memory, and their type.
+// Values in memory, converted from words, and their type.
 struct converted {
     h5::id type;
     std::vector<char> bytes;
@@ -77,11 +77,11 @@ converted to_values(const h5::id& type, words values)
                        ? to_numbers<std::uint64_t>(H5T_NATIVE_UINT64, values)
                        : to_numbers<std::int64_t>(H5T_NATIVE_INT64, values);
         default:
-            throw std::runtime_error("the dataset has another type than numbers and strings");
+            throw std::runtime_error("the dataset holds neither numbers nor strings");
     }
 }
 
-// HDF5 would store a number beyond its type as the nearest one.
+// HDF5 would store an out-of-range number as the nearest one in range.
 H5T_conv_ret_t reject_out_of_range(H5T_conv_except_t, hid_t, hid_t, void*, void*, void*)
 {
     return H5T_CONV_ABORT;
@@ -157,8 +157,9 @@ void sync(hid_t file, const char* path)
     void* descriptor = nullptr;
     h5::check(H5Fflush(file, H5F_SCOPE_LOCAL), path);
     h5::check(H5Fget_vfd_handle(file, H5P_DEFAULT, &descriptor), path);
-    if (fsync(*static_cast<const int*>(descriptor)) != 0)
+    if (fsync(*static_cast<const int*>(descriptor)) != 0) {
         throw std::system_error(errno, std::generic_category(), path);
+    }
 }
 
 void edit(const char* path, const char* group, const char* channel, const std::string& assignment,

@@ -2,9 +2,9 @@
 //
 //     repack FILE OUTPUT
 //
-// Copies groups, datasets of one dimension and attributes. Datasets come out chunked, of unlimited
-// size and in the types of this machine; strings get a variable length. A dataset is copied in
-// pieces, so memory does not depend on its length.
+// Copies groups, datasets of one dimension, and attributes. The new datasets are chunked, have
+// unlimited size and use the types of this machine; strings get a variable length. A dataset is
+// copied in pieces, so the memory does not depend on its length.
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -20,8 +20,8 @@ namespace {
 
 constexpr hsize_t at_once = 65536;
 
-// Reads values of any type, and writes them with strings of variable length, others in the types of
-// this machine. HDF5 converts numbers; strings of fixed length have to be turned here.
+// Reads values of any type, and writes them: strings with variable length, others with the types of
+// this machine. HDF5 converts numbers, but strings of fixed length have to be converted here.
 template <class Read, class Write>
 void transfer(const h5::id& stored, const h5::id& space, Read read, Write write)
 {
@@ -92,8 +92,9 @@ void copy_dataset(const h5::id& from, const h5::id& group, const std::string& na
 {
     const h5::id stored(H5Dget_type(from), name);
     const h5::id source(H5Dget_space(from), name);
-    if (H5Sget_simple_extent_ndims(source) != 1)
-        throw std::runtime_error(name + ": not one dimension");
+    if (H5Sget_simple_extent_ndims(source) != 1) {
+        throw std::runtime_error(name + ": does not have one dimension");
+    }
     const auto size = static_cast<hsize_t>(h5::check(H5Sget_simple_extent_npoints(source), name));
     const hsize_t chunk = std::clamp<hsize_t>(size, 1, at_once);
     const hsize_t unlimited = H5S_UNLIMITED;

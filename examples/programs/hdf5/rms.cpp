@@ -2,11 +2,10 @@
 //
 //     rms FILE GROUP CHANNEL [RATE]
 //
-// Times are nanoseconds since 1970-01-01T00:00:00Z, in the dataset "time" and the attribute
-// "start". Files that are recorded in the single-writer mode (SWMR) can be read meanwhile.
+// The dataset "time" and the attribute "start" hold nanoseconds since 1970-01-01T00:00:00Z. Files
+// in single-writer mode (SWMR) can be read while they are recorded.
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -18,13 +17,14 @@
 #include <vector>
 
 #include "../support/hdf5.hpp"
+#include "../support/mean_of_seconds.hpp"
 #include "../support/text.hpp"
 
 namespace {
 
 constexpr hsize_t at_once = 65536;
 
-// Files of the older format have no single-writer mode.
+// Files in older formats have no single-writer mode.
 h5::id open_file(const char* path)
 {
     const hid_t file = H5Fopen(path, H5F_ACC_RDONLY | H5F_ACC_SWMR_READ, H5P_DEFAULT);
@@ -52,34 +52,6 @@ void read(hid_t dataset, hid_t type, hsize_t first, hsize_t count, void* values)
     h5::check(H5Dread(dataset, type, target, source, H5P_DEFAULT, values), "values");
 }
 
-std::chrono::nanoseconds after(std::uint64_t samples, double rate)
-{
-    return std::chrono::nanoseconds(std::llround(static_cast<double>(samples) * 1e9 / rate));
-}
-
-class mean_of_seconds {
-  public:
-    void add(moment time, double value)
-    {
-        if (count_ != 0 && time - begin_ >= std::chrono::seconds(1)) print();
-        if (count_ == 0) begin_ = time;
-        sum_ += value * value;
-        ++count_;
-    }
-
-    void print()
-    {
-        if (count_ == 0) return;
-        std::cout << to_text(begin_) << ' ' << to_text(std::sqrt(sum_ / count_)) << '\n';
-        sum_ = count_ = 0;
-    }
-
-  private:
-    moment begin_;
-    double sum_ = 0;
-    double count_ = 0;
-};
-
 void print_rms(const char* path, const char* group, const char* name, double given_rate)
 {
     const h5::id f = open_file(path);
@@ -93,8 +65,9 @@ void print_rms(const char* path, const char* group, const char* name, double giv
         given_rate > 0 ? given_rate : inherited({c, g, f}, "sampling rate", H5T_NATIVE_DOUBLE, 0.0);
     const moment start(
         std::chrono::nanoseconds(inherited({c, g, f}, "start", H5T_NATIVE_INT64, std::int64_t(0))));
-    if (!time && !(rate > 0))
+    if (!time && !(rate > 0)) {
         throw std::runtime_error(std::string(path) + ": no time and no sampling rate");
+    }
 
     std::vector<double> values(at_once);
     std::vector<std::int64_t> times(at_once);

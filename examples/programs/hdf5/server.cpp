@@ -2,9 +2,9 @@
 //
 //     server FOLDER [PORT]        default: any free port, which it prints
 //
-// Files that are recorded in the single-writer mode (SWMR) can be read meanwhile. Integers with
-// an attribute "units" are times. The library serves one thread at a time, and a refresh
-// disturbs what other threads read of the same dataset: one request is answered after the other.
+// Files in single-writer mode (SWMR) can be read while they are recorded. Integers with an
+// attribute "units" are times. HDF5 allows one thread at a time, and refreshing a dataset disturbs
+// other threads that read it, so requests are answered one after the other.
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -44,8 +44,9 @@ range select(const h5::id& dataset, const range_request& r)
     h5::id space(H5Dget_space(dataset), r.channel);
     const auto size =
         static_cast<hsize_t>(h5::check(H5Sget_simple_extent_npoints(space), r.channel));
-    if (first > size || count > size - first)
-        throw std::runtime_error(r.channel + ": beyond the last value");
+    if (first > size || count > size - first) {
+        throw std::runtime_error(r.channel + ": the range ends beyond the last value");
+    }
     h5::check(H5Sselect_hyperslab(space, H5S_SELECT_SET, &first, nullptr, &count, nullptr),
               r.channel);
     return {dataset, std::move(space), {H5Screate_simple(1, &count, nullptr), r.channel}, r.count};
@@ -71,8 +72,9 @@ std::string variable_string_lines(const range& r, const h5::id& type)
     std::vector<char*> values(r.count);
     read(r, type, values.data());
     std::string text;
-    for (const char* const value : values)
+    for (const char* const value : values) {
         text += to_text(std::string(value == nullptr ? "" : value)) + '\n';
+    }
     h5::check(H5Dvlen_reclaim(type, r.memory, H5P_DEFAULT, values.data()), "strings");
     return text;
 }
@@ -116,15 +118,16 @@ class recordings {
         return variable ? variable_string_lines(r, type) : fixed_string_lines(r, type);
     }
 
-    // By the file, not its name, which another file can take over. Files of the older format have
-    // no single-writer mode.
+    // Identifies files by device and inode: another file can take over a name. Files in older
+    // formats have no single-writer mode.
     const h5::id& open(const std::string& name)
     {
         constexpr std::size_t most_files = 16;
         const std::string path = folder_ + '/' + name;
         struct stat facts {};
-        if (stat(path.c_str(), &facts) != 0)
+        if (stat(path.c_str(), &facts) != 0) {
             throw std::system_error(errno, std::generic_category(), name);
+        }
         const std::pair file_id(facts.st_dev, facts.st_ino);
         if (const auto known = files_.find(file_id); known != files_.end()) return known->second;
         if (files_.size() == most_files) files_.clear();

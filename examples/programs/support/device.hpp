@@ -1,4 +1,4 @@
-// A simulated machine under test. In a program of yours, the driver of your hardware is here.
+// A simulated machine under test. In a real program, this is the driver of your hardware.
 #ifndef EXAMPLES_DEVICE_HPP
 #define EXAMPLES_DEVICE_HPP
 
@@ -22,7 +22,7 @@ struct block {
     std::vector<std::string> events;
 };
 
-/// Times follow from the number of samples, so they have no gaps and no jitter.
+/// Times are computed from the number of samples, so they have neither gaps nor jitter.
 class device {
   public:
     static constexpr int rate = 25600;  // of the fast signals, Hz

@@ -11,13 +11,13 @@
 
 namespace h5 {
 
-/// The library then prints nothing itself; valid for the thread that calls it.
+/// Stops HDF5 from printing errors, in the thread that calls this.
 inline void be_silent()
 {
     H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
 }
 
-/// The innermost of the reasons that the library gives for a failure.
+/// The innermost reason that HDF5 gives for a failure.
 inline std::string reason()
 {
     std::string text;
@@ -30,7 +30,7 @@ inline std::string reason()
     return text;
 }
 
-/// Results less than 0 are failures.
+/// Returns the result of a function of HDF5. Throws if it is less than 0.
 template <class T>
 T check(T result, const std::string& subject)
 {
@@ -38,7 +38,7 @@ T check(T result, const std::string& subject)
     return result;
 }
 
-/// An identifier of any kind of object.
+/// The identifier of an object, and its owner.
 class id {
   public:
     id(hid_t value, const std::string& subject) : value_(check(value, subject)) {}

@@ -26,7 +26,7 @@
 
 class line_server {
   public:
-    /// Returns the answer to a line; what it throws becomes the answer "error: what()".
+    /// Returns the answer to a line; an exception becomes the answer "error: what()".
     using service = std::function<std::string(const std::string& line)>;
 
     /// @param port 0 for any that is free
@@ -52,8 +52,8 @@ class line_server {
     line_server& operator=(const line_server&) = delete;
     ~line_server() { close(listener_); }
 
-    /// Serves until SIGTERM or SIGINT. Every thread serves one client at a time, by a service of
-    /// its own.
+    /// Serves until SIGTERM or SIGINT. Every thread has its own service, and serves one client at a
+    /// time.
     void run(unsigned threads, const std::function<service()>& make_service)
     {
         const stop_signal stop;
@@ -85,7 +85,7 @@ class line_server {
             if (client >= 0) {
                 serve(client, answer);
             } else {
-                // Without a free descriptor, for example, accept() fails at once.
+                // accept() may fail at once again, for example without a free descriptor.
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
             }
             const std::lock_guard lock(mutex_);
@@ -94,7 +94,7 @@ class line_server {
         }
     }
 
-    // Until the client hangs up, says nothing for a while, or sends a line that is no request.
+    // Serves until the client disconnects, sends nothing for a while, or sends too long a line.
     static void serve(int client, const service& answer)
     {
         constexpr timeval patience = {30, 0};
@@ -122,7 +122,8 @@ class line_server {
         }
     }
 
-    // MSG_NOSIGNAL: a client that has hung up is an error here, not a SIGPIPE that ends the server.
+    // MSG_NOSIGNAL: a client that has disconnected is an error here, not a SIGPIPE that ends the
+    // server.
     static bool send_all(int client, const std::string& text)
     {
         for (std::size_t sent = 0; sent != text.size();) {

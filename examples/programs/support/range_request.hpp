@@ -1,4 +1,4 @@
-// A request for some values of a channel, as a line of five fields with tabs between them:
+// A request for a range of values of a channel. It is a line of five fields, separated by tabs:
 // FILE, GROUP, CHANNEL, FIRST and COUNT.
 #ifndef EXAMPLES_RANGE_REQUEST_HPP
 #define EXAMPLES_RANGE_REQUEST_HPP
@@ -12,7 +12,7 @@
 #include "text.hpp"
 
 struct range_request {
-    std::string file;  // the name of a file in the folder, never a path out of it
+    std::string file;  // a name in the folder, never a path that leads out of it
     std::string group;
     std::string channel;
     std::uint64_t first;
@@ -29,7 +29,8 @@ inline range_request to_request(const std::string& line)
         fields.push_back(line.substr(begin, end - begin));
     }
     if (fields.size() != 5 || line.find('\0') != std::string::npos) {
-        throw std::invalid_argument("a request is FILE, GROUP, CHANNEL, FIRST, COUNT, with tabs");
+        throw std::invalid_argument(
+            "a request is FILE, GROUP, CHANNEL, FIRST, COUNT, separated by tabs");
     }
     range_request r{fields[0], fields[1], fields[2], to_number<std::uint64_t>(fields[3]),
                     to_number<std::uint64_t>(fields[4])};

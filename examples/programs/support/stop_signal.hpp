@@ -1,4 +1,4 @@
-// SIGTERM and SIGINT as something to wait for, instead of a handler.
+// Waiting for SIGTERM and SIGINT, without a handler.
 #ifndef EXAMPLES_STOP_SIGNAL_HPP
 #define EXAMPLES_STOP_SIGNAL_HPP
 
@@ -9,7 +9,7 @@
 #include <csignal>
 #include <ctime>
 
-/// Make one before any thread: threads inherit which signals are blocked.
+/// Create it before any thread: threads inherit the blocked signals.
 class stop_signal {
   public:
     stop_signal()

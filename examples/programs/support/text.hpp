@@ -1,4 +1,4 @@
-// Numbers and times as text, in both directions.
+// Converts numbers to text and back, and strings and times to text.
 #ifndef EXAMPLES_TEXT_HPP
 #define EXAMPLES_TEXT_HPP
 
@@ -10,19 +10,20 @@
 #include <string>
 #include <string_view>
 
-/// Reads a number that is the whole of a text and fits its type. Throws std::invalid_argument.
+/// The number that a text consists of. Throws std::invalid_argument if it is none of type T.
 template <class T>
 T to_number(std::string_view text)
 {
     T value{};
     const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (failure != std::errc() || end != text.data() + text.size()) {
-        throw std::invalid_argument('"' + std::string(text) + "\" is not a number here");
+        throw std::invalid_argument('"' + std::string(text) +
+                                    "\" is not a number of the right type");
     }
     return value;
 }
 
-/// The shortest text that is this number and no other.
+/// The shortest text that yields the same number when read.
 template <class T>
 std::string to_text(T number)
 {
@@ -30,7 +31,7 @@ std::string to_text(T number)
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
-/// A string as one line: with \n for the end of a line, and \\ for a backslash.
+/// A string as one line: ends of lines become \n, backslashes become \\.
 inline std::string to_text(const std::string& string)
 {
     std::string text;
