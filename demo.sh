@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Builds the library, its tool and the examples, records this machine's counters for a few seconds, and
-# shows and draws what is in the file.
+# shows and draws the recording.
 set -euo pipefail
 cd "$(dirname "$0")"
 
 scripts/install-packages.sh build tool
-echo "building, about a minute"
+echo "building, which takes about a minute"
 cmake -S . -B build/demo -DTDMS_BUILD_TESTS=OFF -DTDMS_BUILD_TOOLS=ON >/dev/null
 cmake --build build/demo --parallel "$(nproc)" >/dev/null
-echo "recording, 3 seconds"
+echo "recording for 3 seconds"
 build/demo/examples/record build/demo/record.tdms 3 50
 build/demo/tools/tdms info build/demo/record.tdms
 build/demo/tools/tdms plot build/demo/record.tdms "system/cpu user" "system/cpu idle"

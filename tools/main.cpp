@@ -1,259 +1,27 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
-#include <cmath>
 #include <csignal>
 #include <ctime>
-#include <sstream>
+#include <exception>
+#include <new>
+#include <string_view>
 
-#include "commands/commands.h"
+#include "command_line.h"
 #include "console/output.h"
 #include "console/report.h"
-#include "console/text.h"
-#include "console/value_text.h"
 
 namespace tool {
 namespace {
 
-constexpr const char* about_file = "The measurement file";
-constexpr const char* about_files = "The measurement files";
-constexpr const char* about_channels = "GROUP/CHANNEL, or GROUP for all in it; default: all";
-
-// @return what is wrong with a number of rows; empty if nothing is
-std::string count_in(const std::string& text)
-{
-    const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
-    return digits && !text.empty() ? "" : "not a number of rows: " + in_quotes(text);
-}
-
-std::string any_text_in(const std::string& text)
-{
-    return text.empty() ? "must not be empty" : "";
-}
-
-std::string tolerance_in(const std::string& text)
-{
-    double value = 0;
-    const bool is_number = CLI::detail::lexical_cast(text, value);
-    return is_number && value >= 0 && std::isfinite(value) ? ""
-                                                           : "not a tolerance: " + in_quotes(text);
-}
-
-// The subcommands, and what becomes of their run.
-class command_line {
-  public:
-    command_line()
-        : app_("Shows, converts, draws, compares, checks and salvages TDMS files", "tdms")
-    {
-        app_.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
-        app_.require_subcommand(1);
-        app_.get_formatter()->column_width(32);
-        app_.footer("FILE may be - for standard input. More: man tdms");
-        add_info();
-        add_dump();
-        add_plot();
-        add_check();
-        add_salvage();
-        add_convert();
-        add_diff();
-    }
-
-    /// @return the exit status
-    int run(int argc, char** argv)
-    {
-        try {
-            app_.parse(argc, argv);
-        } catch (const CLI::ParseError& e) {
-            return end_early(e);
-        } catch (const usage_error& e) {
-            return complain(e.what());
-        }
-        return all_well_ ? 0 : 1;
-    }
-
-  private:
-    void add_info()
-    {
-        CLI::App& command =
-            *app_.add_subcommand("info", "Show the tree: types, counts, properties");
-        command.add_option("FILE", info_.files, about_files)->required();
-        CLI::Option* const json =
-            command.add_flag("--json", info_.json, "As JSON, an array of files");
-        CLI::Option* const names =
-            command.add_flag("--names", info_.names, "Only GROUP/CHANNEL, one per line")
-                ->excludes(json);
-        command
-            .add_flag("--stats", info_.statistics,
-                      "Read all values: extremes, mean, deviation (n - 1), NaN, times, rate")
-            ->excludes(names);
-        add_strict(command, info_.strict);
-        add_local(command);
-        command.callback([this] { all_well_ = info(info_); });
-    }
-
-    void add_dump()
-    {
-        CLI::App& command = *app_.add_subcommand("dump", "Print values as CSV");
-        command.add_option("FILE", dump_.file, about_file)->required();
-        command.add_option("CHANNEL", dump_.channels, about_channels);
-        CLI::Option* const from =
-            command.add_option("--from", dump_.from, "The first row, counted from 0")
-                ->check(count_in);
-        command.add_option("--count", dump_.count, "How many rows at most")->check(count_in);
-        command.add_option("--since", dump_.since, "Rows from this time on: 2026-05-04T10:00:00Z")
-            ->check(any_text_in)
-            ->excludes(from);
-        CLI::Option* const until =
-            command.add_option("--until", dump_.until, "Rows before this time")->check(any_text_in);
-        command.add_flag("--time-first", dump_.time_first,
-                         "Each group's times before its channels");
-        command.add_flag("--units", dump_.units, "A second line with the units");
-        command.add_option("--separator", dump_.separator, "Between columns; \\t for a tab");
-        command.add_flag("--decimal-comma", dump_.decimal_comma,
-                         "Numbers like 0,5; then the separator is ;");
-        command.add_flag("--crlf", dump_.crlf, "End lines with CR LF");
-        CLI::Option* const target =
-            command.add_option("-o,--output", dump_.target, "A file; else standard output")
-                ->check(any_text_in);
-        command.add_flag("--follow", dump_.follow, "Go on with what a recorder adds")
-            ->excludes(target)
-            ->excludes(until);
-        add_strict(command, dump_.strict);
-        add_local(command);
-        command.callback([this] { run_one(dump, dump_, dump_.file); });
-    }
-
-    void add_plot()
-    {
-        CLI::App& command = *app_.add_subcommand("plot", "Draw channels");
-        command.add_option("FILE", plot_.file, about_file)->required();
-        command.add_option("CHANNEL", plot_.channels, about_channels);
-        CLI::Option* const target = command
-                                        .add_option("-o,--output", plot_.target,
-                                                    "A picture, .svg or .png; else the terminal")
-                                        ->check(any_text_in);
-        command.add_option("--size", plot_.size, "Size of the picture in pixels, such as 1200x800")
-            ->needs(target);
-        command.add_option("--since", plot_.since, "From this time on: 2026-05-04T10:00:00Z")
-            ->check(any_text_in);
-        CLI::Option* const until =
-            command.add_option("--until", plot_.until, "Before this time")->check(any_text_in);
-        command.add_flag("--follow", plot_.follow, "Go on with what a recorder adds")
-            ->excludes(target)
-            ->excludes(until);
-        add_strict(command, plot_.strict);
-        add_local(command);
-        command.callback([this] { run_one(plot, plot_, plot_.file); });
-    }
-
-    void add_check()
-    {
-        CLI::App& command =
-            *app_.add_subcommand("check", "Report whether files are intact, and where not");
-        command.add_option("FILE", check_.files, about_files)->required();
-        command.add_flag("-q,--quiet", check_.quiet, "Only what is wrong, on standard error");
-        command.callback([this] { all_well_ = check(check_); });
-    }
-
-    void add_salvage()
-    {
-        CLI::App& command =
-            *app_.add_subcommand("salvage", "Copy the intact segments of a damaged file");
-        command.add_option("FILE", salvage_.file, about_file)->required();
-        command.add_option("-o,--output", salvage_.target, "The file to write, or -")
-            ->required()
-            ->check(any_text_in);
-        command.callback([this] { run_one(salvage, salvage_, salvage_.file); });
-    }
-
-    void add_convert()
-    {
-        CLI::App& command = *app_.add_subcommand("convert", "To HDF5 or CSV; from CSV to TDMS");
-        command.add_option("FILE", convert_.source, "A measurement file, or .csv")->required();
-        command.add_option("-o,--output", convert_.target, "A .h5, .hdf5, .csv or .tdms file")
-            ->required()
-            ->check(any_text_in);
-        command.add_flag("--units", convert_.units, "The second line of CSV is units");
-        add_strict(command, convert_.strict);
-        add_local(command);
-        command.callback([this] { run_one(convert, convert_, convert_.source); });
-    }
-
-    void add_diff()
-    {
-        CLI::App& command = *app_.add_subcommand("diff", "Report what differs between two files");
-        command.add_option("FILE", diff_.first, about_file)->required();
-        command.add_option("OTHER", diff_.second, "Another one")->required();
-        command.add_option("--tolerance", diff_.tolerance, "Numbers may differ by this much")
-            ->check(tolerance_in);
-        command
-            .add_option("--relative", diff_.relative_tolerance, "Or by this share of the larger")
-            ->check(tolerance_in);
-        command.add_flag("-q,--quiet", diff_.quiet, "Only the exit status");
-        add_local(command);
-        command.callback([this] { all_well_ = diff(diff_); });
-    }
-
-    static void add_strict(CLI::App& command, bool& strict)
-    {
-        command.add_flag("--strict", strict, "Exit with 1 if the file is not complete");
-    }
-
-    static void add_local(CLI::App& command)
-    {
-        command.add_flag_callback("--local", show_local_times, "Local times instead of UTC");
-    }
-
-    // A command about one file, whose failures are reported with the file's name.
-    template <class Options>
-    void run_one(bool (*command)(const Options&), const Options& options, const std::string& file)
-    {
-        all_well_ = for_each_file({file}, [&](const std::string&) { return command(options); });
-    }
-
-    // Help and version are asked for; all else that ends the parsing is bad usage.
-    int end_early(const CLI::ParseError& e)
-    {
-        std::ostringstream asked_for;
-        std::ostringstream complaint;
-        if (app_.exit(e, asked_for, complaint) == 0) {
-            output out;
-            out.put(asked_for.str());
-            out.flush();
-            return 0;
-        }
-        const std::vector<std::string> unknown = app_.remaining();
-        return complain(unknown.empty() ? e.what() : "unknown command: " + unknown.front());
-    }
-
-    int complain(const std::string& what) const
-    {
-        const auto commands = app_.get_subcommands();
-        const std::string of = commands.empty() ? "" : ' ' + commands.front()->get_name();
-        report("", what + "\nTry 'tdms" + of + " --help'.");
-        return 2;
-    }
-
-    CLI::App app_;
-    info_options info_;
-    dump_options dump_;
-    plot_options plot_;
-    check_options check_;
-    salvage_options salvage_;
-    convert_options convert_;
-    diff_options diff_;
-    bool all_well_ = true;
-};
-
 int run(int argc, char** argv)
 {
     try {
-        return command_line().run(argc, argv);
+        return run_command_line(argc, argv);
     } catch (const closed_pipe&) {
         return any_reported() ? 1 : 0;
     } catch (const std::bad_alloc&) {
-        constexpr std::string_view message = "tdms: out of memory\n";  // takes none
+        constexpr std::string_view message = "tdms: out of memory\n";  // allocates nothing
         static_cast<void>(write_all(STDERR_FILENO, message.data(), message.size()));
     } catch (const std::exception& e) {
         report("", e.what());
@@ -261,8 +29,9 @@ int run(int argc, char** argv)
     return 1;
 }
 
-// A standard stream that is closed would lend its number to the next file that is opened. Instead
-// it becomes one that cannot be used in its direction.
+// The next file to be opened would get the number of a closed standard stream, and would be read or
+// written as that stream. /dev/null takes the number instead, opened in the other direction, so
+// that using the stream fails.
 void fill_closed_streams()
 {
     for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
@@ -277,10 +46,10 @@ void fill_closed_streams()
 int main(int argc, char** argv)
 {
     tool::fill_closed_streams();
-    tzset();  // which localtime_r need not do
-    // That nobody reads our output, or that a file may not grow, is the write's error to report.
+    tzset();  // localtime_r() need not call it
+    // If nobody reads our output, or a file may not grow, the write fails and that is reported.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGCHLD, SIG_DFL);  // or nobody learns how a process ended
+    std::signal(SIGCHLD, SIG_DFL);  // waitpid() fails if it is ignored
     return tool::run(argc, argv);
 }

@@ -1,17 +1,18 @@
 #!/bin/bash
 # Runs the tool's convert: CSV to TDMS and back, and to HDF5, which h5py reads.
+# shellcheck disable=SC2016 source-path=SCRIPTDIR source=support.sh  # inner shells expand these
 source "$(dirname "$0")/support.sh"
-"$seeds" files || fail seeds
+make_seeds
 cp files/odd/* .
-"$record" record.tdms 2 500 || fail record
+record_machine record.tdms 2 500
 
-# The type of a column, its fields, and how they are dumped, if otherwise.
+# The type that a column must get, its fields, and how they are dumped, if not as they were.
 while IFS='|' read -r type fields dumped; do
-    printf "x;y\n${fields//\\n/;1\\n};1\n" >in.csv
+    printf %b "x;y\n${fields//\\n/;1\\n};1\n" >in.csv
     status 0 '' "$tdms" convert in.csv -o out.tdms
     status 0 "^ +x +$type " "$tdms" info out.tdms
     status 0 '' "$tdms" dump out.tdms data/x
-    same out <(printf "data/x\n${dumped:-$fields\n}") "a column of $type"
+    same out <(printf %b "data/x\n${dumped:-$fields\n}") "a column of $type came back changed"
 done <<'END'
 bool|true\nfalse
 string|true\n1
@@ -31,15 +32,15 @@ timestamp|2026-05-04T10:00:00.123456789+02:00\n2026-05-04 10:00Z|2026-05-04T08:0
 END
 status 0 '"data/x": integers beyond 2\^53 are rounded' "$tdms" convert - -o out.tdms <<<$'x\n9007199254740993\n0.5'
 
-# round_trip FILE WHAT [OPTION]...: that a CSV file comes back as it was.
+# round_trip FILE WHAT [OPTION]...: checks that a CSV file comes back unchanged.
 round_trip() {
     status 0 '' "$tdms" convert "$1" -o back.tdms "${@:3}"
     status 0 '' "$tdms" dump back.tdms "${@:3}"
-    same out "$1" "$2"
+    same out "$1" "CSV with $2 came back changed"
 }
 printf '"g/a\n,""b""",g/c;d,g/tab\t,h/e\n"x,\r\n",1,,\n"say ""hi""",-2,,\n"",,,\n' >quotes.csv
 printf '\xef\xbb\xbf' | cat - quotes.csv >marked.csv && sed -i 's/$/\r/' marked.csv
-round_trip quotes.csv 'quotes, a shorter channel, one without values'
+round_trip quotes.csv 'quotes, a shorter channel and one without values'
 printf 'g/a;b\tc\n' >names.csv && round_trip names.csv 'only a name'
 "$tdms" dump values 'g"/a,b' >doubles.csv && round_trip doubles.csv doubles
 "$tdms" dump --units record.tdms >record.csv && round_trip record.csv 'a recording' --units
@@ -51,7 +52,7 @@ random_file() {
         flags=(true false) strings=('""' '"a,b"' '"x""y"' $'"1\n2"' $'"\r"' ' ' "'" ü)
         printf -v time '2026-05-%02dT10:00:%02d.%06d' $((bits % 28 + 1)) $((bits % 60)) $((bits % 1000000))
         ((bits & 1)) && time+=$((bits % 900 + 100))
-        ((row < 250)) && printf %s ${flags[bits & 1]}
+        ((row < 250)) && printf %s "${flags[bits & 1]}"
         printf ',%s,%s.5,' $((bits - 8796093022208)) $((bits % 1000))
         printf '%s,%sZ,' "${strings[bits >> 3 & 7]}" "$time"
         ((row < 200)) && printf %s "${strings[bits >> 6 & 7]}"
@@ -59,15 +60,15 @@ random_file() {
     done
 }
 random_file >random.csv && round_trip random.csv 'random values'
-# Long enough for several saves and for fields across the ends of buffers.
+# Long enough for several saves, and for fields across the ends of buffers.
 awk 'BEGIN { print "a/n,a/s"; for (i = 0; i < 400000; ++i) printf "%d.5,\"a \"\"string\"\"\n%d\"\n", i, i }' >long.csv
 round_trip long.csv 'many values'
 status 0 '^ +2 .* intact$' "$tdms" check back.tdms
 
-# What cannot be converted is reported, with its line, and leaves nothing.
+# What cannot be converted is reported with its line, and no file is left.
 mkdir empty
 while IFS='|' read -r wanted pattern csv; do
-    printf "$csv" >in.csv
+    printf %b "$csv" >in.csv
     status "$wanted" "$pattern" "$tdms" convert in.csv -o empty/out.tdms
 done <<'END'
 1|file is empty|
@@ -78,13 +79,13 @@ done <<'END'
 1|cannot have a slash: "g/a/b"|g/a/b\n1\n
 1|it has zero bytes|a\nx\0y\n
 1|column 2 has values and no name|a,\n1,2\n
-2|TDMS already|TDSm
+2|is a TDMS file already|TDSm
 END
 ln -s random.csv link.tdms && ln -s random.csv record.h5
 cp record.tdms truncated.tdms && printf 'TDSm\016' >>truncated.tdms
 each_status <<'END'
 2|must end in .h5, .hdf5, .csv or .tdms|convert record.tdms -o empty/out.txt
-2|CSV is converted only to a .tdms file|convert random.csv -o empty/out.h5
+2|CSV is converted only to .tdms|convert random.csv -o empty/out.h5
 2|the output is the input file|convert random.csv -o ./link.tdms
 2|the output is the input file|convert link.tdms -o record.h5
 1|No such file|convert nix.csv -o empty/out.tdms
@@ -92,12 +93,12 @@ each_status <<'END'
 1|last 5 bytes are not a complete segment|convert truncated.tdms -o out.csv --strict
 END
 "$tdms" dump record.tdms >direct
-same out.csv direct 'CSV by convert and by dump'
+same out.csv direct 'convert and dump write different CSV'
 status 1 'out.tdms" cannot be written: File too large' bash -c 'ulimit -f 100; "$@"' bash \
     "$tdms" convert long.csv -o empty/out.tdms
-[[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
+nothing_left
 
-# HDF5: every type, names that it does not allow or that would be one, and properties of every kind.
+# HDF5: every type, names that it does not allow or that become the same, and properties of every kind.
 cat >odd.csv <<'END'
 g/,g/.,g/_,g/__2,g/..,./bool,./uint64,./time,./string,/int64,_/double
 1,2,3,4,5,true,18446744073709551615,1969-12-31T23:59:59.999999999Z,ü,-9223372036854775808,0.5
@@ -171,16 +172,16 @@ else
 0|the attribute "a\\x00b" is named "a_b"|convert properties.tdms -o properties.h5
 0||convert values -o values.HDF5
 1|"g/c": 2 values lost|convert lost -o lost.h5
-1|"g/s": 1 string cut short|convert lost -o lost.h5
+1|"g/s": 1 string truncated|convert lost -o lost.h5
 0|last 5 bytes are not a complete segment|convert truncated.tdms -o truncated.h5
 1|last 5 bytes are not a complete segment|convert truncated.tdms -o truncated.h5 --strict
 END
-    $python read.py long.h5 odd.h5 properties.h5 values.HDF5 lost.h5 >read 2>&1
-    same read wanted.txt 'what h5py reads'
+    $python read.py long.h5 odd.h5 properties.h5 values.HDF5 lost.h5 >shown 2>&1
+    same shown wanted.txt 'h5py does not read what was converted'
     for blocks in 10 100 1000; do # of KiB: HDF5 fails in other places, also when it closes
         status 1 'out.h5" cannot be written: File too large' bash -c 'ulimit -f "$1"; shift; "$@"' \
             bash $blocks "$tdms" convert back.tdms -o empty/out.h5
     done
-    [[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
+    nothing_left
 fi
 finish

@@ -1,24 +1,24 @@
 #!/bin/bash
-# Runs the tool's plot: what it draws of which channels, and what it reports.
+# Runs the tool's plot, and checks what it draws and what it reports.
+# shellcheck disable=SC2016 source-path=SCRIPTDIR source=support.sh  # inner shells expand these
 source "$(dirname "$0")/support.sh"
 
 # What needs no gnuplot.
-"$record" record.tdms 1 500 || fail record
-"$seeds" files || fail seeds
+record_machine record.tdms 1 500
+make_seeds
 cp files/odd/* . && ln -s record.tdms record.svg && mkdir empty
 each_status <<'END'
 2|the output is the input file|plot record.svg system -o record.svg
 2|must end in \.svg or \.png|plot record.tdms system -o picture.jpg
-2|no size: "12x"|plot record.tdms system -o empty/p.svg --size 12x
-2|no size: "99999x300"|plot record.tdms system -o empty/p.svg --size 99999x300
+2|not a size: "12x"|plot record.tdms system -o empty/p.svg --size 12x
+2|not a size: "99999x300"|plot record.tdms system -o empty/p.svg --size 99999x300
 2|--size|plot record.tdms --size 300x300
 2|--follow|plot record.tdms --follow -o empty/p.svg
-2|needs a file, which can grow|plot - --follow <record.tdms
+2|needs a file that can grow|plot - --follow <record.tdms
 2|did you mean "system/load"|plot record.tdms system/laod -o empty/p.svg
 1|"system/events": string values cannot be drawn|plot record.tdms system/events -o empty/p.svg
 1|"system/time": timestamp values cannot|plot record.tdms system/time --follow
 2|--until excludes --follow|plot record.tdms --until 2024-02-01 --follow
-2|not a time: "2024-02-30"|plot record.tdms --since 2024-02-30 -o empty/p.svg
 1|nothing to draw|plot record.tdms system --since 2200-01-01 -o empty/p.svg
 1|no values at these times|plot record.tdms system/load --until 2000-01-01 -o empty/p.svg
 1|2 panels need a height|plot record.tdms system/load 'system/memory used' -o empty/p.svg --size 400x200
@@ -26,16 +26,17 @@ END
 status 1 'gnuplot is needed' env PATH=/nonexistent "$tdms" plot record.tdms system -o empty/p.svg
 mkdir bin && printf '#!/bin/sh\nkill $PPID; exec sleep 1\n' >bin/gnuplot && chmod +x bin/gnuplot
 status 143 '' env PATH="$PWD/bin:$PATH" "$tdms" plot record.tdms system -o empty/p.svg 2>/dev/null
-[[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
+nothing_left
 command -v gnuplot >/dev/null || { finish && exit; }
 
-# A file of one segment. channel GROUP NAME TYPE 'VALUES' [PROPERTY]...: of bytes, or 8 bytes a value
-# where the type takes them; PROPERTY is NAME=STRING, NAME:INTEGER,
-# or NAME@DOUBLE, as the integer of the same bytes.
+# channel GROUP NAME TYPE 'VALUES' [PROPERTY]...: adds a channel to the segment that write FILE puts in a
+# file. Values have 1 byte, or 8 bytes if the type takes them. PROPERTY is NAME=STRING, NAME:INTEGER, or
+# NAME@DOUBLE, which is given as the integer of the same bytes.
 begin() { : >objects && : >raw && objects=0; }
 counted() { le 4 ${#1} && printf %s "$1"; }
 channel() {
-    local group=$1 name=$2 type=$3 values=($4) width=1 property && shift 4
+    local group=$1 name=$2 type=$3 values width=1 property
+    read -ra values <<<"$4" && shift 4
     [[ $type == @(4|8|10) ]] && width=8
     {
         counted "/'$group'/'$name'"
@@ -59,36 +60,37 @@ channel() {
 }
 write() {
     local metadata=$(($(wc -c <objects) + 4))
-    { printf TDSm && le 4 14 4713 && le 8 $((metadata + $(wc -c <raw))) $metadata && le 4 $objects; } >"$1"
+    { printf TDSm && le 4 14 4713 && le 8 $((metadata + $(wc -c <raw))) "$metadata" && le 4 "$objects"; } >"$1"
     cat objects raw >>"$1"
+    begin
 }
+begin
 
-# draws FILE PANELS TEXTS [ARGUMENT]...: TEXTS, one per line, are in the picture; - before one means
-# that it is not.
+# draws FILE PANELS TEXTS [ARGUMENT]...: checks the number of panels, and that TEXTS, one per line, are in
+# the picture, except for those after a -, which must not be there.
 draws() {
     local file=$1 panels=$2 texts=$3 text && shift 3
     status 0 '' "$tdms" plot "$file" "$@" -o p.svg
-    [[ ! -s err ]] || fail "$file: $(cat err)"
+    [[ ! -s err ]] || fail "plot $file $*: it reported: $(cat err)"
     drawn=$(grep -c 'id="gnuplot_plot_1[a-z]*"' p.svg)
-    ((drawn == panels)) || fail "$file $*: $drawn panels, not $panels"
+    ((drawn == panels)) || fail "plot $file $*: it drew $drawn panels, not $panels"
     sed -n 's/.*<text>\(.*\)<\/text>.*/\1/p; s/.*<tspan[^>]*>\(.*\)<\/tspan>.*/\1/p' p.svg |
         sed 's/<[^>]*>//g' >drawn
     while read -r text; do
         if [[ $text == -* ]]; then
-            ! grep -qxF -- "${text#-}" drawn || fail "$file $*: '${text#-}' is drawn"
+            ! grep -qxF -- "${text#-}" drawn || fail "plot $file $*: it drew '${text#-}'"
         else
-            grep -qxF -- "$text" drawn || fail "$file $*: no '$text' in: $(tr '\n' '|' <drawn)"
+            grep -qxF -- "$text" drawn || fail "plot $file $*: it did not draw '$text' but: $(tr '\n' '|' <drawn)"
         fi
     done <<<"$texts"
 }
 
-# The points of the first curve, one per line, after M or L.
+# Prints the points of the first curve, one per line, after M or L.
 curve() {
     sed -n "/gnuplot_plot_1a/,/'\/>/p" p.svg | grep -o '[ML][0-9.]*,[0-9.]*'
 }
 
 monday=1777888800 # 2026-05-04T10:00:00Z
-begin
 channel g time 0x44 "$monday $((monday + 1)) $((monday + 4))"
 channel g a 1 '1 2 3' unit=V
 channel g b 1 '2 3 4' unit=V 'name=the other'
@@ -102,7 +104,6 @@ TZ=$zone draws times.tdms 1 $'12:00:01.0\ntime (UTC+02:00), 2026-05-04' g --loca
 draws times.tdms 1 'time (UTC), 2026-05-04' g/a g g/a g/a # each once
 
 nan=9221120237041090560 one=4607182418800017408 two=4611686018427387904
-begin
 channel g rated 1 '1 2 3 4' 'sampling rate:2'
 channel g counted 1 '4 5 6 7 8 9 10 11'
 channel g large 10 "$one 4671226772094713856" # 20000
@@ -115,23 +116,20 @@ draws kinds.tdms 5 $'seconds from the first sample\nsample\n20000\ntrue\nfalse\n
 draws kinds.tdms 2 $'counted\nlarge' g/counted g/large
 # The third value and the fourth are connected; the others are points.
 draws kinds.tdms 1 m g/gaps
-[[ $(curve | tr -dc ML) == MMLM ]] || fail "the curve with gaps: $(curve)"
-(($(grep -c '<use.*translate' p.svg) == 4)) || fail 'the lone points'
+[[ $(curve | tr -dc ML) == MMLM ]] || fail "the line is not interrupted where values are not numbers: $(curve)"
+(($(grep -c '<use.*translate' p.svg) == 4)) || fail 'values between two that are not numbers are not drawn as points'
 
-# Extremes, and what is too large or is no number.
+# Extreme values, values that are too large, and values that are not numbers.
 max=9218868437227405311 inf=9218868437227405312 min_int=$((1 << 63))
-begin
 channel g int64 4 "$min_int $((~min_int))"
 channel g uint64 8 '0 -1'
 channel g rate 1 '0 1' 'sampling rate@1' # 5e-324
 write extremes.tdms
 draws extremes.tdms 2 $'int64\nuint64\n1e+19\nsample\n-seconds from the first sample'
-begin
 channel g partly 10 "$one $max $two -1 $inf $max"
 channel g wholly 10 "$max $max"
 channel g none 10 "$nan $inf"
 write large.tdms
-begin
 channel g some 10 "$one $nan"
 channel g none 10 "$nan $nan"
 write none.tdms
@@ -142,20 +140,20 @@ each_status <<'END'
 1|"g/none": it has no numbers|plot none.tdms g g/none -o p.svg
 1|"g/none": it has no numbers|plot none.tdms g/none -o empty/p.svg
 END
-(($(wc -l <err) == 1)) || fail "more than one message: $(cat err)"
+(($(wc -l <err) == 1)) || fail "plot reported more than one message: $(cat err)"
 
 # Gaps in times: the line is interrupted only if the other steps are regular.
-# gaps 'TIMES' BREAKS [ARGUMENT]...
+# gaps 'TIMES' BREAKS [ARGUMENT]...: checks how often the line is interrupted.
 gaps() {
-    begin
-    local times=($1) breaks=$2 i && shift 2
-    channel g time 0x44 "$(for i in ${times[@]}; do echo $((monday + i)); done)"
-    channel g a 1 "$(seq ${#times[@]})"
-    channel g on 0x21 "$(for i in ${times[@]}; do echo $((i % 2)); done)"
+    local times breaks=$2 i
+    read -ra times <<<"$1" && shift 2
+    channel g time 0x44 "$(for i in "${times[@]}"; do printf '%d ' $((monday + i)); done)"
+    channel g a 1 "$(seq -s' ' ${#times[@]})"
+    channel g on 0x21 "$(for i in "${times[@]}"; do printf '%d ' $((i % 2)); done)"
     write gaps.tdms
     draws gaps.tdms 2 a "$@"
     drawn=$(curve | grep -c M)
-    ((drawn == breaks + 1)) || fail "gaps in $*: $drawn lines"
+    ((drawn == breaks + 1)) || fail "plot gaps.tdms $*: a line with gaps has $drawn parts, not $((breaks + 1))"
 }
 regular="$(seq -s' ' 0 40)"
 gaps "$regular $(seq -s' ' 60 80) $(seq -s' ' 90 99)" 2
@@ -168,42 +166,37 @@ gaps "$(seq -s' ' 0 300) $(seq -s' ' 310 400)" 1 --size 200x600 # more than a co
 gaps "$(seq -s' ' 0 9 9000)" 0 --size 200x600
 at() { date -u -d "@$((monday + $1))" +%FT%TZ; }
 gaps "$regular $(seq -s' ' 60 80)" 0 --since "$(at 50)"
-grep -q '10:01:20' drawn || fail "since: $(cat drawn)"
+grep -q '10:01:20' drawn || fail "plot --since did not draw the last samples: $(cat drawn)"
 gaps "$regular $(seq -s' ' 60 80)" 0 --until "$(at 50)"
-! grep -q '10:01' drawn || fail "until: $(cat drawn)"
-begin
+! grep -q '10:01' drawn || fail "plot --until drew later samples: $(cat drawn)"
 channel g time 0x44 "$monday $((monday - 1))"
 channel g a 1 '1 2'
 write back.tdms
 status 1 'times do not ascend' "$tdms" plot back.tdms --since 2024-02-01 -o empty/p.svg
 
-# Where texts of a pattern are, row by row: Y X.
+# Prints where texts that match a pattern are, row by row: Y X.
 places() {
     grep -B1 -E ">($1)<" p.svg | sed -n 's/.*translate(\([0-9.]*\),\([0-9.]*\)).*/\2 \1/p' | sort -k1,1n -k2,2n
 }
 
-# Texts that are neither over one another nor cut off.
-begin
+# Texts must not overlap or reach beyond the picture.
 for i in 1 2 3; do channel g "$(printf 'W%.0s' {1..20})$i" 1 '1 2'; done
 write legend.tdms
 draws legend.tdms 1 sample
 places 'W+[123]' | awk '$1 == y && $2 < x + 270 { exit 1 } { y = $1; x = $2 }' ||
-    fail "the legend: $(places 'W+[123]')"
-begin
+    fail "names in the legend overlap: $(places 'W+[123]')"
 channel g time 0x44 "$monday $((monday + 1)) $((monday + 2))"
 channel g a 1 '1 2 3'
 write seconds.tdms
 draws seconds.tdms 1 10:00:02.0
-places 10:00:02.0 | awk '{ exit !($2 > 800 && $2 < 862) }' || fail "cut off: $(places 10:00:02.0)"
-begin
+places 10:00:02.0 | awk '{ exit !($2 > 800 && $2 < 862) }' || fail "the last label is not within the picture: $(places 10:00:02.0)"
 channel g time 0x44 "$monday $((monday + 83 * 86400))"
 channel g a 1 '1 2'
 write days.tdms
 draws days.tdms 1 $'2026-05-18\n2026-06-01\ntime (UTC)'
 draws days.tdms 1 $'2026-06\ntime (UTC), 2026-05-04 to 2026-07-26' --size 400x300
 
-# Names that gnuplot must not take for its own, long ones, and none at all.
-begin
+# Names that gnuplot must not run or interpret, long names, and an empty one.
 odd="'; system('touch pwned') # \`touch pwned\` ]]>"
 channel g "$odd" 1 '1 2' "unit='\`id\`"
 channel g '' 1 '3 4' unit=x
@@ -214,60 +207,56 @@ cp odd.tdms "'; x \`touch pwned\`.tdms"
 draws "'; x \`touch pwned\`.tdms" 2 "'; system('touch pwned') # \`touch pwned\` ]]$(printf '\xe2\x80\x8b')>
 (no name)
 '; x \`touch pwned\`.tdms"
-[[ ! -e pwned ]] || fail 'a name was run'
-[[ $(grep -c '^x*…x* [12]$' drawn) == 2 ]] || fail "long names: $(cat drawn)"
+[[ ! -e pwned ]] || fail 'gnuplot ran a name as a command'
+[[ $(grep -c '^x*…x* [12]$' drawn) == 2 ]] || fail "long names lost their ends: $(cat drawn)"
 
-# A panel that has many curves, and many panels.
-begin
+# A panel with many curves, and many panels.
 for i in {1..20}; do channel g "curve $i" 1 "$i $((i + 1))" unit=V; done
 for i in {1..20}; do channel h "panel $i" 1 "$i $((i + 1))" "unit=u$i"; done
 write many.tdms
 draws many.tdms 21 "$(printf 'curve %d\npanel %d\n' {1..20} {1..20} | sort)"
 draws many.tdms 1 V g --size 1000x300
 styles=$(grep -A8 'id="gnuplot_plot_' p.svg | grep "<path" | sed "s/ d=.*//" | sort -u | wc -l)
-((styles == 20)) || fail "20 curves of $styles styles"
-grep -q 'width="1000" height="300"' p.svg || fail "the size: $(head -3 p.svg)"
+((styles == 20)) || fail "20 curves have only $styles styles"
+grep -q 'width="1000" height="300"' p.svg || fail "the picture has another size: $(head -3 p.svg)"
 status 0 '' "$tdms" plot many.tdms -o p.PNG --size 900x4000
-[[ $(head -c 4 p.PNG | tail -c 3) == PNG ]] || fail 'no picture in p.PNG'
+[[ $(head -c 4 p.PNG | tail -c 3) == PNG ]] || fail 'p.PNG is no picture'
 
-# More samples than columns: the extremes of each column are drawn.
-begin
+# More samples than columns: the extremes of each column must be drawn.
 channel g spike 1 "$(printf '0 %.0s' {1..2999})100 $(printf '0 %.0s' {1..3000})" unit=V
 write spike.tdms
 draws spike.tdms 1 $'100\n5000' --size 300x300
-(($(curve | cut -d, -f2 | sort -u | wc -l) == 2)) || fail 'the spike is lost'
-(($(curve | wc -l) < 4000)) || fail 'all samples are drawn'
+(($(curve | cut -d, -f2 | sort -u | wc -l) == 2)) || fail 'the spike is not drawn'
+(($(curve | wc -l) < 4000)) || fail 'more samples are drawn than can be seen'
 
-# What is wrong with a file is reported, and the rest is drawn.
+# What cannot be drawn is reported, and the rest is drawn.
 each_status <<'END'
 1|lost: "g/c": 2 values lost|plot lost -o lost.svg
 1|"system/events": string values|plot record.tdms system/load system/events -o events.svg
 END
-[[ -s lost.svg && -s events.svg ]] || fail 'what can be drawn beside it'
-head -c 20000 record.tdms >truncated.tdms
-"$record" whole.tdms 2 500 && head -c $(($(wc -c <whole.tdms) - 1)) whole.tdms >truncated.tdms
+[[ -s lost.svg && -s events.svg ]] || fail 'the channels that can be drawn are not drawn'
+"$record" complete.tdms 2 500 && head -c -1 complete.tdms >truncated.tdms
 status 0 'not a complete segment' "$tdms" plot truncated.tdms -o truncated.svg
 status 1 'not a complete segment' "$tdms" plot truncated.tdms --strict -o truncated.svg
 status 2 'no channel or group' "$tdms" plot truncated.tdms later -o truncated.svg
-grep -q 'not a complete segment' err || fail 'why a channel may be missing'
+grep -q 'not a complete segment' err || fail 'plot did not report why a channel may be missing'
 for file in files/[1-9]* files/cut files/everything; do
-    status '[012]' '' timeout 20 "$tdms" plot $file -o p.svg
-    ((got == 0)) || grep -q '^tdms: ' err || fail "$file: no message"
+    survives '[012]' "$tdms" plot "$file" -o p.svg
 done
 status 1 'p.svg" cannot be written' bash -c 'ulimit -f 3; "$0" plot values -o empty/p.svg' "$tdms"
-[[ -z $(ls -A empty) ]] || fail "left behind: $(ls -A empty)"
+nothing_left
 
-# On a terminal, of 80 columns and 25 rows unless it says otherwise: a panel at a time.
+# In a terminal, which has 80 columns and 25 rows unless it reports another size.
 status 0 '^  \* a   # the other   \[V\]$' "$tdms" plot times.tdms g
-(($(wc -l <out) == 24 && $(wc -L <out) <= 80)) || fail "$(wc -lL <out)"
-if script -qec true /dev/null >/dev/null 2>&1; then  # which needs a pseudo-terminal
+(($(wc -l <out) == 24 && $(wc -L <out) <= 80)) || fail "the drawing does not fit the terminal, but has lines and columns: $(wc -lL <out)"
+if script -qec true /dev/null >/dev/null 2>&1; then # this needs a pseudo-terminal
     follow="stty cols 60 rows 20; timeout -s INT --foreground --preserve-status 1 '$tdms' plot --follow many.tdms h"
     status 0 '' script -qec "$follow" typescript
-    grep -q '2 of 20 panels fit' out || fail "panels that do not fit: $(head -c 300 out)"
+    grep -q '2 of 20 panels fit' out || fail "plot did not report panels that do not fit: $(head -c 300 out)"
 fi
 "$record" growing.tdms 3 50 &
 until [[ -s growing.tdms ]]; do sleep 0.1; done
 status 0 '\* load' timeout -s INT --preserve-status 5 "$tdms" plot --follow growing.tdms system/load
 wait
-(($(grep -c '^growing.tdms$' out) > 1)) || fail 'what a recorder adds'
+(($(grep -c '^growing.tdms$' out) > 1)) || fail 'plot --follow did not draw what was added'
 finish

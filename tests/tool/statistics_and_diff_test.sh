@@ -1,8 +1,9 @@
 #!/bin/bash
-# Runs the tool's info --stats and diff over files of known values.
+# Runs the tool's info --stats and diff on files with known values.
+# shellcheck source-path=SCRIPTDIR source=support.sh
 source "$(dirname "$0")/support.sh"
 
-# channel FILE TYPE COUNT PATH: appends a segment with a channel, whose values are the input.
+# channel FILE TYPE COUNT PATH: appends a segment with a channel; its values are read from standard input.
 channel() {
     local metadata=$((32 + ${#4}))
     cat >raw
@@ -11,16 +12,16 @@ channel() {
         le 4 1 ${#4} && printf %s "$4" && le 4 20 "$2" 1 && le 8 "$3" && le 4 0 && cat raw
     } >>"$1"
 }
-doubles() { le 8 "${@:3}" | channel "$1" 10 $(($# - 2)) "$2"; } # by their bits
+doubles() { le 8 "${@:3}" | channel "$1" 10 $(($# - 2)) "$2"; } # FILE PATH BITS...
 int64s() { le 8 "${@:3}" | channel "$1" 4 $(($# - 2)) "$2"; }
 bytes() { head -c "$1" /dev/zero | tr '\0' "$2"; }
-halves() { # FILE PATH HALVES...: times by the half seconds after 1970
+halves() { # FILE PATH HALVES...: times, in half seconds since 1970
     local file=$1 path=$2 half && shift 2
     for half; do le 8 $((half % 2 << 63)) $((2082844800 + half / 2)); done | channel "$file" 0x44 $# "$path"
 }
 one=$((0x3FF << 52)) two=$((1 << 62)) three=$((0x4008 << 48)) minus_zero=$((1 << 63))
 not_a_number=$((0x7FF8 << 48)) other_nan=$((0xFFF8 << 48 | 1)) infinity=$((0x7FF << 52))
-huge=$((0x7FDF << 48)) billion=$((0x41CDCD6500000000)) half=$((1 << 22)) # to add to the billion
+huge=$((0x7FDF << 48)) billion=$((0x41CDCD6500000000)) half=$((1 << 22)) # of a unit, to be added to the billion
 
 doubles values "/'g'/'nan'" $one $not_a_number $two $three $not_a_number
 doubles values "/'g'/'only nan'" $not_a_number
@@ -34,7 +35,7 @@ printf '\1\0\1\1' | channel values 0x21 4 "/'g'/'bool'"
 printf '\1\2' | channel values 25 2 "/'g'/'unknown'"
 status 1 'values: "g/unknown": .* cannot be read' "$tdms" info --stats values
 sed -n '/minimum/,$p' out | tr -s ' ' >table
-same - table 'the statistics' <<'END'
+same - table 'info --stats printed other statistics' <<'END'
  channel minimum maximum mean std dev NaN lost
  bool false true 0.75 0.5 0 0
  exact -9223372036854775808 9007199254740993 -4.60718e+18 6.52828e+18 0 0
@@ -48,7 +49,7 @@ same - table 'the statistics' <<'END'
  unknown cannot be read
 END
 
-# Each group has its times; not all are those of samples.
+# Each group has its own times; not all of them are those of samples.
 halves times "/'fast'/'time'" 20 21 22 && doubles times "/'fast'/'v'" $one $two $three
 halves times "/'slow'/'time'" 0 240 && halves times "/'back'/'time'" 4 2 6
 halves times "/'short'/'time'" 7200 && doubles times "/'short'/'v'" $one $two
@@ -89,12 +90,13 @@ each_status <<'END'
 2|only one|diff - -
 END
 status 1 '' "$tdms" diff --quiet a changed
-[[ ! -s out && ! -s err ]] || fail "not quiet: $(cat out err)"
+[[ ! -s out && ! -s err ]] || fail "diff --quiet printed: $(cat out err)"
 status 1 'type double and int64' "$tdms" diff as_doubles exact
-! grep -q ' differ' out || fail 'equal values of two types'
+! grep -q ' differ' out || fail 'diff reported equal values of two types'
 
-# Properties and strings, of recordings; and what is intact of one that is truncated.
-"$record" one.tdms 1 200 >recorded && "$record" two.tdms 1 200 >recorded || fail record
+# Properties and strings of recordings, and the intact segments of a truncated one.
+record_machine one.tdms 1 200
+record_machine two.tdms 1 200
 status 0 '' "$tdms" diff one.tdms one.tdms
 status 1 '^file: property "start": 20.* and 20' "$tdms" diff one.tdms two.tdms
 head -c -1 one.tdms >truncated.tdms

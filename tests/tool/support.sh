@@ -1,36 +1,48 @@
-# For the tests of the tool: a folder to work in, and checks. A test sources this with the paths of the
-# programs that it runs:
+# shellcheck shell=bash
+# For the tests of the tool: a folder to work in, and checks. A test sources this, and gets the paths of
+# the programs that it runs as arguments:
 #     NAME_test.sh TDMS RECORD SUMMARY SEEDS
 set -u
 export LC_ALL=C TZ=UTC
+# shellcheck disable=SC2034  # used by the tests
 tdms=$(realpath "$1") record=$(realpath "$2") summary=$(realpath "$3") seeds=$(realpath "$4")
 work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT && cd "$work" || exit 1
 failures=0
 fail() { echo "FAILED: $1" && failures=$((failures + 1)); }
+make_seeds() { "$seeds" files || fail 'the seeds were not made'; }
+record_machine() { "$record" "$@" || fail "record $*: it did not succeed"; } # FILE SECONDS RATE
+nothing_left() { [[ -z $(ls -A empty) ]] || fail "files were left behind: $(ls -A empty)"; }
 
-# status STATUS PATTERN COMMAND...: the command's exit status, as a pattern of the shell, and a pattern
-# (of grep -E) that a line of its output or of its errors must match.
+# status STATUS PATTERN COMMAND...: checks the exit status of a command against a pattern of the shell, and
+# that a line on its standard output or standard error matches a pattern of grep -E.
 status() {
     local wanted=$1 pattern=$2 && shift 2
     "$@" >out 2>err
     got=$?
+    # shellcheck disable=SC2053  # a pattern
     [[ $got == $wanted ]] || fail "$*: status $got, not $wanted: $(head -c 300 err)"
     [[ -z $pattern ]] || grep -qE -- "$pattern" out err ||
-        fail "$*: no '$pattern' in: $(head -c 300 out err)"
-    ! grep -q Sanitizer err || fail "$*: $(head -c 3000 err)"
+        fail "$*: it did not print '$pattern' but: $(head -c 300 out err)"
+    ! grep -q Sanitizer err || fail "$*: a sanitizer found: $(head -c 3000 err)"
 }
 
-# same FILE OTHER WHAT: that two files are the same.
+# survives STATUS COMMAND...: checks that a command ends in time, and reports something if it fails.
+survives() {
+    status "$1" '' timeout 20 "${@:2}"
+    ((got == 0)) || grep -q '^tdms: ' err || fail "${*:2}: it failed without a message"
+}
+
+# same FILE EXPECTED FAULT: checks that two files are the same.
 same() { diff "$1" "$2" >differences || fail "$3: $(head -5 differences)"; }
 
-# each_status <<END: lines of STATUS|PATTERN|ARGUMENTS, each a run of the tool.
+# each_status <<END: checks runs of the tool, one on each line: STATUS|PATTERN|ARGUMENTS.
 each_status() {
     while IFS='|' read -r wanted pattern arguments; do
         eval "status '$wanted' '$pattern' '$tdms' $arguments"
     done
 }
 
-# Bytes of numbers in the files' byte order: le WIDTH NUMBER...
+# le WIDTH NUMBER...: prints the bytes of numbers in the byte order of the files.
 le() {
     local width=$1 number i && shift
     for number; do for ((i = 0; i != width; ++i)); do printf %b "\\x$(printf %x $((number >> 8 * i & 255)))"; done; done

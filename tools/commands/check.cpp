@@ -10,12 +10,13 @@
 #include "files/measurement_file.h"
 #include "files/piece_reader.h"
 #include "files/segments.h"
+#include "files/selected_channel.h"
 
 namespace tool {
 namespace {
 
-// A table of segments, in which consecutive ones that are alike share a line. After the first lines
-// all intact ones do, so that it can be looked at.
+// A table of segments, in which consecutive segments of the same form share a line. After the first
+// lines all intact segments do, so that the table stays readable.
 class segment_table {
   public:
     void add(const segment_facts& s)
@@ -25,7 +26,7 @@ class segment_table {
         const bool same_state = std::string_view(first_.state) == s.state;
         const bool alike = same_state && (numbers == numbers_ || lines_.size() > most_lines);
         if (first_.number == 0 || !alike) {
-            end_run();
+            end_line();
             first_ = s;
             numbers_ = numbers;
         }
@@ -38,7 +39,7 @@ class segment_table {
 
     void put(output& out)
     {
-        end_run();
+        end_line();
         std::array<std::size_t, columns> widths{};
         for (const auto& line : lines_) {
             for (std::size_t i = 0; i != columns; ++i) {
@@ -58,12 +59,13 @@ class segment_table {
     static constexpr std::size_t most_lines = 50;
     static constexpr std::size_t columns = 10;
 
-    void end_run()
+    void end_line()
     {
         if (first_.number == 0) return;
         std::string segments = std::to_string(first_.number);
-        if (last_number_ != first_.number)
+        if (last_number_ != first_.number) {
             segments.append("-").append(std::to_string(last_number_));
+        }
         std::array<std::string, columns> line{segments, std::to_string(first_.offset)};
         const bool known = first_.metadata_length != 0;
         for (std::size_t i = 0; i != numbers_.size(); ++i) {
@@ -80,15 +82,15 @@ class segment_table {
     std::vector<std::array<std::string, columns>> lines_{
         {"segments", "offset", "metadata", "raw data", "objects", "properties", "channels",
          "values", "all values", "state"}};
-    // The run of segments that has not ended; none if the first one has no number.
+    // The current line. There is none if the first segment has no number.
     segment_facts first_{};
-    numbers_of_segment numbers_{};  // of the first one
+    numbers_of_segment numbers_{};  // of the first segment
     std::array<bool, 6> same_{true, true, true, true, true, true};
     std::uint64_t last_number_ = 0;
     std::uint64_t all_values_ = 0;
 };
 
-// Whether all strings of a channel are where its tables say.
+// Reads all strings of a channel, and reports the first that cannot be read.
 bool strings_can_be_read(const std::string& name, const selected_channel& c, progress& shown)
 {
     piece_reader<std::string> pieces(c.channel, shown);
@@ -107,8 +109,9 @@ bool strings_can_be_read(const std::string& name, const selected_channel& c, pro
     return true;
 }
 
-// Values that the intact segments state and do not hold, or that cannot be read. Those of a fixed
-// size are where they are stated: only strings have tables of their own.
+// Reports channels whose values the intact segments state but do not hold, or cannot be read. Only
+// strings are read for that: they have tables of offsets, while values of a fixed size are where
+// the metadata say.
 bool check_values(const std::string& name, const input& from)
 {
     const tdms::file file = open_intact(from);
@@ -159,7 +162,7 @@ bool check_file(output& out, const std::string& name, bool quiet)
     const input from(name);
     const intact_part intact =
         quiet ? walk(from, [](const segment_facts&) {}) : show_segments(out, name, from);
-    // Nobody may read the output; what is wrong is reported all the same.
+    // Reports what is wrong even if nobody reads the output.
     bool nobody_reads = false;
     try {
         out.flush();

@@ -12,8 +12,8 @@
 
 namespace tool {
 
-// Each command returns true if everything succeeded; failures have been reported. A failure that it
-// throws is about its one file.
+// Each command returns true if everything succeeded; otherwise it has reported what failed. A
+// failure that it throws is about its only file.
 
 struct info_options {
     std::vector<std::string> files;
@@ -34,7 +34,7 @@ struct dump_options {
     std::string until;
     bool time_first = false;
     bool units = false;
-    std::optional<std::string> separator;  // else a comma, or a semicolon with decimal commas
+    std::optional<std::string> separator;  // default: comma, or semicolon with decimal commas
     bool decimal_comma = false;
     bool crlf = false;
     bool follow = false;
@@ -46,7 +46,7 @@ struct plot_options {
     std::string file;
     std::vector<std::string> channels;
     std::string target;  // empty for the terminal
-    std::string size;    // WIDTHxHEIGHT; empty for one that fits
+    std::string size;    // WIDTHxHEIGHT; empty for the usual one
     std::string since;   // times; empty for none
     std::string until;
     bool follow = false;
@@ -69,7 +69,7 @@ bool salvage(const salvage_options& wanted);
 struct convert_options {
     std::string source;
     std::string target;
-    bool units = false;  // a line of them after the names of CSV
+    bool units = false;  // the second line of CSV has the units
     bool strict = false;
 };
 bool convert(const convert_options& wanted);
@@ -77,13 +77,14 @@ bool convert(const convert_options& wanted);
 struct diff_options {
     std::string first;
     std::string second;
-    double tolerance = 0;           // between two numbers
-    double relative_tolerance = 0;  // to the larger of two numbers
+    double tolerance = 0;           // the difference that two numbers may have
+    double relative_tolerance = 0;  // the same, as a share of the larger number
     bool quiet = false;
 };
 bool diff(const diff_options& wanted);
 
-/// Calls `use` for every file, and reports the failures of each.
+/// Calls `use(name)` for every file, and reports the failures. @return whether all calls returned
+/// true
 template <class Use>
 bool for_each_file(const std::vector<std::string>& files, Use use)
 {

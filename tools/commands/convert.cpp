@@ -10,6 +10,7 @@
 #include "conversion/csv_import.h"
 #include "conversion/hdf5_export.h"
 #include "files/input.h"
+#include "files/measurement_file.h"
 #include "files/new_file.h"
 
 namespace tool {
@@ -59,7 +60,7 @@ bool from_csv(const convert_options& wanted)
     const input from(wanted.source);
     from.reject_as_target(wanted.target);
     if (is_measurement_file(from)) {
-        throw usage_error("the input is TDMS already; to a .tdms file only CSV is converted");
+        throw usage_error("the input is a TDMS file already; only CSV is converted to .tdms");
     }
     new_file target(wanted.target);
     const std::string summary =
@@ -83,9 +84,9 @@ bool convert(const convert_options& wanted)
                           in_quotes(wanted.target));
     }
     if (suffix_of(wanted.source) == ".csv") {
-        throw usage_error("CSV is converted only to a .tdms file");
+        throw usage_error("CSV is converted only to .tdms");
     }
-    if (is_hdf5 && wanted.units) throw usage_error("--units is about a line of CSV");
+    if (is_hdf5 && wanted.units) throw usage_error("--units needs CSV, which has a line for them");
     return is_hdf5 ? to_hdf5(wanted) : to_csv(wanted);
 }
 

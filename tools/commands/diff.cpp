@@ -1,60 +1,22 @@
 #include <algorithm>
-#include <cmath>
-#include <cstring>
-#include <functional>
+#include <memory>
 #include <optional>
-#include <span>
 #include <type_traits>
+#include <vector>
 
 #include "commands/commands.h"
+#include "comparison/compared_file.h"
 #include "comparison/difference_text.h"
 #include "comparison/tolerance.h"
+#include "comparison/value_comparison.h"
 #include "console/output.h"
 #include "console/progress.h"
-#include "console/short_number.h"
 #include "console/text.h"
-#include "files/piece_reader.h"
 
 namespace tool {
 namespace {
 
-bool is_number_type(int type)
-{
-    return type >= TDMS_TYPE_INT8 && type <= TDMS_TYPE_DOUBLE;
-}
-
-struct compared_file {
-    explicit compared_file(const std::string& as) : name(as), from(as), file(open_intact(from)) {}
-
-    std::string name;
-    input from;
-    tdms::file file;
-};
-
-// One of the two files cannot be read.
-struct read_failure {
-    const compared_file& in;
-    std::string message;
-};
-
-template <class Read>
-auto read_from(const compared_file& in, Read read)
-{
-    try {
-        return read();
-    } catch (const tdms::error& e) {
-        throw read_failure{in, message_of(e.status(), e.system_error())};
-    }
-}
-
-// Where the values of two channels differ.
-struct value_differences {
-    std::uint64_t count = 0;
-    std::uint64_t first = 0;
-    std::string values;       // the first that differ
-    long double largest = 0;  // of the differences that are finite
-};
-
+// Compares two trees, and reports each difference on a line.
 class comparison {
   public:
     comparison(const diff_options& wanted, const compared_file& a, const compared_file& b)
@@ -78,12 +40,6 @@ class comparison {
     }
 
   private:
-    struct channel_pair {
-        const selected_channel& a;
-        const selected_channel& b;
-        std::uint64_t count;  // of the values that both have
-    };
-
     void differ(const std::string& where, const std::string& what)
     {
         equal_ = false;
@@ -142,7 +98,7 @@ class comparison {
         }
         note_lost(a_, a);
         note_lost(b_, b);
-        if (!is_decided()) compare_values(where, {a, b, std::min(a.count, b.count)});
+        if (!is_decided()) compare_values(where, a, b);
     }
 
     void note_lost(const compared_file& in, const selected_channel& c)
@@ -192,121 +148,27 @@ class comparison {
         }
     }
 
-    void compare_values(const std::string& where, const channel_pair& of)
+    void compare_values(const std::string& where, const selected_channel& a,
+                        const selected_channel& b)
     {
-        value_differences found;
-        std::string largest;
+        value_comparison values({a_, a}, {b_, b}, tolerance_, wanted_.quiet, *shown_);
         try {
-            if (of.a.type == of.b.type) {
-                static_cast<void>(tdms::with_type(of.a.type, [&]<class T>() {
-                    compare_as<T>(of, found);
-                    if constexpr (std::is_integral_v<T>) {
-                        largest = std::to_string(static_cast<std::uint64_t>(found.largest));
-                    }
-                }));
-            } else if (is_number_type(of.a.type) && is_number_type(of.b.type)) {
-                compare_numbers(of, found);
-            }
+            values.run();
         } catch (const read_failure& e) {
-            failures_.push_back({e.in, in_quotes(of.a.name()) + ": " + e.message});
+            failures_.push_back({e.in, in_quotes(a.name()) + ": " + e.message});
         }
+        const value_differences found = values.differences();
         if (found.count == 0) return;
-        if (largest.empty()) largest = short_number(static_cast<double>(found.largest));
-        std::string text = with_commas(found.count) + " of " + count_of(of.count, "value");
+        std::string text = with_commas(found.count) + " of ";
+        text.append(count_of(std::min(a.count, b.count), "value"));
         text.append(found.count == 1 ? " differs" : " differ");
-        if (is_number_type(of.a.type) && !tolerance_.is_exact()) {
+        if (is_number_type(a.type) && !tolerance_.is_exact()) {
             text.append(" by more than the tolerance");
         }
         text.append(", first at ").append(std::to_string(found.first)).append(": ");
         text.append(found.values);
-        if (found.largest > 0) text.append("; largest difference ").append(largest);
+        if (!found.largest.empty()) text.append("; largest difference ").append(found.largest);
         differ(where, text);
-    }
-
-    // Values of the same type.
-    template <class T>
-    void compare_as(const channel_pair& of, value_differences& found)
-    {
-        piece_reader<T> a(of.a.channel, *shown_);
-        piece_reader<T> b(of.b.channel, *shown_);
-        for (std::uint64_t first = 0; first != of.count && !is_decided(found);) {
-            const auto count = std::min({of.count - first, a.fitting(), b.fitting()});
-            compare_piece(first, read_from(a_, [&] { return a.read(first, count); }),
-                          read_from(b_, [&] { return b.read(first, count); }), found);
-            first += count;
-        }
-    }
-
-    bool is_decided(const value_differences& found) const
-    {
-        return wanted_.quiet && found.count != 0;
-    }
-
-    template <class T>
-    void compare_piece(std::uint64_t first, std::span<const T> a, std::span<const T> b,
-                       value_differences& found) const
-    {
-        if constexpr (!std::is_same_v<T, std::string>) {
-            const void* const bytes = a.data();
-            if (std::memcmp(bytes, b.data(), a.size_bytes()) == 0) return;
-        }
-        for (std::size_t i = 0; i != a.size(); ++i) {
-            if (!tolerance_.accepts(a[i], b[i])) add(first + i, a[i], b[i], found);
-        }
-    }
-
-    template <class T>
-    static void add(std::uint64_t at, const T& a, const T& b, value_differences& found)
-    {
-        if (found.count++ == 0) {
-            found.first = at;
-            found.values = both(a, b);
-        }
-        if constexpr (is_number<T>) {
-            const long double difference =
-                std::abs(static_cast<long double>(a) - static_cast<long double>(b));
-            if (std::isfinite(difference)) found.largest = std::max(found.largest, difference);
-        }
-    }
-
-    // Reads numbers of any type.
-    using number_reader = std::function<void(std::uint64_t first, std::span<long double> to)>;
-
-    number_reader numbers_of(const compared_file& in, const selected_channel& c)
-    {
-        number_reader result;
-        static_cast<void>(tdms::with_type(c.type, [&]<class T>() {
-            if constexpr (is_number<T>) result = this->template numbers_as<T>(in, c);
-        }));
-        return result;
-    }
-
-    template <class T>
-    number_reader numbers_as(const compared_file& in, const selected_channel& c)
-    {
-        const auto from = std::make_shared<piece_reader<T>>(c.channel, *shown_);
-        return [&in, from](std::uint64_t first, std::span<long double> to) {
-            std::ranges::copy(read_from(in, [&] { return from->read(first, to.size()); }),
-                              to.begin());
-        };
-    }
-
-    void compare_numbers(const channel_pair& of, value_differences& found)
-    {
-        constexpr std::uint64_t most = 1 << 14;
-        const number_reader read_a = numbers_of(a_, of.a);
-        const number_reader read_b = numbers_of(b_, of.b);
-        std::vector<long double> a;
-        std::vector<long double> b;
-        for (std::uint64_t first = 0; first != of.count && !is_decided(found);) {
-            const std::uint64_t count = std::min(of.count - first, most);
-            a.resize(count);
-            b.resize(count);
-            read_a(first, a);
-            read_b(first, b);
-            compare_piece<long double>(first, a, b, found);
-            first += count;
-        }
     }
 
     const diff_options& wanted_;

@@ -9,9 +9,12 @@
 #include "console/output.h"
 #include "console/progress.h"
 #include "console/text.h"
+#include "console/time_parser.h"
+#include "files/channel_selection.h"
 #include "files/csv_columns.h"
 #include "files/follower.h"
 #include "files/group_times.h"
+#include "files/measurement_file.h"
 #include "files/new_file.h"
 
 namespace tool {
@@ -28,13 +31,13 @@ csv_format format_of(const dump_options& wanted)
         throw usage_error("not a separator: " + in_quotes(separator));
     }
     if (wanted.decimal_comma && separator == ",") {
-        throw usage_error("where numbers have a comma, the separator must be another");
+        throw usage_error("with --decimal-comma the separator must not be a comma");
     }
     format.separator = separator[0];
     return format;
 }
 
-// The number of samples in the longest channel of a group that is dumped.
+// The number of samples in the longest of a group's channels that are dumped.
 std::uint64_t samples_of(const std::vector<selected_channel>& channels, const std::string& group)
 {
     std::uint64_t count = 0;
@@ -46,7 +49,7 @@ std::uint64_t samples_of(const std::vector<selected_channel>& channels, const st
     return count;
 }
 
-// The rows that are wanted, of the channels that are wanted.
+// Which rows of which channels are dumped.
 class dump_plan {
   public:
     dump_plan(const tdms::file& file, const dump_options& wanted)
@@ -60,7 +63,7 @@ class dump_plan {
     std::vector<csv_source> sources;
 
   private:
-    // What is the same for all channels of a group.
+    // What all channels of a group share.
     struct group_rows {
         std::string group;
         std::optional<selected_channel> times;
@@ -99,14 +102,14 @@ class dump_plan {
         return rows;
     }
 
-    // Rows are found by halving, which other times mislead.
+    // Rows are found by bisection, which fails if the times do not ascend.
     void check_order(const group_rows& rows) const
     {
         const std::uint64_t end = std::min(rows.end, rows.times->count);
         const std::uint64_t left = end - std::min(rows.first, end);
         if (ascend(*rows.times, rows.first, rows.first + std::min(left, wanted_.count))) return;
         throw failure(in_quotes(rows.times->name()) +
-                      ": the times do not ascend; choose rows by --from and --count");
+                      ": the times do not ascend; use --from and --count");
     }
 
     const dump_options& wanted_;
@@ -164,7 +167,7 @@ class dump_command {
     void put_rows(csv_table& table, std::uint64_t& left)
     {
         std::optional<progress> shown;
-        // Between the rows on a terminal it would be in the way.
+        // On a terminal it would appear between the rows.
         if (!wanted_.target.empty() || isatty(STDOUT_FILENO) == 0) {
             shown.emplace("dumping", table.total());
         }
@@ -193,7 +196,7 @@ class dump_command {
         }
     }
 
-    // Goes on with what a recorder adds.
+    // Continues with what a recorder adds.
     void follow(tdms::file& file, follower& recorder, csv_table& table, output& out,
                 std::uint64_t left)
     {
@@ -206,7 +209,7 @@ class dump_command {
             out.flush();
             const std::size_t now = count_channels(file);
             if (now != std::exchange(channels, now)) {
-                report(wanted_.file, "there are new channels; start again to see them");
+                report(wanted_.file, "there are new channels; run the command again to see them");
             }
         }
     }

@@ -5,6 +5,9 @@
 #include "commands/commands.h"
 #include "console/output.h"
 #include "console/text.h"
+#include "files/input.h"
+#include "files/measurement_file.h"
+#include "files/selected_channel.h"
 #include "files/statistics.h"
 #include "listing/tree_json.h"
 #include "listing/tree_text.h"
@@ -12,7 +15,7 @@
 namespace tool {
 namespace {
 
-// On a terminal, from which names are copied, they are words for the shell.
+// On a terminal, from which names are copied, they are quoted for the shell.
 void put_names(output& out, const tdms::file& file)
 {
     const bool for_terminal = isatty(STDOUT_FILENO) != 0;
@@ -23,7 +26,7 @@ void put_names(output& out, const tdms::file& file)
     }
 }
 
-// @return false if there are any
+// Reports the channels whose values cannot be read. @return whether there are none
 bool report_failures(const std::string& name, const tdms::file& file, const file_statistics& all)
 {
     bool all_well = true;

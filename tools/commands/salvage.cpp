@@ -11,6 +11,7 @@
 #include "console/text.h"
 #include "files/intact_segments.h"
 #include "files/new_file.h"
+#include "files/selected_channel.h"
 
 namespace tool {
 namespace {
@@ -28,7 +29,7 @@ class piece_source {
         while (begin != end) {
             const std::uint64_t part = std::min(size, end - begin);
             const std::size_t got = read_some(file_, bytes_.get(), part, "reading");
-            if (got == 0) throw failure("the file has become shorter");
+            if (got == 0) throw failure("the file has become shorter while it was read");
             begin += got;
             use(std::string_view(bytes_.get(), got), begin);
         }
@@ -40,7 +41,7 @@ class piece_source {
     std::unique_ptr<char[]> bytes_ = std::make_unique_for_overwrite<char[]>(size);
 };
 
-// What was kept, and what was not.
+// Collects what was kept and what was lost.
 class salvage_report {
   public:
     void add_kept(std::uint64_t bytes)
@@ -66,7 +67,7 @@ class salvage_report {
     bool middle_lost() const { return middle_lost_; }
     const std::vector<lost_range>& lost() const { return lost_; }
 
-    /// @param values that the new file holds, which may be fewer than it states
+    /// @param values the number that the new file holds, which may be less than what it states
     void put(output& out, std::uint64_t values) const
     {
         out.put("kept: " + count_of(segments_, "segment") + ", " + count_of(bytes_, "byte") + ", " +
@@ -157,7 +158,7 @@ bool salvage(const salvage_options& wanted)
     const bool to_standard_output = wanted.target == "-";
     const input from(wanted.file);
     from.reject_as_target(to_standard_output ? "/dev/stdout" : wanted.target);
-    // What goes to standard output is complete before that begins.
+    // Nothing goes to standard output before all of it is known.
     new_file to = to_standard_output ? new_file::temporary() : new_file(wanted.target);
     const salvage_report kept = copy_intact_segments(from, to);
     if (kept.segments() == 0 && !kept.lost().empty()) {

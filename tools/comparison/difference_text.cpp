@@ -19,7 +19,7 @@ std::string excerpts(const std::string& a, const std::string& b)
         const auto first = std::mismatch(a.begin(), end, b.begin()).first;
         const auto at = static_cast<std::size_t>(first - a.begin());
         begin = at - std::min(at, before);
-        // Not within a character of UTF-8.
+        // An excerpt does not begin within a character of UTF-8.
         while (begin != 0 && (static_cast<unsigned char>(a[begin]) & 0xC0) == 0x80) --begin;
     }
     const auto excerpt = [begin](const std::string& of) {
@@ -40,12 +40,13 @@ std::string with_type_name(const tdms::property_value& value)
 {
     const auto text = [](const auto& v) -> std::string {
         using T = std::decay_t<decltype(v)>;
-        if constexpr (std::is_same_v<T, std::monostate>)
+        if constexpr (std::is_same_v<T, std::monostate>) {
             return "";
-        else if constexpr (std::is_same_v<T, std::string>)
+        } else if constexpr (std::is_same_v<T, std::string>) {
             return ' ' + shortened(in_quotes(v), 60);
-        else
+        } else {
             return ' ' + text_of(v);
+        }
     };
     return type_name(type_of(value)) + std::visit(text, value);
 }

@@ -8,13 +8,13 @@
 
 namespace tool {
 
-/// Two strings that differ, each with what precedes the difference left out if it is long.
+/// Two strings that differ; from long ones, what precedes and follows the difference is left out.
 std::string excerpts(const std::string& a, const std::string& b);
 
-/// A number of any type: the integers that are no double fit in 64 bits.
+/// The text of a number of any type. Integers that are no doubles fit in 64 bits.
 std::string text_of_any(long double value);
 
-/// Two values that differ.
+/// Two values that differ, as a report shows them.
 template <class T>
 std::string both(const T& a, const T& b)
 {
@@ -27,7 +27,7 @@ std::string both(const T& a, const T& b)
     }
 }
 
-/// A property's type and value.
+/// The type and the value of a property.
 std::string with_type_name(const tdms::property_value& value);
 
 }  // namespace tool

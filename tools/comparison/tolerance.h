@@ -9,14 +9,14 @@ namespace tool {
 template <class T>
 constexpr bool is_number = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
 
-/// How far apart two numbers may be. In long double, which holds all integers of 64 bits.
+/// How much two numbers may differ. It uses long double, which holds all integers of 64 bits.
 class tolerance {
   public:
     tolerance(double absolute, double relative) : absolute_(absolute), relative_(relative) {}
 
     bool is_exact() const { return absolute_ == 0 && relative_ == 0; }
 
-    /// Whether two values count as equal: NaN equals NaN, and an infinity only itself.
+    /// Whether two values count as equal. NaN equals NaN, an infinity only itself.
     template <class T>
     bool accepts(const T& a, const T& b) const
     {

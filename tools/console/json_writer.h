@@ -15,17 +15,17 @@ class json_writer {
   public:
     explicit json_writer(output& out) : out_(out) {}
 
-    /// An array's or an object's bracket, where a value may be.
+    /// The brackets of an array or an object.
     void open(char bracket);
     void close(char bracket);
 
-    /// Goes before every value in an array.
+    /// Must be called before every value of an array.
     void next();
 
-    /// Goes before every value in an object.
+    /// Must be called before every value of an object.
     void put_key(std::string_view name);
 
-    /// A number or a boolean. A number that JSON does not have is null.
+    /// A number or a boolean. Infinities and NaN, which JSON does not have, become null.
     template <class T>
     requires std::is_arithmetic_v<T>
     void put(T value)
@@ -36,8 +36,7 @@ class json_writer {
         out_.keep(append_value(out_.room(longest_value), value));
     }
 
-    /// Bytes that are not UTF-8 are not allowed in JSON; such a string is written as a terminal
-    /// shows it.
+    /// JSON allows only UTF-8; other strings are written as on a terminal.
     void put(std::string_view value);
     void put(const char* value) { put(std::string_view(value)); }
     void put_null() { out_.put("null"); }

@@ -11,7 +11,7 @@ namespace tool {
 /// Nobody reads the output any more.
 struct closed_pipe {};
 
-/// Standard output cannot be written; it is about no file.
+/// Standard output cannot be written. No file is to blame.
 struct output_failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -21,24 +21,24 @@ struct terminal_size {
     unsigned rows;
 };
 
-/// The size of the terminal at a descriptor; the fallback if there is none.
+/// The size of the terminal that a descriptor refers to; the fallback if there is none.
 terminal_size size_of_terminal(int descriptor, terminal_size fallback);
 
-/// Writes all bytes to a descriptor. @return whether it could; if not, errno is the reason
+/// Writes all bytes to a descriptor. @return false if that failed, for the reason in errno
 bool write_all(int descriptor, const char* bytes, std::size_t count);
 
 /// Writes to standard output; throws closed_pipe or output_failure.
 void write_standard_output(std::string_view bytes);
 
-/// Output through one large buffer. Only what flush() has passed on is known to be written.
+/// Output through one large buffer. What was put is certain to be written only after flush().
 class output {
   public:
     using target = std::function<void(std::string_view bytes)>;
 
-    /// @param to takes the bytes, or throws
+    /// @param to writes the bytes, or throws
     explicit output(target to = write_standard_output) : to_(std::move(to)) {}
 
-    /// At least `count` bytes of room, of which those up to `end` in keep(end) are output.
+    /// Returns room for at least `count` bytes; keep(end) outputs those before `end`.
     char* room(std::size_t count)
     {
         if (capacity - used_ < count) flush();

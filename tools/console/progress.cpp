@@ -11,7 +11,7 @@
 namespace tool {
 namespace {
 
-constexpr unsigned narrowest = 50;  // with less room there is no bar
+constexpr unsigned narrowest = 50;  // without the bar
 constexpr std::size_t bar_width = 20;
 
 std::string bar(double share)
@@ -22,9 +22,9 @@ std::string bar(double share)
 
 std::string time_text(double seconds)
 {
-    const auto whole = static_cast<std::uint64_t>(std::lround(std::min(seconds, 359999.0)));
-    std::string text = whole < 3600 ? "" : std::to_string(whole / 3600) + ':';
-    for (const std::uint64_t part : {whole / 60 % 60, whole % 60}) {
+    const auto total = static_cast<std::uint64_t>(std::lround(std::min(seconds, 359999.0)));
+    std::string text = total < 3600 ? "" : std::to_string(total / 3600) + ':';
+    for (const std::uint64_t part : {total / 60 % 60, total % 60}) {
         text += static_cast<char>('0' + part / 10);
         text += static_cast<char>('0' + part % 10);
         text += ':';
@@ -65,7 +65,7 @@ void progress::at(std::uint64_t done)
                        std::to_string(static_cast<int>(100 * share)) + " %, " +
                        std::to_string(static_cast<std::uint64_t>(1e-6 * bytes / seconds)) + " MB/s";
     if (share > 0) line += ", " + time_text(seconds / share - seconds) + " left";
-    // A line that is wrapped could not be overwritten.
+    // A wrapped line could not be overwritten.
     line = '\r' + line.substr(0, columns - 1) + "\033[K";
     static_cast<void>(write_all(STDERR_FILENO, line.data(), line.size()));
 }

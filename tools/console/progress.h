@@ -6,11 +6,11 @@
 
 namespace tool {
 
-/// How far long work has come: a bar, the share that is done, the rate and the time left, on
-/// standard error if that is a terminal, from the first second on.
+/// Shows the progress of long work on standard error, if that is a terminal: a bar, the share that
+/// is done, the rate and the time left. It appears after one second.
 class progress {
   public:
-    /// @param total the bytes to work through
+    /// @param total the number of bytes to process
     progress(std::string what, std::uint64_t total);
     ~progress();
     progress(const progress&) = delete;

@@ -11,7 +11,8 @@ bool is_continuation(char c)
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
-// The length of the character at the front of a text in UTF-8, and its code; 0 if there is none.
+// The length of the first character of a text in UTF-8, and its code; 0 if the bytes are no
+// character.
 std::size_t decode(std::string_view text, std::uint32_t& code)
 {
     constexpr std::array<std::uint32_t, 5> first_of_length{0, 0, 0x80, 0x800, 0x10000};
@@ -83,7 +84,7 @@ std::string in_quotes(std::string_view text)
 
 std::string as_argument(std::string_view name)
 {
-    // An option, a list of arguments, the end of a command.
+    // The command line would take it for an option, a list of arguments or the end of a command.
     const bool special = name.starts_with('-') || name.starts_with('[') || name == "++";
     return special ? escape_of(name[0]) + printable(name.substr(1)) : printable(name);
 }
@@ -133,7 +134,7 @@ std::string shortened(std::string_view text, std::size_t width)
         while (++end != text.size() && is_continuation(text[end])) {
         }
     }
-    // The last character gives way to the ellipsis.
+    // The ellipsis replaces the last character.
     while (end != 0 && is_continuation(text[--end])) {
     }
     return std::string(text.substr(0, end)) + "…";

@@ -7,29 +7,32 @@
 
 namespace tool {
 
-/// Text from a file as it can be shown on one line of a terminal: control characters and bytes that
-/// are not UTF-8 become escapes.
+/// A string of a file as a terminal can show it on one line: control characters and bytes that are
+/// not UTF-8 become escapes.
 std::string printable(std::string_view text);
 bool is_utf8(std::string_view text);
 std::string in_quotes(std::string_view text);
 
-/// A channel's or group's name as an argument: as it is, if that is printable and the command line
-/// takes it for nothing else; with escapes where not.
+/// The name of a channel or a group as an argument: with escapes where it is not printable, or
+/// where the command line would take it for something else.
 std::string as_argument(std::string_view name);
 
-/// A text as a shell takes it for one word: in quotes if it must be.
+/// A text as one word for a shell: in quotes if it needs them.
 std::string for_shell(const std::string& text);
 
-/// A number with commas between the thousands.
+/// A number with commas between groups of three digits.
 std::string with_commas(std::uint64_t number);
 
-/// A number of things, in words: "1 group", "2 groups", "1,234 bytes".
+/// A number of things: "1 group", "2 groups", "1,234 bytes".
 std::string count_of(std::uint64_t count, std::string_view what);
 
-/// How many characters a text takes on a terminal, the text with blanks up to a width, and the text
-/// with an ellipsis where it would be wider.
+/// How many characters a text has on a terminal.
 std::size_t width_of(std::string_view text);
+
+/// The text with blanks after it, up to a width.
 std::string padded(std::string text, std::size_t width);
+
+/// The text, ending with an ellipsis where it would be wider.
 std::string shortened(std::string_view text, std::size_t width);
 
 }  // namespace tool

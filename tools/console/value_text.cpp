@@ -11,7 +11,7 @@ namespace chrono = std::chrono;
 
 bool local_times = false;
 
-// At least `digits` digits of a number that is not negative.
+// Appends a number that is not negative, with leading zeros up to `digits` digits.
 char* append_digits(char* p, std::int64_t value, int digits)
 {
     std::array<char, 24> text;
@@ -20,7 +20,7 @@ char* append_digits(char* p, std::int64_t value, int digits)
     return append_text(p, {text.begin(), static_cast<std::size_t>(end - text.begin())});
 }
 
-// Such as +02:00; with seconds where a place had its own mean time.
+// Such as +02:00; with seconds for local mean times, as they were used once.
 char* append_offset(char* p, long offset)
 {
     const long seconds = std::abs(offset);
@@ -72,7 +72,8 @@ char* append_value(char* p, tdms::time time)
     p = append_digits(append_text(p, ":"), clock.minutes().count(), 2);
     p = append_digits(append_text(p, ":"), clock.seconds().count(), 2);
     p = append_text(p, ".");
-    // Of the earliest times there is no whole second that 64 bits of nanoseconds can count.
+    // Not by subtracting `seconds`, which 64 bits of nanoseconds cannot count for the earliest
+    // times.
     const auto rest = time.time_since_epoch().count() % 1000000000;
     const auto nanosecond = rest < 0 ? rest + 1000000000 : rest;
     p = nanosecond % 1000 == 0 ? append_digits(p, nanosecond / 1000, 6)

@@ -9,17 +9,17 @@
 
 namespace tool {
 
-/// From now on times are shown, and read, in the local time zone; before, in UTC.
+/// Makes times shown and read in the local time zone from now on, instead of in UTC.
 void show_local_times();
 bool times_are_local();
 
-/// The zone that times are shown in, at one of them: "UTC", or an offset such as "UTC+02:00".
+/// The name of the zone that a time is shown in: "UTC", or an offset such as "UTC+02:00".
 std::string zone_of(tdms::time time);
 
 /// The offset of that zone from UTC in seconds.
 long offset_of(tdms::time time);
 
-/// No value's text is longer.
+/// The length of the longest text of a value.
 inline constexpr std::size_t longest_value = 64;
 
 inline char* append_text(char* p, std::string_view text)
@@ -27,8 +27,8 @@ inline char* append_text(char* p, std::string_view text)
     return p + text.copy(p, longest_value);
 }
 
-// append_value(p, value) puts a value's text at p and returns its end. REQUIRES: longest_value
-// bytes of room. A number is as short as it can be and still be the same when it is read back.
+// append_value(p, value) writes the text of a value at p, and returns its end. REQUIRES: room for
+// longest_value bytes. The text of a number is the shortest that yields the same number when read.
 template <class T>
 char* append_value(char* p, T value)
 {
@@ -40,8 +40,8 @@ inline char* append_value(char* p, bool value)
     return append_text(p, value ? "true" : "false");
 }
 
-/// In ISO 8601 format with the offset from UTC, or Z; to the microsecond, or to the nanosecond if
-/// that is not whole.
+/// In ISO 8601 format with the offset from UTC, or Z; in microseconds, or in nanoseconds if it is
+/// no multiple of a microsecond.
 char* append_value(char* p, tdms::time time);
 
 template <class T>

@@ -1,7 +1,6 @@
 #include "conversion/csv_import.h"
 
 #include <algorithm>
-#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -15,6 +14,7 @@
 #include "console/report.h"
 #include "console/text.h"
 #include "console/value_text.h"
+#include "conversion/column_writer.h"
 #include "conversion/csv_reader.h"
 #include "conversion/csv_values.h"
 #include "files/measurement_file.h"
@@ -23,72 +23,6 @@ namespace tool {
 namespace {
 
 constexpr std::size_t bytes_at_once = 8 << 20;
-
-// Appends values to a channel, many at a time.
-class column_writer {
-  public:
-    virtual ~column_writer() = default;
-
-    /// @return the bytes that the value takes, or 0 if the field is not of the column's type
-    virtual std::size_t add(const csv_field& field) = 0;
-    virtual void flush() = 0;
-};
-
-template <class T>
-class typed_writer : public column_writer {
-  public:
-    typed_writer(tdms::channel to, char decimal) : to_(std::move(to)), decimal_(decimal) {}
-
-    std::size_t add(const csv_field& field) override
-    {
-        std::optional<T> value = value_from<T>(field.text, decimal_);
-        if constexpr (std::is_same_v<T, double>) {
-            if (field.is_missing()) value = std::numeric_limits<double>::quiet_NaN();
-        }
-        if (!value) return 0;
-        std::size_t bytes = sizeof(T);
-        if constexpr (std::is_same_v<T, std::string>) {
-            if (value->find('\0') != std::string::npos) return 0;
-            bytes += value->size();
-        }
-        values_.push_back(std::move(*value));
-        return bytes;
-    }
-
-    void flush() override
-    {
-        to_.append(values_);
-        values_.clear();
-    }
-
-  private:
-    tdms::channel to_;
-    char decimal_;
-    std::vector<T> values_;
-};
-
-std::unique_ptr<column_writer> writer_of(const csv_column_profile& profile, const tdms::channel& to)
-{
-    const auto make = [&](auto value) -> std::unique_ptr<column_writer> {
-        return std::make_unique<typed_writer<decltype(value)>>(to, profile.decimal());
-    };
-    switch (profile.type()) {
-        case TDMS_TYPE_BOOL:
-            return make(bool{});
-        case TDMS_TYPE_INT64:
-            return make(std::int64_t{});
-        case TDMS_TYPE_UINT64:
-            return make(std::uint64_t{});
-        case TDMS_TYPE_DOUBLE:
-            return make(double{});
-        case TDMS_TYPE_TIMESTAMP:
-            return make(tdms::time{});
-        case TDMS_TYPE_STRING:
-            return make(std::string{});
-        default:
-            return nullptr;
-    }
-}
 
 struct planned_column {
     std::string group;
@@ -114,7 +48,7 @@ class csv_import {
         find_types();
     }
 
-    /// What there is: "2 channels (1 double, 1 timestamp), 1,000 rows".
+    /// Such as "2 channels (1 double, 1 timestamp), 1,000 rows".
     std::string summary() const
     {
         std::map<std::string, std::uint64_t> types;
@@ -169,7 +103,7 @@ class csv_import {
             reader_.fail("the name of a channel cannot have a slash: " + c.name());
         }
         if (name.find('\0') != std::string_view::npos) {
-            reader_.fail("a zero byte: this is no text in UTF-8");
+            reader_.fail("a zero byte, which a name cannot have");
         }
         return c;
     }
@@ -185,7 +119,7 @@ class csv_import {
         while (next()) {
             for (std::size_t i = 0; i != record_.size(); ++i) columns_[i].profile.take(record_[i]);
         }
-        // A separator at the end of every line makes a column of nothing.
+        // A separator at the end of every line makes an empty column, which is left out.
         for (std::size_t i = 0; i != columns_.size(); ++i) {
             if (!columns_[i].has_name() && columns_[i].profile.count() != 0) {
                 throw failure("column " + std::to_string(i + 1) + " has values and no name");
@@ -193,8 +127,8 @@ class csv_import {
         }
         for (const planned_column& c : columns_) {
             if (c.profile.is_rounded()) {
-                report(name_, c.name() + ": integers beyond 2^53 are rounded, as " +
-                                  "others in the column need floating point");
+                report(name_, c.name() + ": integers beyond 2^53 are rounded, because " +
+                                  "other values of the column need floating point");
             }
             if (c.profile.has_no_offset()) {
                 report(name_, c.name() + ": times without an offset are taken as " +
@@ -234,7 +168,7 @@ class csv_import {
         const csv_field field = i < record_.size() ? record_[i] : csv_field{};
         const std::size_t bytes = c.writer->add(field);
         if (bytes == 0 && field.text.find('\0') != std::string_view::npos) {
-            reader_.fail("a zero byte, which a string of a channel cannot have");
+            reader_.fail("a zero byte, which a string cannot have");
         }
         if (bytes == 0) reader_.fail("the file was changed while it was read");
         return bytes;

@@ -64,8 +64,8 @@ void csv_reader::rewind()
     }
 }
 
-// Names may hold the other separators, and so may the values below them; only the right one is
-// likely to be in both lines.
+// Names and values may contain the other candidates, but only the separator is likely to be in both
+// lines.
 char csv_reader::find_separator()
 {
     char best = ',';
@@ -83,7 +83,7 @@ char csv_reader::find_separator()
                 best = candidate;
             }
         } catch (const failure&) {
-            continue;  // quotes that end where this separator is not
+            continue;  // with this separator the quotes are wrong
         }
     }
     return best;
@@ -106,7 +106,7 @@ void csv_reader::fail(const std::string& message) const
     throw failure("line " + with_commas(line_) + ": " + message);
 }
 
-// Reads more after what is not yet split. @return false if there is no more
+// Reads more after what is not yet split. @return false at the end of the file
 bool csv_reader::fill()
 {
     if (at_end()) return false;
@@ -122,11 +122,11 @@ bool csv_reader::fill()
     const std::size_t got = read_at(file_, buffer_.data() + end_, wanted, offset_);
     end_ += got;
     offset_ += got;
-    if (got == 0) size_ = offset_;  // it was truncated meanwhile
+    if (got == 0) size_ = offset_;  // the file was truncated meanwhile
     return true;
 }
 
-// Splits the record at the front of the buffer. @return false if not all of it is there
+// Splits the next record in the buffer. @return false if its end is not in the buffer
 bool csv_reader::split(std::vector<csv_field>& record)
 {
     record.clear();
@@ -148,7 +148,8 @@ bool csv_reader::split(std::vector<csv_field>& record)
     return true;
 }
 
-// Where the separator or the end of line after a field is; null if it is not in the buffer.
+// Takes a field. @return the separator or the end of line after it; null if that is not in the
+// buffer
 const char* csv_reader::after_quoted(const char* p, csv_field& field) const
 {
     const char* const end = end_of_buffer();
@@ -170,7 +171,7 @@ const char* csv_reader::after_plain(const char* p, csv_field& field) const
     const char* const end = end_of_buffer();
     const char* const begin = p;
     while (p != end && *p != separator_ && !is_end_of_line(*p)) ++p;
-    // After a CR there may be an LF.
+    // A CR may be followed by an LF.
     if (end - p < 2 && !at_end()) return nullptr;
     field = {{begin, p}, false};
     return p;

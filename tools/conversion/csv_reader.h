@@ -11,32 +11,33 @@ struct csv_field {
     std::string_view text;
     bool quoted = false;
 
-    /// Nothing between two separators is no value; two quotes are an empty string.
+    /// Without quotes, nothing between two separators is a missing value; with quotes it is an
+    /// empty string.
     bool is_missing() const { return text.empty() && !quoted; }
 };
 
-/// Reads a file of separated values record by record, in memory that one record takes.
+/// Reads CSV record by record, so memory depends only on the longest record.
 class csv_reader {
   public:
-    /// Reads the first `size` bytes of a file, which may be growing. The separator is the one of
-    /// comma, semicolon and tab that the first two lines have most of.
+    /// Reads the first `size` bytes of a file, which may be growing. The separator is the comma,
+    /// the semicolon or the tab, whichever the first two lines have most of.
     csv_reader(int file, std::uint64_t size);
 
     char separator() const { return separator_; }
 
-    /// Back to the first record.
+    /// Goes back to the first record.
     void rewind();
 
     /// Reads the next record; its fields are valid until the next call. Throws a failure, with the
-    /// line, where quotes are not as they must be.
+    /// line, if quotes are wrong.
     /// @return false at the end
     bool next(std::vector<csv_field>& record);
 
-    /// The line that the last record begins on, and the bytes up to that record's end.
+    /// The line on which the last record begins, and the number of bytes up to its end.
     std::uint64_t line() const { return line_; }
     std::uint64_t position() const { return offset_ - (end_ - begin_); }
 
-    /// A failure about that line.
+    /// Throws a failure about that line.
     [[noreturn]] void fail(const std::string& message) const;
 
   private:

@@ -6,8 +6,8 @@
 #include <cstdint>
 
 #include "console/report.h"
+#include "console/time_parser.h"
 #include "console/value_text.h"
-#include "files/group_times.h"
 
 namespace tool {
 namespace {
@@ -35,8 +35,8 @@ bool is_digit(char c)
     return c >= '0' && c <= '9';
 }
 
-// What may be a number, without blanks and plus. What begins with zeros is not: it is a name, which
-// would lose them.
+// A text that may be a number, without blanks and plus. A text with leading zeros may not: it is
+// probably an identifier, which would lose them.
 std::string_view number_in(std::string_view text)
 {
     text = without_blanks(text);
@@ -46,27 +46,26 @@ std::string_view number_in(std::string_view text)
     return begins_with_zeros ? std::string_view() : text;
 }
 
-// Whether a double holds an integer of that size exactly.
+// Whether a double holds an integer of this magnitude exactly.
 bool is_double(std::uint64_t magnitude)
 {
     return magnitude == 0 || std::bit_width(magnitude) - std::countr_zero(magnitude) <= 53;
 }
 
-// Whether a text is an integer that 64 bits do not hold, given that it is none that they do.
+// Whether a text is an integer. REQUIRES: it is none of 64 bits.
 bool is_large_integer(std::string_view text)
 {
     if (text.starts_with('-')) text.remove_prefix(1);
     return text.size() > 18 && std::ranges::all_of(text, is_digit);
 }
 
-// Whether a text has a time of day after its date, which is all that distinguishes a time from a
-// string.
+// Whether a text has a time of day after its date. A date alone is taken as a string.
 bool has_clock(std::string_view text)
 {
     return text.find_first_of("T ") != std::string_view::npos;
 }
 
-// A time without an offset is one of the zone that times are in.
+// Whether a time states its offset from UTC.
 bool has_offset(std::string_view text)
 {
     const std::size_t clock = text.find_first_of("T ");
@@ -89,7 +88,7 @@ std::optional<std::int64_t> value_from(std::string_view text, char)
 {
     text = number_in(text);
     const std::optional<std::int64_t> value = parsed<std::int64_t>(text);
-    // There is no negative zero among the integers.
+    // Integers have no negative zero.
     return value == 0 && text[0] == '-' ? std::nullopt : value;
 }
 

@@ -31,7 +31,7 @@ void put_value(hid_t to, const std::string& name, const T& value)
     put(to, name, hdf5_type_of<T>(), hdf5_handle(H5Screate(H5S_SCALAR)), &value);
 }
 
-// A type without values.
+// A property of a type without values.
 void put_value(hid_t to, const std::string& name, std::monostate)
 {
     put(to, name, hdf5_type_of<double>(), hdf5_handle(H5Screate(H5S_NULL)), nullptr);
@@ -44,7 +44,7 @@ void put_value(hid_t to, const std::string& name, const std::string& value)
         const char* const text = value.c_str();
         return put(to, name, hdf5_string_type(), space, &text);
     }
-    // Only a string of a fixed length keeps what follows a zero byte.
+    // Only strings of fixed length keep what follows a zero byte.
     const hdf5_handle type(H5Tcopy(H5T_C_S1));
     checked(H5Tset_size(type, value.size()));
     checked(H5Tset_strpad(type, H5T_STR_NULLPAD));

@@ -12,14 +12,15 @@
 #include "conversion/names.h"
 #include "files/measurement_file.h"
 #include "files/piece_reader.h"
+#include "files/selected_channel.h"
 
 namespace tool {
 namespace {
 
-// With the bytes shuffled first, the next levels take a third more time for a few per cent.
+// After shuffling, the next levels take a third more time and save only a few per cent.
 constexpr unsigned compression = 1;
 constexpr hsize_t longest_chunk = 65536;
-// It is written in several pieces, so it must fit into HDF5's cache.
+// A chunk of strings is written in several pieces, so it must fit in HDF5's cache.
 constexpr hsize_t longest_chunk_of_strings = 16384;
 
 std::string allowed_link(std::string name)
@@ -30,7 +31,7 @@ std::string allowed_link(std::string name)
     return name.empty() || name == "." ? "_" : name;
 }
 
-// A name that HDF5 does not allow, or that another object has there, stays as an attribute.
+// A name that HDF5 does not allow, or that another object has, is kept in an attribute.
 std::vector<named_string> original_name(const std::string& name, const std::string& link)
 {
     if (name == link) return {};
@@ -52,7 +53,7 @@ constexpr std::uint64_t size_of_value = std::is_same_v<T, tdms::time> ? 16 : siz
 hdf5_handle create_file(const std::string& path)
 {
     const hdf5_handle access(H5Pcreate(H5P_FILE_ACCESS));
-    // Version 1.8 can read it; what is older has no attributes of 64 KiB.
+    // HDF5 1.8 can read the file; older formats have no attributes of 64 KiB.
     checked(H5Pset_libver_bounds(access, H5F_LIBVER_V18, H5F_LIBVER_LATEST));
     return hdf5_handle(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access));
 }
@@ -100,7 +101,7 @@ class hdf5_export {
         subject_ = g.name() + '/' + c.name();
         const bool has_type =
             tdms::with_type(c.type(), [&]<class T>() { put_values<T>(group, c, link); });
-        // Without one it has no values.
+        // A channel without a type has no values.
         if (!has_type) put_values<double>(group, c, link);
         try {
             const selected_channel counted(g, c);
@@ -122,7 +123,7 @@ class hdf5_export {
         dataset.close();
     }
 
-    // A channel whose values cannot be located has none; that is reported at its end.
+    // 0 if the values cannot be located, which is reported later.
     static hsize_t size_of(const tdms::channel& c)
     {
         try {
@@ -141,7 +142,8 @@ class hdf5_export {
         const hsize_t unlimited = H5S_UNLIMITED;
         const hdf5_handle space(H5Screate_simple(1, &size, &unlimited));
         const hdf5_handle creation(H5Pcreate(H5P_DATASET_CREATE));
-        checked(H5Pset_obj_track_times(creation, false));  // the same file makes the same
+        checked(H5Pset_obj_track_times(creation,
+                                       false));  // so that the same input yields the same bytes
         checked(H5Pset_chunk(creation, 1, &chunk));
         if (H5Zfilter_avail(H5Z_FILTER_DEFLATE) > 0) {
             if (is_number && sizeof(T) > 1) checked(H5Pset_shuffle(creation));
@@ -155,7 +157,7 @@ class hdf5_export {
     void copy(const tdms::channel& from, const hdf5_handle& to, hsize_t size)
     {
         piece_reader<T> pieces(from, shown_);
-        std::uint64_t cut_short = 0;
+        std::uint64_t truncated = 0;
         for (hsize_t first = 0; first != size;) {
             std::span<const T> piece;
             try {
@@ -165,11 +167,11 @@ class hdf5_export {
                 checked(H5Dset_extent(to, &first));
                 break;
             }
-            cut_short += put_piece(to, first, piece);
+            truncated += put_piece(to, first, piece);
             first += piece.size();
         }
-        if (cut_short == 0) return;
-        complain(count_of(cut_short, "string") + " cut short: in HDF5 they end at a zero byte");
+        if (truncated == 0) return;
+        complain(count_of(truncated, "string") + " truncated: in HDF5 they end at a zero byte");
     }
 
     // @return how many strings have a zero byte
@@ -211,7 +213,7 @@ class hdf5_export {
         return bytes;
     }
 
-    // For what a reader should know though nothing is lost.
+    // Reports something that users should know, although nothing is lost.
     std::function<void(const std::string&)> noted_about(const std::string& object) const
     {
         return [this, object](const std::string& message) {
@@ -239,7 +241,7 @@ class hdf5_export {
 bool export_hdf5(const std::string& name, const tdms::file& from, const std::string& path,
                  const std::string& target)
 {
-    // After a write that failed, HDF5 would try again when the process ends.
+    // After a failed write HDF5 would try again when the process exits.
     H5dont_atexit();
     H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
     try {

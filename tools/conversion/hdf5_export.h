@@ -5,11 +5,11 @@
 
 namespace tool {
 
-/// Writes what can be read of a measurement file to an HDF5 file, in place of what is at that path.
+/// Writes what can be read of a measurement file to an HDF5 file, replacing any file at that path.
 /// Groups become groups, channels compressed datasets, properties attributes. Throws a failure if
 /// the file cannot be written.
-/// @param name of the measurement file, for what is reported
-/// @param target what to call the HDF5 file in messages
+/// @param name the name of the measurement file in messages
+/// @param target the name of the HDF5 file in messages
 /// @return whether all values could be read and written
 bool export_hdf5(const std::string& name, const tdms::file& from, const std::string& path,
                  const std::string& target);

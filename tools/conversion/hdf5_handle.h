@@ -7,10 +7,11 @@
 
 namespace tool {
 
-/// HDF5 could do nothing about a file; what() says why, in the system's words if it knows them.
+/// Throws a failure with HDF5's reason; if that is an error of the system, with the system's
+/// message.
 [[noreturn]] void fail_by_hdf5();
 
-/// Results less than 0 are failures, which are thrown.
+/// Returns the result of a function of HDF5. Throws a failure if it is less than 0.
 template <class T>
 T checked(T result)
 {
@@ -18,7 +19,7 @@ T checked(T result)
     return result;
 }
 
-/// An identifier of any kind of object in HDF5.
+/// The identifier of an object in HDF5, and its owner.
 class hdf5_handle {
   public:
     explicit hdf5_handle(hid_t id) : id_(checked(id)) {}
@@ -35,7 +36,7 @@ class hdf5_handle {
 
     operator hid_t() const { return id_; }  // NOLINT(google-explicit-constructor)
 
-    /// What was buffered may fail to be written only now.
+    /// Releases the object, or throws a failure: buffered data may be written only now.
     void close() { checked(H5Idec_ref(std::exchange(id_, -1))); }
 
   private:

@@ -9,16 +9,16 @@
 
 namespace tool {
 
-/// Times are counted in this unit, from this moment.
+/// The unit of times.
 inline constexpr const char* unit_of_times = "ns since 1970-01-01T00:00:00Z";
 
-/// Strings in UTF-8, of variable length, which end at the first zero byte.
+/// Strings in UTF-8 of variable length, which end at the first zero byte.
 hdf5_handle hdf5_string_type();
 
-/// The enumeration of FALSE and TRUE that readers take for booleans.
+/// The enumeration of FALSE and TRUE that readers recognize as booleans.
 hdf5_handle hdf5_bool_type();
 
-/// The type of values as they are in memory.
+/// The type of values in memory.
 template <class T>
 hdf5_handle hdf5_type_of()
 {

@@ -11,7 +11,7 @@ std::vector<std::string> distinct_names(const std::vector<std::string>& wanted,
     std::unordered_set<std::string> taken;
     std::vector<std::string> names(wanted.size());
     std::vector<std::size_t> others;
-    std::unordered_map<std::string, std::size_t> numbers;  // the last one of each name
+    std::unordered_map<std::string, std::size_t> numbers;  // the last number that each name got
     for (std::size_t i = 0; i != wanted.size(); ++i) {
         if (allowed(wanted[i]) == wanted[i] && taken.insert(wanted[i]).second) {
             names[i] = wanted[i];

@@ -6,9 +6,10 @@
 
 namespace tool {
 
-/// Names that are allowed and different from each other, one for each of `wanted`. What is allowed
-/// stays as it is; what `allowed` must change, or what is there twice, makes way and gets a number.
-/// @param allowed makes a name allowed, and leaves it if it is
+/// Returns a name for each of `wanted`, all of them allowed and different. The first occurrence of
+/// an allowed name stays as it is; any other name is made allowed, and gets a number if it is
+/// taken.
+/// @param allowed makes a name allowed, or returns it if it is
 std::vector<std::string> distinct_names(const std::vector<std::string>& wanted,
                                         const std::function<std::string(std::string)>& allowed);
 

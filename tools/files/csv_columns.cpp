@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "console/value_text.h"
+#include "files/measurement_file.h"
 
 namespace tool {
 namespace {
@@ -62,7 +63,7 @@ std::unique_ptr<csv_column> column_of(const selected_channel& c)
     std::unique_ptr<csv_column> column;
     const bool has_type = tdms::with_type(
         c.type, [&]<class T>() { column = std::make_unique<typed_column<T>>(c.channel); });
-    // Without one it has no values.
+    // A channel without a type has no values.
     if (!has_type) column = std::make_unique<typed_column<double>>(c.channel);
     return column;
 }
@@ -137,7 +138,7 @@ std::uint64_t csv_table::put_rows(std::uint64_t most, const complaint& complain)
         });
     }
     done_ += bytes;
-    // As many rows as are likely to fit; how long the next strings are is not known.
+    // As many rows as are likely to fit; the lengths of the next strings are not known.
     const std::uint64_t fitting = rows == 0 ? 1 : bytes_at_once * rows / std::max(bytes, rows);
     rows_at_once_ = std::clamp<std::uint64_t>(std::min(fitting, 8 * rows_at_once_), 1, most_rows);
     return rows;

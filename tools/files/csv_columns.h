@@ -8,35 +8,35 @@
 
 #include "console/output.h"
 #include "files/csv_format.h"
-#include "files/measurement_file.h"
+#include "files/selected_channel.h"
 
 namespace tool {
 
-/// A channel's values as a column: some rows at a time, in memory that does not depend on how many
-/// there are.
+/// The values of a channel as a column. It reads some rows at a time, so memory does not depend on
+/// their number.
 class csv_column {
   public:
     virtual ~csv_column() = default;
 
-    /// Reads values first to first + count - 1. @return how many bytes they take
+    /// Reads `count` values, from number `first` on. @return the bytes that they take
     virtual std::uint64_t read(std::uint64_t first, std::uint64_t count) = 0;
 
-    /// Puts one of those that were read, counted from 0.
+    /// Puts one of the values that were read, counted from 0.
     virtual void put(output& out, std::uint64_t row, const csv_format& format) const = 0;
 };
 
 /// The column of a channel of any type.
 std::unique_ptr<csv_column> column_of(const selected_channel& c);
 
-/// Which rows of a channel become rows of a table.
+/// A channel, and which of its rows become rows of a table.
 struct csv_source {
     selected_channel from;
-    std::uint64_t next;  // the first one that has not been put
-    std::uint64_t end;   // after the last one
+    std::uint64_t next;  // the first row that has not been put
+    std::uint64_t end;   // after the last row
     bool unreadable = false;
 };
 
-/// Channels side by side, as lines.
+/// Channels side by side, as lines of CSV.
 class csv_table {
   public:
     using complaint = std::function<void(const selected_channel&, const std::string& message)>;
@@ -45,21 +45,21 @@ class csv_table {
 
     const std::vector<csv_source>& sources() const { return sources_; }
 
-    /// Whether there are any values, in whatever rows.
+    /// Whether any channel has values, in the chosen rows or outside them.
     bool has_values() const;
 
-    /// Takes in the values that the file has now.
+    /// Takes in the values that were added to the file.
     void count_values();
 
     void put_names();
     void put_units();
 
-    /// Puts at most `most` rows, up to the longest source's end. A channel that cannot be read is
-    /// reported, and keeps its column, so that the others keep theirs.
-    /// @return how many rows
+    /// Puts at most `most` rows, up to the end of the longest source. A channel that cannot be read
+    /// is reported; its column stays, with empty fields.
+    /// @return the number of rows; 0 at the end
     std::uint64_t put_rows(std::uint64_t most, const complaint& complain);
 
-    /// The bytes that the values read so far take, and that all take as far as that is known.
+    /// The bytes of the values read so far, and of all values as far as they are known.
     std::uint64_t done() const { return done_; }
     std::uint64_t total() const;
 

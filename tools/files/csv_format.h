@@ -7,15 +7,15 @@
 
 namespace tool {
 
-/// How a file of comma-separated values is written.
+/// How CSV is written.
 struct csv_format {
     char separator = ',';
     bool decimal_comma = false;
     const char* end_of_line = "\n";
 };
 
-/// Puts a field. One with a separator, a quote or an end of line in it is quoted, and so is an
-/// empty string, which would look like the missing value of a shorter channel.
+/// Puts a field. It is quoted if it contains a separator, a quote or an end of line, or if it is
+/// empty: without quotes an empty string would look like a missing value.
 void put_field(output& out, std::string_view text, const csv_format& format);
 
 }  // namespace tool

@@ -10,18 +10,19 @@ namespace tool {
 
 follower::follower(const input& from) : from_(from)
 {
-    if (from.is_copy()) throw usage_error("--follow needs a file, which can grow");
+    if (from.is_copy())
+        throw usage_error("--follow needs a file that can grow, not a pipe or standard input");
 }
 
 void follower::refresh(tdms::file& file)
 {
     if (is_gone_) throw failure("the file was replaced or removed");
-    is_gone_ = !from_.is_in_place();  // looked at first, so that its last save is taken in
+    is_gone_ = !from_.is_in_place();  // checked first, so that the last save is taken in
     try {
         file.refresh();
     } catch (const tdms::error& e) {
         if (e.status() != TDMS_FILE_READ) throw;
-        throw failure("the file has become shorter: it is recorded anew");
+        throw failure("the file has become shorter: it is being recorded anew");
     }
 }
 

@@ -11,14 +11,14 @@ namespace tool {
 /// Follows a file that is being recorded.
 class follower {
   public:
-    /// Throws a usage_error if the file cannot grow. It must outlive this.
+    /// Throws a usage_error if the input is a copy, which cannot grow. The input must outlive this.
     explicit follower(const input& from);
 
-    /// Takes in what was added. Throws a failure if the file was emptied to be recorded anew, and,
-    /// once the last that was added has been taken in, if it was replaced or removed.
+    /// Takes in what was added. Throws a failure if the file was emptied to be recorded anew; if it
+    /// was replaced or removed, only after everything that was added has been taken in.
     void refresh(tdms::file& file);
 
-    /// Waits that long; throws closed_pipe as soon as nobody reads standard output any more.
+    /// Waits; throws closed_pipe as soon as nobody reads standard output any more.
     static void wait(std::chrono::milliseconds time);
 
   private:

@@ -2,84 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <chrono>
 #include <cmath>
-#include <ctime>
 #include <span>
 
 #include "console/report.h"
 #include "console/text.h"
-#include "console/value_text.h"
 
 namespace tool {
 namespace {
 
-namespace chrono = std::chrono;
-
-// Takes the text of a time apart from the front.
-class time_parser {
-  public:
-    explicit time_parser(std::string_view text) : rest_(text) {}
-
-    bool take(char c)
-    {
-        if (!rest_.starts_with(c)) return false;
-        rest_.remove_prefix(1);
-        return true;
-    }
-
-    // A number of that many digits.
-    bool take(int& number, std::size_t digits)
-    {
-        const std::string_view text = rest_.substr(0, digits);
-        if (text.size() != digits || !is_number(text)) return false;
-        std::from_chars(text.data(), text.data() + text.size(), number);
-        rest_.remove_prefix(digits);
-        return true;
-    }
-
-    // The digits after a decimal point, of which those after the ninth are ignored.
-    bool take_fraction(std::int64_t& nanoseconds)
-    {
-        std::int64_t unit = 100000000;
-        const std::size_t before = rest_.size();
-        for (; !rest_.empty() && is_number(rest_.substr(0, 1)); rest_.remove_prefix(1)) {
-            nanoseconds += unit * (rest_[0] - '0');
-            unit /= 10;
-        }
-        return rest_.size() != before;
-    }
-
-    bool at_end() const { return rest_.empty(); }
-
-  private:
-    static bool is_number(std::string_view text)
-    {
-        return text.find_first_not_of("0123456789") == std::string_view::npos;
-    }
-
-    std::string_view rest_;
-};
-
-// The seconds from UTC to the local time that a clock shows.
-std::int64_t local_offset(chrono::sys_seconds shown)
-{
-    const auto day = chrono::floor<chrono::days>(shown);
-    const chrono::year_month_day date(day);
-    const chrono::hh_mm_ss clock(shown - day);
-    std::tm fields{};
-    fields.tm_year = int{date.year()} - 1900;
-    fields.tm_mon = static_cast<int>(unsigned{date.month()}) - 1;
-    fields.tm_mday = static_cast<int>(unsigned{date.day()});
-    fields.tm_hour = static_cast<int>(clock.hours().count());
-    fields.tm_min = static_cast<int>(clock.minutes().count());
-    fields.tm_sec = static_cast<int>(clock.seconds().count());
-    fields.tm_isdst = -1;
-    return shown.time_since_epoch().count() - std::mktime(&fields);
-}
-
-// Takes times, and finds out whether they ascend.
+// Reads times piece by piece, and checks that they ascend.
 class order_check {
   public:
     bool read(const tdms::channel& times, std::uint64_t first, std::uint64_t count)
@@ -91,57 +23,12 @@ class order_check {
         return follows && std::ranges::is_sorted(piece);
     }
 
-    static constexpr std::uint64_t most = 4096;  // times at once
+    static constexpr std::uint64_t most = 4096;  // times in a piece
 
   private:
     std::array<tdms::time, most> piece_{};
     tdms::time last_ = tdms::time::min();
 };
-
-std::optional<tdms::time> parse(std::string_view text)
-{
-    time_parser from(text);
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-    std::int64_t nanoseconds = 0;
-    if (!from.take(year, 4) || !from.take('-') || !from.take(month, 2) || !from.take('-') ||
-        !from.take(day, 2)) {
-        return std::nullopt;
-    }
-    if (from.take('T') || from.take(' ')) {
-        if (!from.take(hour, 2) || !from.take(':') || !from.take(minute, 2)) return std::nullopt;
-        if (from.take(':') && !from.take(second, 2)) return std::nullopt;
-        if ((from.take('.') || from.take(',')) && !from.take_fraction(nanoseconds)) {
-            return std::nullopt;
-        }
-    }
-    const chrono::year_month_day date{chrono::year(year), chrono::month(unsigned(month)),
-                                      chrono::day(unsigned(day))};
-    // Years that nanoseconds in 64 bits reach in full.
-    if (!date.ok() || year < 1678 || year > 2261 || hour > 23 || minute > 59 || second > 59) {
-        return std::nullopt;
-    }
-    const chrono::sys_seconds shown = chrono::sys_days(date) + chrono::hours(hour) +
-                                      chrono::minutes(minute) + chrono::seconds(second);
-    std::int64_t offset = 0;
-    const bool west = from.take('-');
-    if (west || from.take('+')) {
-        if (!from.take(hour, 2)) return std::nullopt;
-        from.take(':');
-        minute = 0;
-        if (!from.at_end() && !from.take(minute, 2)) return std::nullopt;
-        if (hour > 23 || minute > 59) return std::nullopt;
-        offset = (west ? -60 : 60) * std::int64_t{60 * hour + minute};
-    } else if (!from.take('Z')) {
-        offset = times_are_local() ? local_offset(shown) : 0;
-    }
-    if (!from.at_end()) return std::nullopt;
-    return shown - chrono::seconds(offset) + chrono::nanoseconds(nanoseconds);
-}
 
 }  // namespace
 
@@ -209,7 +96,7 @@ bool ascend(const selected_channel& times, std::uint64_t first, std::uint64_t en
     for (std::uint64_t i = 0; step > samples && i != samples; ++i) {
         if (!sampled.read(times.channel, i * step, size)) return false;
     }
-    if (step <= samples) {  // few enough for all
+    if (step <= samples) {  // so few that all are read
         first = 0;
         end = times.count;
     }
@@ -220,13 +107,6 @@ bool ascend(const selected_channel& times, std::uint64_t first, std::uint64_t en
         first += count;
     }
     return true;
-}
-
-tdms::time time_from(const std::string& text)
-{
-    if (const std::optional<tdms::time> time = parse(text)) return *time;
-    throw usage_error("not a time: " + in_quotes(text) +
-                      "; times are such as 2026-05-04T10:00:00Z, or 2026-05-04");
 }
 
 }  // namespace tool

@@ -33,9 +33,8 @@ class descriptor {
     int number_;
 };
 
-/// A measurement file as the command line names it. Reading moves back and forth over a file, so
-/// what comes through a pipe, or from standard input as "-", is copied to a temporary file that has
-/// no name.
+/// A file to read, as the command line names it. Reading needs random access, so a pipe, or
+/// standard input, which is named "-", is first copied to a temporary file without a name.
 class input {
   public:
     /// Throws a failure if there is no such file.
@@ -45,16 +44,16 @@ class input {
     const std::string& path() const { return path_; }
     int file() const { return file_.get(); }
 
-    /// Whether it is a temporary file, which no recorder adds to.
+    /// Whether this is a temporary copy, which no recorder adds to.
     bool is_copy() const { return is_copy_; }
 
-    /// Whether the name still means this file.
+    /// Whether the name still refers to this file.
     bool is_in_place() const { return is_same(name_); }
 
     /// The current size; the file may be growing.
     std::uint64_t size() const;
 
-    /// Throws a usage_error if a file to write is the one to read.
+    /// Throws a usage_error if the file to write is this one.
     void reject_as_target(const std::string& target) const;
 
   private:
@@ -67,10 +66,10 @@ class input {
     descriptor file_;
 };
 
-/// Where temporary files are: TMPDIR, or /tmp.
+/// The folder for temporary files: TMPDIR, or /tmp.
 std::string temporary_directory();
 
-/// Reads up to `count` bytes, as many as there are; throws a failure about `what`.
+/// Reads at most `count` bytes. @return how many; 0 at the end. Throws a failure about `what`.
 std::size_t read_some(int file, char* bytes, std::size_t count, const std::string& what);
 
 }  // namespace tool

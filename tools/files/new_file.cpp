@@ -20,7 +20,7 @@
 namespace tool {
 namespace {
 
-// The path of the file in the making, for the signal handler.
+// The path of the file that is being written, for the signal handler.
 std::array<char, PATH_MAX> path_to_remove;
 std::atomic<bool> any_to_remove = false;
 
@@ -34,7 +34,7 @@ void remove_and_die(int signal_number)
     std::raise(signal_number);
 }
 
-// Those that are ignored, as under nohup, stay so.
+// Signals that are ignored, as under nohup, stay ignored.
 void remove_on_signals()
 {
     for (const int number : signals_to_die_of) {
@@ -44,7 +44,8 @@ void remove_on_signals()
     }
 }
 
-// Creates a file that a signal removes; `path` gets its name. Signals are blocked meanwhile.
+// Creates a file that is removed if a signal ends the process. Signals are blocked meanwhile.
+// @param path is a template for mkostemp(), and becomes the name
 int create_to_be_removed(std::string& path)
 {
     remove_on_signals();
@@ -62,7 +63,7 @@ int create_to_be_removed(std::string& path)
     return file;
 }
 
-// Where a path leads if symbolic links are followed, also if nothing is there.
+// The path after all symbolic links, whether or not a file is there.
 std::string without_links(std::filesystem::path path)
 {
     std::error_code not_a_link;

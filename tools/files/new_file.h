@@ -9,16 +9,16 @@
 
 namespace tool {
 
-/// A file in the making, under a name beside its target's. It takes the target's place when it is
-/// committed, and is gone without a trace if it never is, also if a signal
-/// ends the process, unless it is SIGKILL or reports a fault of the program.
+/// A file that is being written, under a temporary name beside its target. It replaces the target
+/// when it is committed. Otherwise it is removed, also if a signal ends the process, unless that is
+/// SIGKILL or reports a fault of the program.
 class new_file {
   public:
-    /// Throws a failure if nothing can be written beside the target, or something that is not a
-    /// file is in its place. A target that is a symbolic link means what it points to.
+    /// Throws a failure if nothing can be written beside the target, or if the target exists and is
+    /// not a regular file. A target that is a symbolic link means the file that it points to.
     explicit new_file(const std::string& target);
 
-    /// One that is never committed.
+    /// A file that is not to be committed.
     static new_file temporary() { return new_file(); }
 
     ~new_file();
@@ -29,7 +29,7 @@ class new_file {
 
     void write(std::string_view bytes);
 
-    /// Throws a failure unless the file is on the disk and has its name.
+    /// Syncs the file to the disk and gives it its name, or throws a failure.
     void commit();
 
   private:

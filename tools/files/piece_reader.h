@@ -12,17 +12,18 @@
 
 namespace tool {
 
-/// Reads the values of a channel in pieces, so that memory does not depend on how many there are.
+/// Reads the values of a channel in pieces, so memory does not depend on their number.
 template <class T>
 class piece_reader {
   public:
-    /// @param shown receives the bytes that the values take in the file
+    /// @param shown counts the bytes that the values take in the file
     piece_reader(const tdms::channel& from, progress& shown) : from_(from), shown_(shown) {}
 
-    /// How many values a piece may have now. How long the next strings are is not known.
+    /// How many values the next piece may have. For strings this depends on the latest ones.
     std::uint64_t fitting() const { return fitting_; }
 
-    /// REQUIRES: at most fitting() values. The piece is valid until the next one is read.
+    /// Reads a piece, which is valid until the next one is read. REQUIRES: at most fitting()
+    /// values.
     std::span<const T> read(std::uint64_t first, std::uint64_t count)
     {
         if (count > capacity_) {

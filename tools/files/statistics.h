@@ -7,18 +7,17 @@
 #include <vector>
 
 #include "files/input.h"
-#include "files/measurement_file.h"
 
 namespace tool {
 
 struct channel_statistics {
     std::uint64_t nan = 0;
-    // Of the values but NaN, in their type; of strings the shortest and the longest length in
-    // bytes. std::monostate if there are none.
+    // Of the values that are not NaN, in their type; of strings the lengths in bytes of the
+    // shortest and the longest. std::monostate if there are none.
     tdms::property_value minimum;
     tdms::property_value maximum;
-    std::optional<double> mean;       // of numbers; of bool the share of true
-    std::optional<double> deviation;  // the standard deviation of a sample, by n - 1
+    std::optional<double> mean;       // of numbers; for bool the share of true
+    std::optional<double> deviation;  // the standard deviation of a sample (n - 1)
     bool ascending = true;            // of times
     double largest_step = 0;          // between times, in seconds
     std::string failure;              // why the values cannot be read; empty if they can
@@ -28,10 +27,10 @@ struct channel_statistics {
 struct sample_times {
     double duration() const;
 
-    /// The samples per second on average; none if the times do not determine it.
+    /// The average number of samples per second; none if the times do not determine it.
     std::optional<double> rate() const;
 
-    /// Whether all steps between times are about as long as the average.
+    /// Whether no step between times is much longer than the average.
     bool is_even() const;
 
     std::string channel;
@@ -48,13 +47,13 @@ struct group_statistics {
 };
 
 struct file_statistics {
-    std::vector<group_statistics> groups;  // in the file's order, as their channels
+    std::vector<group_statistics> groups;  // in the order of the file, like their channels
     std::uint64_t size;
     std::optional<tdms::time> first;
     std::optional<tdms::time> last;
 };
 
-/// Reads all values of a file. A channel that cannot be read says so, and the others are read.
+/// Reads all values of a file. If a channel cannot be read, its statistics have the reason.
 file_statistics statistics_of(const input& from, const tdms::file& file);
 
 /// The seconds from one time to a later one.

@@ -2,6 +2,7 @@
 
 #include "console/value_text.h"
 #include "files/measurement_file.h"
+#include "files/selected_channel.h"
 
 namespace tool {
 namespace {
@@ -10,12 +11,13 @@ void put_json_value(json_writer& to, std::string_view key, const tdms::property_
 {
     const auto put = [&to](const auto& v) {
         using T = std::decay_t<decltype(v)>;
-        if constexpr (std::is_same_v<T, std::monostate>)
+        if constexpr (std::is_same_v<T, std::monostate>) {
             to.put_null();
-        else if constexpr (std::is_same_v<T, tdms::time>)
+        } else if constexpr (std::is_same_v<T, tdms::time>) {
             to.put(text_of(v));
-        else
+        } else {
             to.put(v);
+        }
     };
     to.put_key(key);
     std::visit(put, value);

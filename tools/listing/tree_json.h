@@ -7,7 +7,8 @@
 
 namespace tool {
 
-/// Puts a file's tree as an element of an array. The statistics are null if they are not wanted.
+/// Puts the tree of a file as an element of an array.
+/// @param statistics null to leave them out
 void put_json(json_writer& to, const std::string& name, const tdms::file& file,
               const file_statistics* statistics);
 

@@ -7,7 +7,8 @@
 
 namespace tool {
 
-/// Puts a file's tree in tables of channels. The statistics are null if they are not wanted.
+/// Puts the tree of a file, with a table of the channels of each group.
+/// @param statistics null to leave them out
 void put_tree(output& out, const std::string& name, const tdms::file& file,
               const file_statistics* statistics);
 

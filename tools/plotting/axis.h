@@ -12,28 +12,30 @@ struct tick {
     std::string text;
 };
 
+/// A range of numbers, with labelled ticks.
 struct axis {
     double low;
     double high;
     std::vector<tick> ticks;
     std::string label;
 
-    /// The characters that the widest tick takes.
+    /// The number of characters in the widest label.
     std::size_t tick_width() const;
 };
 
 /// An axis of numbers, with room at both ends.
-/// @param room the share of its width at each end, or half of `if_empty` if it has no width
-/// @param most how many ticks at most
-/// @param least the least distance between two of them
+/// @param room the room at each end, as a share of the width from `low` to `high`
+/// @param if_empty the axis' width if `low` and `high` are the same
+/// @param most the highest number of ticks
+/// @param least the smallest distance between two ticks
 axis number_axis(double low, double high, double room, double if_empty, std::size_t most,
                  double least = 0);
 
-/// An axis of times in seconds since `first`, in the zone that times are shown in. That zone's
-/// offset at the first time is the whole axis', which does not go back where a clock does. The
-/// label, after `name`, has the zone, and the dates if the ticks leave out the day. REQUIRES: the
+/// An axis of times in seconds since `first`, in the zone that times are shown in. The zone's
+/// offset at the first time holds for the whole axis, which does not go back where a clock does.
+/// The label has the name, the zone, and the dates unless the ticks show the day. REQUIRES: the
 /// times differ.
-/// @param characters the axis' length
+/// @param characters the length of the axis
 axis time_axis(const std::string& name, tdms::time first, tdms::time last, double room,
                std::size_t characters);
 

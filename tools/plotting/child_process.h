@@ -10,29 +10,29 @@
 
 namespace tool {
 
-/// A process of our own, whose output we read.
+/// A child process whose output we read.
 class child_process {
   public:
-    /// Calls `work` in the new process, with a descriptor for its output; `work` returns the exit
-    /// status. It must not throw: exceptions must not escape into the parent's code. Throws a
-    /// failure about `what` if there can be no such process.
+    /// Calls `work(output)` in the new process, with a descriptor for its output. `work` returns
+    /// the exit status and must not throw: exceptions must not escape into the parent's code.
+    /// Throws a failure about `what` if the process cannot be created.
     template <class Work>
     child_process(const std::string& what, Work work) : child_process(what)
     {
         if (number_ == 0) {
-            output_.reset();  // or its own end would keep it from seeing that nobody reads
+            output_.reset();  // otherwise it would not notice that the parent stops reading
             _exit(work(end_.get()));
         }
         end_.close();
     }
-    /// Stops reading, which ends a process that still writes, and waits for its end.
+    /// Stops reading, which ends a process that is still writing, and waits for the exit.
     ~child_process() { wait(); }
     child_process(const child_process&) = delete;
     child_process& operator=(const child_process&) = delete;
 
     std::FILE* output() const { return output_.get(); }
 
-    /// Stops reading, and waits for the end. @return the status from waitpid(), or -1
+    /// Stops reading, and waits for the exit. @return the status from waitpid(), or -1
     int wait();
 
   private:

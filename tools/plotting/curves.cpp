@@ -6,12 +6,14 @@
 #include "console/report.h"
 #include "console/text.h"
 #include "core/data_types.h"
+#include "files/channel_selection.h"
 #include "files/group_times.h"
+#include "files/measurement_file.h"
 
 namespace tool {
 namespace {
 
-// An empty name would look like none.
+// An empty name would not be seen.
 std::string named(const std::string& name)
 {
     return name.empty() ? "(no name)" : name;
@@ -28,7 +30,7 @@ std::uint64_t size_of(const selected_channel& c)
     return tdms_impl::DataSize.at(static_cast<std::uint32_t>(c.type));
 }
 
-// Whether the time of any sample can be drawn.
+// Whether the time of every sample number can be drawn.
 bool is_usable(double rate)
 {
     return is_drawable(rate) && is_drawable(0x1p64 / rate);
@@ -89,7 +91,7 @@ void curve_set::add(const selected_channel& c, std::size_t columns)
     curves_.push_back(std::move(added));
 }
 
-// A group's channels are usually of one length, and share its times.
+// The channels of a group usually have the same length, and share its times.
 curve_set::family& curve_set::family_of(const selected_channel& c)
 {
     const std::string group = c.group.name();
@@ -108,12 +110,13 @@ void curve_set::limit(family& f, const selected_channel& c, const time_limits& l
     f.times = required_times(c.group, c.count);
     if (limits.since) f.first = row_at(*f.times, *limits.since);
     if (limits.until) f.end = row_at(*f.times, *limits.until);
-    // Rows are found by halving, which other times mislead.
+    // Rows are found by bisection, which fails if the times do not ascend.
     if (ascend(*f.times, f.first, std::min(f.end, f.times->count))) return;
     throw failure(in_quotes(f.times->name()) + ": the times do not ascend");
 }
 
-// The group's name distinguishes what is otherwise called the same, or else the channel's own name.
+// Curves with the same label get the group's name before it, and if that does not distinguish them,
+// the names of group and channel.
 void curve_set::label_curves()
 {
     const auto relabel = [this](const auto& label_of) {
@@ -127,7 +130,7 @@ void curve_set::label_curves()
     relabel([](const curve& c) { return c.from.name(); });
 }
 
-// After the last value to read.
+// The row after the last one to read.
 std::uint64_t curve_set::end_of(const family& f, const curve& c)
 {
     if (c.unreadable) return c.next;
@@ -161,7 +164,7 @@ void curve_set::read(const complaint& complain)
     for (curve& c : curves_) c.trace.settle();
 }
 
-// The next rows of a family. @return false if there are none
+// Finds the next rows of a family. @return false if there are none
 bool curve_set::find_rows(const family& f, piece& rows) const
 {
     rows.first = ~std::uint64_t{0};

@@ -10,14 +10,13 @@
 #include <vector>
 
 #include "console/progress.h"
-#include "files/measurement_file.h"
+#include "files/selected_channel.h"
 #include "plotting/envelope.h"
 #include "plotting/steps.h"
 
 namespace tool {
 
-/// What a curve's samples are counted in: the times of its group, seconds by a sampling rate, or
-/// their own numbers.
+/// The x axis of a curve: the times of its group, seconds by a sampling rate, or sample numbers.
 enum class x_kind { time, seconds, samples };
 
 struct curve {
@@ -26,56 +25,56 @@ struct curve {
     std::string unit;
     x_kind kind = x_kind::samples;
     double rate = 1;  // samples per unit of x
-    envelope trace;   // over nanoseconds since 1970, or samples
+    envelope trace;   // over nanoseconds since 1970, or sample numbers
     double longest_step = std::numeric_limits<double>::infinity();  // in nanoseconds
-    std::uint64_t next = 0;
+    std::uint64_t next = 0;  // the first row that has not been read
     bool unreadable = false;
 
     bool is_bool() const { return from.type == TDMS_TYPE_BOOL; }
     bool has_numbers() const;
 };
 
-/// Whether values of a type are numbers or bools; also of a type that is not known yet.
+/// Whether values of a type are numbers or bools; also true for a type that is not known yet.
 bool can_be_drawn(int type);
 
-/// The channels of a selection that have values that can be drawn, each once. `other` gets the
-/// others.
+/// The channels of a selection that have values to draw, each once.
+/// @param other is called for the others
 std::vector<selected_channel> drawable_channels(
     const tdms::file& file, const std::vector<std::string>& names,
     const std::function<void(const selected_channel&)>& other);
 
-/// A time from which, and one before which samples are drawn.
+/// Samples from `since` on, and before `until`, are drawn.
 struct time_limits {
     std::optional<tdms::time> since;
     std::optional<tdms::time> until;
 };
 
-/// The curves of channels, which are read piece by piece.
+/// Reads the curves of channels, piece by piece.
 class curve_set {
   public:
     using complaint = std::function<void(const selected_channel&, const std::string& message)>;
 
-    /// Throws a failure if limits cannot be found in a group's times.
-    /// @param columns of the widest picture
+    /// Throws a failure if there are limits that cannot be found in the times of a group.
+    /// @param columns the width of the widest picture
     curve_set(const std::vector<selected_channel>& channels, std::size_t columns,
               const time_limits& limits);
 
-    /// Reads what has not been read, as far as it goes. A channel that cannot be read is reported,
-    /// and its curve ends there.
+    /// Reads what has not been read yet. A channel that cannot be read is reported, and its curve
+    /// ends there.
     void read(const complaint& complain);
 
-    /// Takes in the values that the file has now. @return whether there are more
+    /// Takes in the values that were added to the file. @return whether there are any to read
     bool count_values();
 
     const std::vector<curve>& curves() const { return curves_; }
 
-    /// The name that the times of all curves have, or "time".
+    /// The name of the timestamp channel, or "time" if there are several names.
     std::string time_name() const;
 
   private:
     static constexpr std::uint64_t rows_at_once = 1 << 16;
 
-    // Curves over the same times, or over none.
+    // Curves of a group over the same times, or without times.
     struct family {
         std::string group;
         std::optional<selected_channel> times;
@@ -85,7 +84,7 @@ class curve_set {
         step_counter steps{};
     };
 
-    // Some rows of one family, first to end - 1.
+    // The rows from `first` to `end` - 1 of one family.
     struct piece {
         std::uint64_t first = 0;
         std::uint64_t end = 0;

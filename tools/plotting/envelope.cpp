@@ -14,7 +14,7 @@ void envelope::coarsen()
             ++shift_;
             merge_neighbours();
         } else {
-            // Wider cells would be seen; the order is not.
+            // Wider cells would be visible; the order of the samples is not.
             unordered_ = true;
             sort();
         }

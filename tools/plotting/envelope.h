@@ -14,7 +14,7 @@ inline bool is_drawable(double value)
     return std::abs(value) <= 1e300;
 }
 
-/// Successive samples that are drawn in the same place. What cannot be drawn is not a number.
+/// Successive samples that are drawn at the same place. Values that cannot be drawn are NaN.
 struct envelope_cell {
     std::int64_t first_x;
     std::int64_t last_x;
@@ -40,14 +40,15 @@ struct envelope_cell {
     }
 };
 
-/// What is seen of a curve in a picture of some columns, in memory that depends only on these: the
-/// first, last, smallest and largest value of the samples in each cell. A cell is as narrow as the
-/// memory allows, and never wider than half a column. A few samples are all kept.
+/// What is visible of a curve in a picture, in memory that depends only on the number of columns:
+/// the first, the last, the smallest and the largest sample of each cell. Cells are as narrow as
+/// the memory allows, and never wider than half a column. If the samples are few, all of them are
+/// kept.
 class envelope {
   public:
     explicit envelope(std::size_t columns) : columns_(columns) {}
 
-    /// Adds a sample. Those before it in time may come after it.
+    /// Adds a sample. Samples need not be in the order of x.
     void add(std::int64_t x, double y)
     {
         ++samples_;
@@ -63,18 +64,18 @@ class envelope {
         cells_.back().take_in(sample);
     }
 
-    /// Goes between the last sample and cells().
+    /// Must be called after the last sample, before cells().
     void settle()
     {
         if (unordered_) sort();
     }
 
-    /// In the order of the samples; in that of x if that goes back and forth too often.
+    /// In the order of the samples, or in the order of x if x goes back and forth too often.
     const std::vector<envelope_cell>& cells() const { return cells_; }
     std::uint64_t samples() const { return samples_; }
     std::size_t columns() const { return columns_; }
 
-    /// How many of the samples are numbers, but too large to draw.
+    /// The number of samples that are too large to draw.
     std::uint64_t too_large() const { return too_large_; }
 
   private:
@@ -93,7 +94,7 @@ class envelope {
     void merge_neighbours();
 
     std::size_t columns_;
-    unsigned shift_ = 0;  // a cell is 2 to this power wide
+    unsigned shift_ = 0;  // the width of a cell is 2 to this power
     std::uint64_t samples_ = 0;
     std::uint64_t too_large_ = 0;
     bool unordered_ = false;

@@ -20,18 +20,18 @@ namespace {
 
 constexpr int not_found = 127;
 
-// @return the status of a process that could not become gnuplot
+// Replaces this process by gnuplot. @return the exit status if that fails
 int become_gnuplot(int source, int target)
 {
     dup2(source, STDIN_FILENO);
     dup2(target, STDOUT_FILENO);
     std::signal(SIGPIPE, SIG_DFL);
-    setenv("LC_ALL", "C.UTF-8", 1);  // the script's own encoding
+    setenv("LC_ALL", "C.UTF-8", 1);  // the encoding of the script
     execlp("gnuplot", "gnuplot", "-d", "-", static_cast<char*>(nullptr));
     return not_found;
 }
 
-// A file in memory, from whose beginning the text can be read.
+// A file in memory that holds the text, to be read from its beginning.
 descriptor file_of(const std::string& text)
 {
     descriptor file(memfd_create("script", MFD_CLOEXEC));
@@ -44,9 +44,9 @@ descriptor file_of(const std::string& text)
 
 }  // namespace
 
-// Not even a quote is safe in single quotes: gnuplot takes ''' for the end of an empty string. In
-// double quotes all but the harmless characters are octal numbers, which end before a digit only if
-// that is one too.
+// Single quotes are not safe: gnuplot takes ''' for the end of an empty string. In double quotes,
+// all but harmless characters are written as octal numbers. A digit after such a number is written
+// as one, too, since it would be taken for a part of it.
 std::string gnuplot_text(std::string_view text)
 {
     std::string out = "\"";
@@ -84,7 +84,7 @@ void run_gnuplot(const std::string& script, const std::function<void(std::string
     }
     const int status = gnuplot.wait();
     if (WIFEXITED(status) && WEXITSTATUS(status) == not_found) {
-        throw failure("gnuplot is needed to draw, and cannot be run (Debian: gnuplot-nox)");
+        throw failure("gnuplot is needed to draw, but cannot be run (Debian: gnuplot-nox)");
     }
     if (status != 0) throw failure("gnuplot failed");
 }

@@ -5,18 +5,20 @@
 #include <optional>
 
 #include "console/text.h"
+#include "files/time_distance.h"
 #include "plotting/gnuplot.h"
 
 namespace tool {
 namespace {
 
-// A line of data; without y, the line of the curve is interrupted.
+// A point of a curve. A point without y interrupts the line.
 struct point {
     std::int64_t x;
     std::optional<double> y;
 };
 
-// The smallest and the largest value, in their order, unless they are the first or the last.
+// Puts the smallest and the largest value of a cell, in their order, unless they are its first or
+// its last value.
 template <class Put>
 void put_extremes(const envelope_cell& cell, Put put)
 {
@@ -32,15 +34,12 @@ void put_extremes(const envelope_cell& cell, Put put)
 
 std::vector<point> points_of(const curve& c, const x_axis& x)
 {
-    // What was not measured is no line; a gap that is not seen need not be one.
+    // The line is interrupted where nothing was measured, if the gap is wide enough to be seen.
     const double column =
         1e9 * (x.shown.high - x.shown.low) / static_cast<double>(c.trace.columns());
     const double longest_step = std::max(c.longest_step, column);
     const auto is_gap = [&](std::int64_t from, std::int64_t to) {
-        // Which may be more than 63 bits hold.
-        const std::uint64_t step =
-            static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
-        return to > from && static_cast<double>(step) > longest_step;
+        return to > from && static_cast<double>(nanoseconds_between(from, to)) > longest_step;
     };
     std::vector<point> points;
     const auto put = [&points](std::int64_t at, double y) {
@@ -60,7 +59,7 @@ std::vector<point> points_of(const curve& c, const x_axis& x)
     return points;
 }
 
-// Points as gnuplot reads them, on the scale of a panel. An empty line interrupts a curve.
+// Writes points for gnuplot, on the scale of a panel. An empty line interrupts a curve.
 class point_writer {
   public:
     point_writer(const x_axis& x, const curve& c, double scale, double offset)
@@ -132,7 +131,7 @@ panel_plot::panel_plot(std::string& script, const panel& p, const x_axis& x, std
     }
 }
 
-// The end distinguishes a channel from its neighbours as much as the beginning.
+// Keeps the end of a long label, which often distinguishes a channel from its neighbours.
 std::string shown_label(const curve& c, std::size_t width)
 {
     std::string label = printable(c.label);

@@ -12,14 +12,14 @@ namespace tool {
 /// The plot elements of a panel's curves.
 class panel_plot {
   public:
-    /// Appends the curves' data to a script, before the commands that draw.
-    /// @param number of the panel in the script
-    /// @param few so many samples show as points on the line
+    /// Appends the data of the curves to a script.
+    /// @param number the number of the panel in the script
+    /// @param few curves of at most so many samples show them as points on the line
     panel_plot(std::string& script, const panel& p, const x_axis& x, std::size_t number,
                std::uint64_t few);
 
-    /// Appends the command that plots them.
-    /// @param line_style, point_style append how the curve of an index is drawn
+    /// Appends the command that draws the curves.
+    /// @param line_style, point_style return the style of the curve with an index
     template <class LineStyle, class PointStyle>
     void append_to(std::string& script, LineStyle line_style, PointStyle point_style) const
     {
@@ -48,7 +48,7 @@ class panel_plot {
     std::vector<element> elements_;
 };
 
-/// A curve's name as it is shown; in so many characters.
+/// The label of a curve, shortened to a width in characters.
 std::string shown_label(const curve& c, std::size_t width);
 
 /// Appends the commands for the axes' ranges and ticks.

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <limits>
 
+#include "files/time_distance.h"
+
 namespace tool {
 namespace {
 
@@ -30,7 +32,7 @@ range y_range(const curve& c)
     return y;
 }
 
-// Whether one axis shows both; a constant, or zero, fits in anywhere.
+// Whether both can be seen on one axis. Zero, as the width of a constant, fits any axis.
 bool are_alike(double one, double other)
 {
     constexpr double factor = 100;
@@ -120,9 +122,7 @@ void x_axis::use_times(const std::string& name, std::int64_t first, std::int64_t
 double x_axis::position(const curve& c, std::int64_t x) const
 {
     if (c.kind != x_kind::time) return static_cast<double>(x) / c.rate;
-    // Which may be more than 63 bits hold.
-    return 1e-9 *
-           static_cast<double>(static_cast<std::uint64_t>(x) - static_cast<std::uint64_t>(origin_));
+    return 1e-9 * static_cast<double>(nanoseconds_between(origin_, x));
 }
 
 axis y_axis(const panel& p, std::size_t most_ticks)

@@ -10,7 +10,8 @@
 
 namespace tool {
 
-/// Curves in one frame: of one unit and over one kind of x, or all of them bools.
+/// Curves in one frame. They have the same unit and the same kind of x axis, and all or none are
+/// bools.
 struct panel {
     x_kind kind;
     std::string unit;
@@ -20,22 +21,22 @@ struct panel {
     double high;
 };
 
-/// The panels for some curves, those over one kind of x together. Without a unit, curves whose
-/// ranges differ by more than a factor of 100 are apart. Curves without anything to draw are left
-/// out.
-/// @param most curves in a panel
+/// Groups curves in panels, ordered by the kind of x axis. Curves without a unit are in separate
+/// panels if their ranges differ by more than a factor of 100. Curves without anything to draw are
+/// left out.
+/// @param most the highest number of curves in a panel
 std::vector<panel> panels_of(const std::vector<curve>& curves, std::size_t most);
 
-/// The x axis of all panels of one kind.
+/// The x axis that all panels of one kind share.
 class x_axis {
   public:
-    /// @param characters the axis' length
+    /// @param characters the length of the axis
     x_axis(const std::vector<panel>& panels, x_kind kind, const std::string& time_name,
            std::size_t characters);
 
     axis shown{};
 
-    /// Where a sample is on it.
+    /// The position of a sample on the axis.
     double position(const curve& c, std::int64_t x) const;
 
   private:
@@ -45,10 +46,10 @@ class x_axis {
     std::int64_t origin_ = 0;  // of times, in nanoseconds since 1970
 };
 
-/// A panel's y axis. Bools have lanes, the first curve's at the top.
+/// The y axis of a panel. Bools have a lane each, the first curve at the top.
 axis y_axis(const panel& p, std::size_t most_ticks);
 
-/// How high a true bool is in its lane, whose number counts from the bottom.
+/// The height of `true` in the lane of a bool. Lanes have a height of 1.
 inline constexpr double lane_height = 0.7;
 
 }  // namespace tool

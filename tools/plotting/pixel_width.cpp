@@ -7,8 +7,8 @@ namespace {
 
 constexpr double font_size = 13.4;
 
-// The width of a character that begins with this byte, in font sizes. What may stand for a font is
-// not known: these are the widths in a wide one. The bytes after the first take nothing.
+// The width of the character that begins with this byte, in font sizes. The font that a viewer uses
+// is not known: these are the widths in a wide one. The other bytes of a character have no width.
 double relative_width(char first)
 {
     constexpr std::string_view narrow = " !'(),-./:;I[\\]fijlrt|";

@@ -5,11 +5,11 @@
 
 namespace tool {
 
-/// The pixels that a text needs in a picture, in the font of its labels; rather too many than too
-/// few.
+/// The width of a text in pixels, in the font of a picture's labels; rather too large than too
+/// small.
 double pixel_width(std::string_view text);
 
-/// A text as it can be shown in so many pixels: with an ellipsis where it would take more.
+/// A text that fits in so many pixels: it ends with an ellipsis where it would be wider.
 std::string shortened_to_pixels(std::string_view text, double pixels);
 
 }  // namespace tool

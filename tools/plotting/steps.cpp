@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <bit>
 
+#include "files/time_distance.h"
+
 namespace tool {
 namespace {
 
 constexpr std::uint64_t factor = 5;
 
-// By the power of two and the two bits after the first.
+// The bucket for the power of two and the next two bits of a step.
 std::size_t bucket_of(std::uint64_t step)
 {
     const auto width = static_cast<std::size_t>(std::bit_width(step));
@@ -39,15 +41,13 @@ void step_counter::count(tdms::time from, tdms::time to)
 {
     ++steps_;
     if (to <= from) return;
-    // Which may be more than 63 bits hold.
-    const std::uint64_t step = static_cast<std::uint64_t>(to.time_since_epoch().count()) -
-                               static_cast<std::uint64_t>(from.time_since_epoch().count());
+    const std::uint64_t step = nanoseconds_between(from, to);
     bucket& b = buckets_[bucket_of(step)];
     ++b.count;
     b.longest = std::max(b.longest, step);
 }
 
-// Of those that go forward.
+// The median of the steps that go forward, to the nearest bucket.
 std::uint64_t step_counter::median() const
 {
     std::uint64_t all = 0;

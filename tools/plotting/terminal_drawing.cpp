@@ -9,7 +9,7 @@
 namespace tool {
 namespace {
 
-// The characters in which gnuplot draws the lines.
+// The characters with which gnuplot draws the lines.
 constexpr std::string_view pens = "*#$%@&=";
 static_assert(pens.size() == curves_in_terminal_panel);
 
@@ -47,7 +47,7 @@ terminal_drawer::terminal_drawer(const std::vector<panel>& panels, const std::st
     }
 }
 
-// The curves' names after their characters, and the unit, in as many lines as they take.
+// The character and the label of each curve, then the unit, on as many lines as needed.
 std::vector<std::string> terminal_drawer::legend_of(const panel& p) const
 {
     std::vector<std::string> lines{""};

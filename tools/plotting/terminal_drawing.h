@@ -9,7 +9,7 @@
 
 namespace tool {
 
-/// How many curves of a panel a terminal distinguishes.
+/// How many curves of a panel can be distinguished on a terminal.
 inline constexpr std::size_t curves_in_terminal_panel = 7;
 
 /// Draws panels as text.
@@ -18,10 +18,10 @@ class terminal_drawer {
     terminal_drawer(const std::vector<panel>& panels, const std::string& time_name,
                     unsigned columns);
 
-    /// The fewest rows that a panel takes.
+    /// The smallest number of rows for a panel.
     static constexpr unsigned least_rows = 9;
 
-    /// One of the panels, in so many rows at most but no fewer than the least.
+    /// Draws one of the panels in at most `rows` rows, or in least_rows if these are more.
     std::string draw(const panel& p, unsigned rows) const;
 
   private:
