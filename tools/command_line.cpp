@@ -65,9 +65,9 @@ class command_line {
         } catch (const CLI::ParseError& e) {
             return end_early(e);
         } catch (const usage_error& e) {
-            return complain(e.what());
+            return report_bad_usage(e.what());
         }
-        return all_well_ ? 0 : 1;
+        return succeeded_ ? 0 : 1;
     }
 
   private:
@@ -88,7 +88,7 @@ class command_line {
             ->excludes(names);
         add_strict(command, info_.strict);
         add_local(command);
-        command.callback([this] { all_well_ = info(info_); });
+        command.callback([this] { succeeded_ = info(info_); });
     }
 
     void add_dump()
@@ -158,7 +158,7 @@ class command_line {
             "check", "Report whether files are intact, and where they are not");
         command.add_option("FILE", check_.files, about_files)->required();
         command.add_flag("-q,--quiet", check_.quiet, "Print only what is wrong, on standard error");
-        command.callback([this] { all_well_ = check(check_); });
+        command.callback([this] { succeeded_ = check(check_); });
     }
 
     void add_salvage()
@@ -201,7 +201,7 @@ class command_line {
             ->check(tolerance_in);
         command.add_flag("-q,--quiet", diff_.quiet, "Print nothing; only set the exit status");
         add_local(command);
-        command.callback([this] { all_well_ = diff(diff_); });
+        command.callback([this] { succeeded_ = diff(diff_); });
     }
 
     static void add_strict(CLI::App& command, bool& strict)
@@ -218,25 +218,25 @@ class command_line {
     template <class Options>
     void run_one(bool (*command)(const Options&), const Options& options, const std::string& file)
     {
-        all_well_ = for_each_file({file}, [&](const std::string&) { return command(options); });
+        succeeded_ = for_each_file({file}, [&](const std::string&) { return command(options); });
     }
 
     // Prints help or the version if they were asked for, and otherwise reports bad usage.
     int end_early(const CLI::ParseError& e)
     {
         std::ostringstream asked_for;
-        std::ostringstream complaint;
-        if (app_.exit(e, asked_for, complaint) == 0) {
+        std::ostringstream errors;
+        if (app_.exit(e, asked_for, errors) == 0) {
             output out;
             out.put(asked_for.str());
             out.flush();
             return 0;
         }
         const std::vector<std::string> unknown = app_.remaining();
-        return complain(unknown.empty() ? e.what() : "unknown command: " + unknown.front());
+        return report_bad_usage(unknown.empty() ? e.what() : "unknown command: " + unknown.front());
     }
 
-    int complain(const std::string& what) const
+    int report_bad_usage(const std::string& what) const
     {
         const auto commands = app_.get_subcommands();
         const std::string of = commands.empty() ? "" : ' ' + commands.front()->get_name();
@@ -252,7 +252,7 @@ class command_line {
     salvage_options salvage_;
     convert_options convert_;
     diff_options diff_;
-    bool all_well_ = true;
+    bool succeeded_ = true;
 };
 
 }  // namespace

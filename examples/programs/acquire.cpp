@@ -11,7 +11,6 @@
 // of them. When SECONDS_IN_MEMORY of them are kept, it drops new values until a save succeeds; the
 // next file then starts after the gap, so that no value is missing within a file.
 #include <cerrno>
-#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
@@ -19,6 +18,7 @@
 #include <tdms.hpp>
 
 #include "support/device.hpp"
+#include "support/exit_status.hpp"
 #include "support/stop_signal.hpp"
 #include "support/text.hpp"
 
@@ -158,7 +158,7 @@ class acquisition {
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("acquire", [&] {
         if (argc < 2 || argc > 5) {
             throw std::invalid_argument(
                 "usage: acquire FOLDER [SECONDS_PER_FILE [SECONDS [SECONDS_IN_MEMORY]]]");
@@ -166,12 +166,5 @@ int main(int argc, char** argv)
         acquisition a(argv[1], argc > 2 ? to_number<unsigned>(argv[2]) : 60,
                       argc > 4 ? to_number<unsigned>(argv[4]) : 600);
         a.run(argc > 3 ? to_number<unsigned>(argv[3]) : 0);
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "acquire: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "acquire: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

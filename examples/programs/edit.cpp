@@ -9,8 +9,6 @@
 // the file.
 #include <chrono>
 #include <cstdint>
-#include <exception>
-#include <iostream>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -18,6 +16,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/exit_status.hpp"
 #include "support/text.hpp"
 
 namespace {
@@ -77,17 +76,10 @@ void edit(const char* path, const char* group, const char* channel, const std::s
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("edit", [&] {
         if (argc < 5) {
             throw std::invalid_argument("usage: edit FILE GROUP CHANNEL NAME=TEXT [VALUE...]");
         }
         edit(argv[1], argv[2], argv[3], argv[4], words(argv + 5, argv + argc));
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "edit: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "edit: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

@@ -9,7 +9,6 @@
 // can be read while it is recorded.
 #include <algorithm>
 #include <cstdint>
-#include <exception>
 #include <initializer_list>
 #include <iostream>
 #include <span>
@@ -18,6 +17,7 @@
 #include <tdms.hpp>
 #include <vector>
 
+#include "support/exit_status.hpp"
 #include "support/mean_of_seconds.hpp"
 #include "support/text.hpp"
 
@@ -66,17 +66,10 @@ void print_rms(const char* path, const char* group, const char* name, double giv
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("rms", [&] {
         if (argc < 4 || argc > 5) {
             throw std::invalid_argument("usage: rms FILE GROUP CHANNEL [RATE]");
         }
         print_rms(argv[1], argv[2], argv[3], argc > 4 ? to_number<double>(argv[4]) : 0);
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "rms: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "rms: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

@@ -16,8 +16,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
-#include <iostream>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -25,6 +23,7 @@
 #include <tdms.hpp>
 #include <utility>
 
+#include "support/exit_status.hpp"
 #include "support/line_server.hpp"
 #include "support/range_request.hpp"
 #include "support/text.hpp"
@@ -88,7 +87,7 @@ class recordings {
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("server", [&] {
         if (argc < 2 || argc > 3) throw std::invalid_argument("usage: server FOLDER [PORT]");
         line_server server(argc > 2 ? to_number<std::uint16_t>(argv[2]) : std::uint16_t(0));
         server.run(8, [&] {
@@ -96,12 +95,5 @@ int main(int argc, char** argv)
                 return files.answer(to_request(line));
             };
         });
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "server: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "server: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
-#include <iostream>
 #include <memory>
 #include <span>
 #include <stdexcept>
@@ -21,6 +19,7 @@
 #include <variant>
 #include <vector>
 
+#include "support/exit_status.hpp"
 #include "support/hdf5.hpp"
 
 namespace {
@@ -155,16 +154,9 @@ void convert_file(const char* from, const char* to)
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("to_hdf5", [&] {
         h5::be_silent();
         if (argc != 3) throw std::invalid_argument("usage: to_hdf5 FILE OUTPUT");
         convert_file(argv[1], argv[2]);
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "to_hdf5: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "to_hdf5: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

@@ -14,8 +14,10 @@ sequence of values. Each of them has typed properties, which are used like a dic
 The package calls the library ``libtdms.so.1``, or the one at the path in the environment variable
 ``TDMS_LIBRARY``.
 """
+from tdms._channel import Channel
 from tdms._errors import Error, Status
-from tdms._tree import Channel, File, Group, Properties
+from tdms._objects import Properties
+from tdms._tree import File, Group
 
 __version__ = "1.1.0"
 

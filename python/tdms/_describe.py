@@ -3,8 +3,9 @@ from __future__ import annotations
 
 from typing import List
 
+from tdms._channel import Channel
 from tdms._errors import Error
-from tdms._tree import Channel, File, Group
+from tdms._tree import File, Group
 
 MOST_LINES = 30
 MOST_CHARACTERS = 60

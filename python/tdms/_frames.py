@@ -3,7 +3,8 @@ from __future__ import annotations
 
 from typing import TYPE_CHECKING, Any, Optional
 
-from tdms._tree import Channel, Group
+from tdms._channel import Channel
+from tdms._tree import Group
 
 if TYPE_CHECKING:
     import pandas  # type: ignore[import]

@@ -1,186 +1,23 @@
-"""Files, groups, channels and their properties."""
+"""Files and groups."""
 from __future__ import annotations
 
 import ctypes
-import operator
 import os
-from collections.abc import Iterator, Mapping, MutableMapping
+from collections.abc import Iterator, Mapping
 from types import TracebackType
 from typing import (
-    TYPE_CHECKING, Any, Callable, Dict, Generic, List, NamedTuple, NoReturn, Optional, Tuple, Type,
-    TypeVar, Union, overload,
+    TYPE_CHECKING, Any, Callable, Dict, Generic, List, NamedTuple, Optional, Tuple, Type, TypeVar,
+    Union, overload,
 )  # fmt: skip
 
-import numpy
-import numpy.typing
-
-from tdms._errors import Error, Status, error_of
-from tdms._library import LIB, Value, decode, encode, without_nul
+from tdms._channel import Channel
+from tdms._errors import Status
+from tdms._library import LIB, decode, encode, without_nul
+from tdms._objects import Object, below, lookup_bytes
 from tdms._session import Session
-from tdms._values import BY_CODE, STRING, Array, ElementType, PropertyValue
-from tdms._values import from_property, to_property, to_values
 
 if TYPE_CHECKING:
     import pandas  # type: ignore[import]
-
-#: How many values are in memory at a time while a channel is iterated over.
-AT_ONCE = 65536
-STRINGS_AT_ONCE = 64
-#: If the values of a slice are so many bytes apart, each is read by a call of its own: a call costs
-#: about as much as copying these bytes.
-FAR_APART = 32768
-#: The statuses for an object that has no property of a name.
-NO_PROPERTY = (
-    Status.FILE_PROPERTY_NAME, Status.GROUP_PROPERTY_NAME, Status.CHANNEL_PROPERTY_NAME,
-)  # fmt: skip
-
-
-class _Object:
-    """The base class of files, groups and channels."""
-
-    __slots__ = ("_session", "_pointer", "_label", "__weakref__")
-
-    _session: Session
-    _pointer: Any  # the handle, a c_void_p or its address
-    _label: str  # for messages
-
-    def __init__(self) -> None:
-        raise TypeError(f"a {type(self).__name__} comes from a File, by its name")
-
-    @property
-    def properties(self) -> Properties:
-        """The properties, like a dict whose content is in the file."""
-        return Properties._of(self)
-
-    def _checked(self, result: int) -> int:
-        """Returns the result of a function of the library.
-
-        Raises:
-            Error: the result is negative, which makes it a status.
-        """
-        if result < 0:
-            raise error_of(result, 0, self._session.path, self._label)
-        return result
-
-    # Objects are equal if they are the same object of the file, whatever it contains.
-    def __eq__(self, other: object) -> bool:
-        if not isinstance(other, _Object):
-            return NotImplemented
-        return self._session is other._session and bool(self._pointer == other._pointer)
-
-    def __hash__(self) -> int:
-        return hash((id(self._session), self._label))
-
-    def __reduce_ex__(self, protocol: Any) -> NoReturn:
-        raise TypeError(
-            f"a {type(self).__name__} cannot be copied or pickled: open the file again by its path"
-        )
-
-
-class Properties(MutableMapping[str, Any]):
-    """The properties of a file, a group or a channel, like a dict in the order of their names.
-
-    Reading returns int, float, bool, str or numpy.datetime64 in nanoseconds, and None for a type
-    that has no values. Writing takes the same types, and:
-
-    - int is stored as int64, or as uint64 if it is too large for that;
-    - NumPy scalars are stored with their own type: ``numpy.int16(3)`` as int16;
-    - datetime is converted to UTC if it has a time zone, and taken as UTC if not.
-
-    A new value replaces the old one, even if it has another type. Properties cannot be deleted,
-    because files only grow: that raises a TypeError.
-    """
-
-    __slots__ = ("_owner",)
-
-    _owner: _Object
-
-    def __init__(self) -> None:
-        raise TypeError("properties come from a File, a Group or a Channel")
-
-    @classmethod
-    def _of(cls, owner: _Object) -> Properties:
-        properties = cls.__new__(cls)
-        properties._owner = owner
-        return properties
-
-    def __getitem__(self, name: str) -> Any:
-        """The value of a property.
-
-        Raises:
-            KeyError: there is no property of that name.
-            Error: the file is closed.
-        """
-        owner = self._owner
-        data = _lookup_bytes(name) if isinstance(name, str) else None
-        value = Value()
-
-        def get() -> Tuple[int, Any]:
-            if data is None:
-                return NO_PROPERTY[0], None
-            status = LIB.tdms_get_property(owner._pointer, data, len(data), ctypes.byref(value))
-            return status, from_property(value) if status == 0 else None
-
-        status, result = owner._session.run(get)
-        if status in NO_PROPERTY:
-            raise KeyError(f"{owner._label or owner._session.path} has no property {name!r}")
-        owner._checked(status)
-        return result
-
-    def __setitem__(self, name: str, value: PropertyValue) -> None:
-        """Creates a property, or replaces it. The next save writes it to the file.
-
-        Raises:
-            TypeError: the name is not a str, or files have no values of that type.
-            OverflowError: an int that neither int64 nor uint64 holds.
-            ValueError: a time that is not a whole number of nanoseconds from 1677 to 2262, or a
-                string that cannot be encoded.
-            Error: the file is closed, or open for reading only.
-        """
-        owner = self._owner
-        data = encode(name)
-        given, bytes_owner = to_property(value)
-        owner._session.call(
-            _below(owner._label, f"property {name!r}"),
-            LIB.tdms_set_property, owner._pointer, data, len(data), ctypes.byref(given),
-        )  # fmt: skip
-        del bytes_owner  # needed until after the call
-
-    def __delitem__(self, name: str) -> NoReturn:
-        self[name]
-        raise TypeError("a property cannot be removed: a file only grows. Assign another value")
-
-    def __iter__(self) -> Iterator[str]:
-        return iter(self._names())
-
-    def __len__(self) -> int:
-        return len(self._names())
-
-    def __repr__(self) -> str:
-        try:
-            return repr(dict(self))
-        except Error as error:
-            return f"<tdms.Properties: {error}>"
-
-    def __reduce_ex__(self, protocol: Any) -> NoReturn:
-        raise TypeError("properties cannot be copied or pickled: make a dict of them")
-
-    def _names(self) -> List[str]:
-        owner = self._owner
-
-        def list_names() -> List[str]:
-            name, length, value = ctypes.c_void_p(), ctypes.c_uint64(), Value()
-            names: List[str] = []
-            while True:
-                status = LIB.tdms_next_property(
-                    owner._pointer, ctypes.byref(name), ctypes.byref(length), ctypes.byref(value)
-                )
-                owner._checked(status)
-                if not name:
-                    return names
-                names.append(decode(name.value, length.value))
-
-        return owner._session.run(list_names)
 
 
 class _Level(NamedTuple):
@@ -207,7 +44,7 @@ CHANNELS = _Level(
 Child = TypeVar("Child", "Group", "Channel")
 
 
-class _Parent(_Object, Mapping[str, Child], Generic[Child]):
+class _Parent(Object, Mapping[str, Child], Generic[Child]):
     """A mapping of names to children, in the byte order of their paths."""
 
     __slots__ = ()
@@ -217,8 +54,8 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
     def _child(self, name: str, pointer: int) -> Child:
         raise NotImplementedError
 
-    __eq__ = _Object.__eq__  # a mapping would compare its items
-    __hash__ = _Object.__hash__
+    __eq__ = Object.__eq__  # a mapping would compare its items
+    __hash__ = Object.__hash__
 
     def __iter__(self) -> Iterator[str]:
         return iter([name for name, _ in self._list()])
@@ -232,7 +69,7 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
     def _get(self, name: str) -> Child:
         pointer = self._find(name)
         if pointer is None:
-            where = _below(self._session.path, self._label)
+            where = below(self._session.path, self._label)
             raise KeyError(f"{where} has no {self._level.what} {name!r}")
         return self._child(name, pointer)
 
@@ -242,14 +79,14 @@ class _Parent(_Object, Mapping[str, Child], Generic[Child]):
             raise ValueError(f"a name must not contain a slash: {name!r}")
         pointer = ctypes.c_void_p()
         self._session.call(
-            _below(self._label, f"{self._level.what} {name!r}"),
+            below(self._label, f"{self._level.what} {name!r}"),
             self._level.create, self._pointer, data, ctypes.byref(pointer),
         )  # fmt: skip
         assert pointer.value is not None
         return self._child(name, pointer.value)
 
     def _find(self, name: str) -> Optional[int]:
-        data = _lookup_bytes(name)
+        data = lookup_bytes(name)
         if data is None:
             return None
         if b"\0" in data:  # C would end the name there
@@ -550,263 +387,6 @@ class Group(_Parent["Channel"]):
         return channel
 
 
-class Channel(_Object):
-    """A channel: values of one type, used like a sequence.
-
-    ``channel[5]`` is a NumPy scalar, a str or a numpy.datetime64; ``channel[10:20]`` is an array or
-    a list of str. Only these values are read. Appended values can be read once they are saved.
-    """
-
-    __slots__ = ("_name", "_group", "_known")
-
-    _name: str
-    _group: Group
-    _known: Optional[ElementType]
-
-    @property
-    def name(self) -> str:
-        """The channel's name."""
-        return self._name
-
-    @property
-    def group(self) -> Group:
-        """The group that the channel is in."""
-        return self._group
-
-    @property
-    def dtype(self) -> Optional[numpy.dtype[Any]]:
-        """The NumPy type of the values: object for strings, datetime64[ns] for times.
-
-        It is None until the first values fix it.
-
-        Raises:
-            Error: the file is closed, or the channel has an unknown type.
-        """
-        element = self._element()
-        return None if element is None else element.dtype
-
-    @property
-    def lost(self) -> int:
-        """The number of values that the file states but does not hold; len() does not count them.
-
-        Raises:
-            Error: the values cannot be located, or the file is closed.
-        """
-        return self._counts()[1]
-
-    def __len__(self) -> int:
-        return self._counts()[0]
-
-    def __getitem__(self, key: Any) -> Any:
-        """A value, or the values of a slice.
-
-        Raises:
-            IndexError, TypeError, ValueError: as a list does.
-            Error: the values cannot be read, or the file is closed.
-        """
-        length = len(self)
-        if isinstance(key, slice):
-            return self._read_every(range(length)[key])
-        index = operator.index(key)
-        if index < 0:
-            index += length
-        if not 0 <= index < length:
-            raise IndexError(f"{self._label} has {length} values, and none at {key}")
-        return self._read(index, 1)[0]
-
-    def __iter__(self) -> Iterator[Any]:
-        """Iterates over the current values, with a bounded number in memory at a time."""
-        for part in self.chunks(STRINGS_AT_ONCE if self._element() is STRING else AT_ONCE):
-            yield from part
-
-    def chunks(self, size: int) -> Iterator[Any]:
-        """Iterates over the current values in arrays, or lists of str.
-
-        Args:
-            size: the number of values in each; the last may have fewer.
-
-        Raises:
-            TypeError, ValueError: the size is not a positive integer.
-            Error: as `read`, while iterating.
-        """
-        size = operator.index(size)
-        if size < 1:
-            raise ValueError(f"the size of a chunk must be positive, not {size}")
-        length = len(self)
-        return (self._read(first, min(size, length - first)) for first in range(0, length, size))
-
-    def read(self, first: int = 0, count: Optional[int] = None, out: Optional[Array] = None) -> Any:
-        """Reads a range of values.
-
-        Args:
-            first: the index of the first value.
-            count: how many values; None for all from the first on.
-            out: an array of `count` elements of the channel's dtype, for the values. With it, many
-                reads need no new memory.
-
-        Returns:
-            A one-dimensional array of the channel's dtype, which is `out` if that was given; for
-            strings a list of str.
-
-        Raises:
-            IndexError: the range ends beyond the last value.
-            TypeError, ValueError: `out` is not such an array.
-            Error: the values cannot be read, or the file is closed.
-        """
-        length = len(self)
-        first = operator.index(first)
-        count = length - first if count is None else operator.index(count)
-        if first < 0 or count < 0 or first + count > length:
-            raise IndexError(f"{self._label} has {length} values: not {count} from {first} on")
-        return self._read(first, count, out)
-
-    def append(self, values: Any) -> None:
-        """Adds values after the existing ones. They are in memory until the next save.
-
-        The first values fix the type of a channel. For an array, or an object that converts itself
-        to one, it is the array's type; later arrays must have the same type, or one that NumPy
-        casts to it safely. For a sequence of bool, int, float, str or datetime it is bool, int64
-        (uint64 if a value is too large), float64, string or time; later sequences are converted to
-        the channel's type. An empty sequence fixes no type. Only floats are rounded: integers that
-        a channel of floats cannot hold exactly are rejected, also in arrays. Times without a time
-        zone are taken as UTC.
-
-        Args:
-            values: a one-dimensional array or a sequence.
-
-        Raises:
-            TypeError: files, or this channel, have no values of that type.
-            ValueError: the values have more than one dimension; a time is not a whole number of
-                nanoseconds from 1677 to 2262; a string contains a NUL; the channel's floats cannot
-                hold an integer exactly, such as 2**53 + 1.
-            OverflowError: a number is out of the range of the channel's type.
-            Error: the file is closed or open for reading only, or there would be more than 4 GiB of
-                strings in one save. After all of these errors nothing was added. After an
-                interrupt, such as KeyboardInterrupt, all values may have been added.
-        """
-        converted = to_values(values, self._element())
-        if converted is None:
-            return
-        element, data = converted
-        argument: Any
-        if isinstance(data, list):
-            argument = (ctypes.c_char_p * len(data))(*data)
-        else:
-            argument = data.ctypes.data
-        self._session.call(self._label, element.append, self._pointer, len(data), argument)
-
-    def to_pandas(self) -> pandas.Series:
-        """The values as a Series with the channel's name.
-
-        The index is the group's first channel of times if that is another channel of the same
-        length; otherwise it is a range of integers.
-
-        Raises:
-            ImportError: pandas is not installed.
-            Error: as `read`.
-        """
-        from tdms._frames import series_of
-
-        return series_of(self)
-
-    def __array__(
-        self, dtype: Optional[numpy.typing.DTypeLike] = None, copy: Optional[bool] = None
-    ) -> Array:
-        if copy is False:
-            raise ValueError("the values are in a file: an array of them is a copy")
-        values = self.read()
-        array: Array = numpy.array(values, object) if isinstance(values, list) else values
-        return array if dtype is None else array.astype(dtype, copy=False)
-
-    def __repr__(self) -> str:
-        from tdms._describe import describe_channel
-
-        return f"<tdms.Channel {describe_channel(self)}>"
-
-    def _element(self) -> Optional[ElementType]:
-        """The channel's type, which does not change once it has one."""
-        code, _ = self._session.ask(LIB.get_channel_datatype, self._pointer)
-        if self._known is None and code != 0:
-            self._known = BY_CODE.get(code)
-            if self._known is None:
-                # -1 is not a status, but the code of a type.
-                self._checked(Status.DATATYPE if code >= -1 else code)
-        return self._known
-
-    def _counts(self) -> Tuple[int, int]:
-        count, lost = ctypes.c_uint64(), ctypes.c_uint64()
-        self._session.call(
-            self._label,
-            LIB.tdms_get_num_values, self._pointer, ctypes.byref(count), ctypes.byref(lost),
-        )  # fmt: skip
-        return count.value, lost.value
-
-    def _read(self, first: int, count: int, out: Optional[Array] = None) -> Any:
-        element = self._element()
-        if element is STRING:
-            if out is not None:
-                raise TypeError("strings are not read into an array")
-            return self._read_strings(first, count)
-        dtype = element.dtype if element is not None else numpy.dtype("float64")
-        array = numpy.empty(count, dtype) if out is None else _usable(out, count, dtype)
-        if element is not None:
-            self._session.call(
-                self._label, element.read, self._pointer, first, count, array.ctypes.data
-            )
-        return array if out is None else out
-
-    def _read_strings(self, first: int, count: int) -> List[str]:
-        size = ctypes.c_uint64()
-        self._session.call(
-            self._label,
-            LIB.tdms_get_string_size, self._pointer, first, count, ctypes.byref(size),
-        )  # fmt: skip
-        bytes_read = numpy.empty(size.value, "uint8")
-        begins = numpy.empty(count + 1, "uint64")
-        begin = bytes_read.ctypes.data
-        self._session.call(
-            self._label, LIB.tdms_read_string,
-            self._pointer, first, count, begin, size.value, begins.ctypes.data,
-        )  # fmt: skip
-        offsets = (begins - numpy.uint64(begin)).tolist()
-        view = bytes_read.data
-        return [
-            str(view[offset : end - 1], "utf-8", "surrogateescape")
-            for offset, end in zip(offsets, offsets[1:])
-        ]
-
-    def _read_every(self, wanted: range) -> Any:
-        """The values at these indexes, without all values between them in memory."""
-        if wanted.step < 0:
-            return self._read_every(wanted[::-1])[::-1]
-        count, step = len(wanted), wanted.step
-        if step == 1 or count < 2:
-            return self._read(wanted.start if count else 0, count)
-        dtype = self.dtype
-        assert dtype is not None  # a channel that has values
-        strings = dtype == STRING.dtype
-        at_once = STRINGS_AT_ONCE if strings else AT_ONCE
-        per_read = max(at_once // step, 1) if step * dtype.itemsize < FAR_APART else 1
-        result: Any = [""] * count if strings else numpy.empty(count, dtype)
-        for done in range(0, count, per_read):
-            part = wanted[done : done + per_read]
-            read = self._read(part.start, part[-1] - part.start + 1)
-            result[done : done + len(part)] = read[::step]
-        return result
-
-
-def _below(owner: str, name: str) -> str:
-    return ": ".join(part for part in (owner, name) if part)
-
-
-def _lookup_bytes(name: str) -> Optional[bytes]:
-    """The bytes of a name to find; None if no name can have them."""
-    try:
-        return encode(name)
-    except UnicodeEncodeError:
-        return None
-
-
 def _path_bytes(path: Union[str, bytes, os.PathLike[Any]]) -> bytes:
     return without_nul(os.fsencode(path), "a path")
 
@@ -815,18 +395,3 @@ def _two_names(names: Tuple[Any, ...]) -> Tuple[str, str]:
     if len(names) != 2:
         raise TypeError(f"expected the names of a group and a channel, not {names!r}")
     return names[0], names[1]
-
-
-def _usable(out: Array, count: int, dtype: numpy.dtype[Any]) -> Array:
-    """The same memory as a plain array, if C can write `count` values of the type to it.
-
-    A subclass of numpy.ndarray could report other attributes than its memory has.
-    """
-    if not isinstance(out, numpy.ndarray):
-        raise TypeError(f"out must be an array of {dtype}")
-    plain = numpy.asarray(out)
-    if plain.dtype != dtype:
-        raise TypeError(f"out must be an array of {dtype}")
-    if plain.shape != (count,) or not plain.flags.carray:
-        raise ValueError(f"out must be a contiguous, writable array of {count} values")
-    return plain

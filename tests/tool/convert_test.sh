@@ -78,7 +78,7 @@ done <<'END'
 1|two columns are named "data/a"|a,data/a\n1,2\n
 1|cannot have a slash: "g/a/b"|g/a/b\n1\n
 1|it has zero bytes|a\nx\0y\n
-1|column 2 has values and no name|a,\n1,2\n
+1|column 2 has values but no name|a,\n1,2\n
 2|is a TDMS file already|TDSm
 END
 ln -s random.csv link.tdms && ln -s random.csv record.h5

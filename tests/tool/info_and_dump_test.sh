@@ -123,7 +123,6 @@ each_status <<'END'
 2|not a separator: ""|dump record.tdms --separator ""
 1|"g/time": the times do not ascend|dump back.tdms --since 2024-02-01
 2|not a time: "2024-02-30"|dump record.tdms --since 2024-02-30
-2|not a separator: "--"|dump record.tdms --separator --
 2|must not be a comma|dump record.tdms --decimal-comma --separator ,
 2|--follow needs a file|dump - --follow
 2|excludes|dump record.tdms --follow -o empty/rows.csv

@@ -161,7 +161,6 @@ gaps "$regular 45 46 47" 0                                   # only five times a
 gaps "$regular 60" 1                                         # of one point
 gaps "0 1 20 21 40 41 42 70 71 72 73 90 91 92 93 94" 0       # irregular
 gaps "$regular $(seq -s' ' 2000000 1000 2040000)" 0          # of two rates
-gaps "$regular $(seq -s' ' 100000 100040)" 1
 gaps "$(seq -s' ' 0 300) $(seq -s' ' 310 400)" 1 --size 200x600 # more than a column
 gaps "$(seq -s' ' 0 9 9000)" 0 --size 200x600
 at() { date -u -d "@$((monday + $1))" +%FT%TZ; }

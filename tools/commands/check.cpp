@@ -169,10 +169,10 @@ bool check_file(output& out, const std::string& name, bool quiet)
     } catch (const closed_pipe&) {
         nobody_reads = true;
     }
-    bool all_well = report_fault(name, from, intact);
-    if (intact.segments != 0) all_well = check_values(name, from) && all_well;
+    bool is_intact = report_fault(name, from, intact);
+    if (intact.segments != 0) is_intact = check_values(name, from) && is_intact;
     if (nobody_reads) throw closed_pipe{};
-    return all_well;
+    return is_intact;
 }
 
 }  // namespace

@@ -88,14 +88,14 @@ bool diff(const diff_options& wanted);
 template <class Use>
 bool for_each_file(const std::vector<std::string>& files, Use use)
 {
-    bool all_well = true;
+    bool succeeded = true;
     const auto fail = [&](const std::string& name, const std::string& message) {
         report(name, message);
-        all_well = false;
+        succeeded = false;
     };
     for (const std::string& name : files) {
         try {
-            all_well = use(name) && all_well;
+            succeeded = use(name) && succeeded;
         } catch (const failure& e) {
             fail(name, e.what());
         } catch (const tdms::error& e) {
@@ -104,7 +104,7 @@ bool for_each_file(const std::vector<std::string>& files, Use use)
             fail(name, "out of memory");
         }
     }
-    return all_well;
+    return succeeded;
 }
 
 }  // namespace tool

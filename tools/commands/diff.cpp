@@ -195,11 +195,11 @@ bool diff(const diff_options& wanted)
         return true;
     };
     if (!for_each_file({wanted.first, wanted.second}, open)) return false;
-    bool all_well = comparison(wanted, *files[0], *files[1]).run();
+    bool succeeded = comparison(wanted, *files[0], *files[1]).run();
     for (const auto& each : files) {
-        all_well = report_rest(each->name, each->from, each->file, false) && all_well;
+        succeeded = report_rest(each->name, each->from, each->file, false) && succeeded;
     }
-    return all_well;
+    return succeeded;
 }
 
 }  // namespace tool

@@ -134,7 +134,7 @@ class dump_command {
             put(output([&](std::string_view bytes) { target.write(bytes); }), format);
             target.commit();
         }
-        return all_well_;
+        return succeeded_;
     }
 
   private:
@@ -148,10 +148,10 @@ class dump_command {
         const bool is_sound = wanted_.follow
                                   ? report_damage(wanted_.file, from_, file)
                                   : report_rest(wanted_.file, from_, file, wanted_.strict);
-        if (!is_sound) all_well_ = false;
+        if (!is_sound) succeeded_ = false;
         csv_table table(out, format, dump_plan(file, wanted_).sources);
         for (const csv_source& s : table.sources()) {
-            if (s.from.lost != 0) complain(s.from, lost_values(s.from));
+            if (s.from.lost != 0) report_error(s.from, lost_values(s.from));
         }
         table.put_names();
         if (wanted_.units) table.put_units();
@@ -171,21 +171,21 @@ class dump_command {
         if (!wanted_.target.empty() || isatty(STDOUT_FILENO) == 0) {
             shown.emplace("dumping", table.total());
         }
-        const auto complaint = [this](const selected_channel& c, const std::string& message) {
-            complain(c, message);
+        const auto on_error = [this](const selected_channel& c, const std::string& message) {
+            report_error(c, message);
         };
         while (left != 0) {
-            const std::uint64_t rows = table.put_rows(left, complaint);
+            const std::uint64_t rows = table.put_rows(left, on_error);
             if (rows == 0) return;
             left -= rows;
             if (shown) shown->at(table.done());
         }
     }
 
-    void complain(const selected_channel& c, const std::string& message)
+    void report_error(const selected_channel& c, const std::string& message)
     {
         report(wanted_.file, in_quotes(c.name()) + ": " + message);
-        all_well_ = false;
+        succeeded_ = false;
     }
 
     static void wait_for_channels(tdms::file& file, follower& recorder)
@@ -224,7 +224,7 @@ class dump_command {
     static constexpr std::chrono::milliseconds pause{100};
     const dump_options& wanted_;
     input from_;
-    bool all_well_ = true;
+    bool succeeded_ = true;
 };
 
 }  // namespace

@@ -29,7 +29,7 @@ void put_names(output& out, const tdms::file& file)
 // Reports the channels whose values cannot be read. @return whether there are none
 bool report_failures(const std::string& name, const tdms::file& file, const file_statistics& all)
 {
-    bool all_well = true;
+    bool succeeded = true;
     std::size_t group = 0;
     for (const tdms::group& g : file.groups()) {
         std::size_t channel = 0;
@@ -37,11 +37,11 @@ bool report_failures(const std::string& name, const tdms::file& file, const file
             const std::string& failure = all.groups[group].channels[channel++].failure;
             if (failure.empty()) continue;
             report(name, in_quotes(c.name()) + ": " + failure);
-            all_well = false;
+            succeeded = false;
         }
         ++group;
     }
-    return all_well;
+    return succeeded;
 }
 
 }  // namespace
@@ -52,7 +52,7 @@ bool info(const info_options& wanted)
     json_writer json(out);
     if (wanted.json) json.open('[');
     bool first = true;
-    const bool all_well = for_each_file(wanted.files, [&](const std::string& name) {
+    const bool succeeded = for_each_file(wanted.files, [&](const std::string& name) {
         const input from(name);
         const tdms::file file = open_intact(from);
         std::optional<file_statistics> read;
@@ -76,7 +76,7 @@ bool info(const info_options& wanted)
         out.put('\n');
     }
     out.flush();
-    return all_well;
+    return succeeded;
 }
 
 }  // namespace tool

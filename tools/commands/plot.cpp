@@ -97,7 +97,7 @@ bool plot(const plot_options& wanted)
     } else {
         still_plot(wanted, source).draw_picture();
     }
-    return source.reports().all_well();
+    return source.reports().succeeded();
 }
 
 }  // namespace tool

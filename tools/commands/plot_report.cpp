@@ -9,27 +9,27 @@ namespace tool {
 void plot_report::left_out(const selected_channel& c)
 {
     if (!can_be_drawn(c.type)) {
-        if (c.named) complain(c, type_name(c.type) + " values cannot be drawn");
+        if (c.named) report_error(c, type_name(c.type) + " values cannot be drawn");
     } else if (c.lost != 0) {
-        complain(c, lost_values(c));
+        report_error(c, lost_values(c));
     } else if (c.named && !wanted_.follow) {
-        complain(c, "it has no values to draw");
+        report_error(c, "it has no values to draw");
     }
 }
 
 void plot_report::unreadable(const selected_channel& c, const std::string& message)
 {
-    complain(c, message);
+    report_error(c, message);
 }
 
 // A channel without numbers is an error only if it was named itself.
 void plot_report::missing(const curve& c)
 {
-    if (c.from.lost != 0) complain(c.from, lost_values(c.from));
+    if (c.from.lost != 0) report_error(c.from, lost_values(c.from));
     if (c.trace.too_large() != 0) {
-        complain(c.from, too_large(c));
+        report_error(c.from, too_large(c));
     } else if (!wanted_.follow && !c.has_numbers()) {
-        if (c.from.named) all_well_ = false;
+        if (c.from.named) succeeded_ = false;
         if (c.trace.samples() != 0) {
             note(c.from, "it has no numbers to draw");
         } else if (c.from.named && !c.unreadable) {
@@ -41,7 +41,7 @@ void plot_report::missing(const curve& c)
 void plot_report::nothing_drawn()
 {
     if (messages_.empty()) throw failure("there is nothing to draw");
-    all_well_ = false;
+    succeeded_ = false;
 }
 
 // Without the count while following: it grows, and each new one would be another message.
@@ -52,9 +52,9 @@ std::string plot_report::too_large(const curve& c) const
     return count_of(c.trace.too_large(), "number") + " left out: too large to draw";
 }
 
-void plot_report::complain(const selected_channel& c, const std::string& message)
+void plot_report::report_error(const selected_channel& c, const std::string& message)
 {
-    all_well_ = false;
+    succeeded_ = false;
     note(c, message);
 }
 

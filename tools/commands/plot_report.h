@@ -15,8 +15,8 @@ class plot_report {
     explicit plot_report(const plot_options& wanted) : wanted_(wanted) {}
 
     /// False once something that was asked for could not be drawn.
-    bool all_well() const { return all_well_; }
-    void fail() { all_well_ = false; }
+    bool succeeded() const { return succeeded_; }
+    void fail() { succeeded_ = false; }
 
     /// A channel that is left out.
     void left_out(const selected_channel& c);
@@ -32,12 +32,12 @@ class plot_report {
 
   private:
     std::string too_large(const curve& c) const;
-    void complain(const selected_channel& c, const std::string& message);
+    void report_error(const selected_channel& c, const std::string& message);
     void note(const selected_channel& c, const std::string& message);
 
     const plot_options& wanted_;
     std::set<std::string> messages_;
-    bool all_well_ = true;
+    bool succeeded_ = true;
 };
 
 }  // namespace tool

@@ -122,7 +122,7 @@ class csv_import {
         // A separator at the end of every line makes an empty column, which is left out.
         for (std::size_t i = 0; i != columns_.size(); ++i) {
             if (!columns_[i].has_name() && columns_[i].profile.count() != 0) {
-                throw failure("column " + std::to_string(i + 1) + " has values and no name");
+                throw failure("column " + std::to_string(i + 1) + " has values but no name");
             }
         }
         for (const planned_column& c : columns_) {

@@ -55,7 +55,7 @@ void put_value(hid_t to, const std::string& name, const std::string& value)
 }  // namespace
 
 void put_attributes(hid_t to, const tdms::object& from, const std::vector<named_string>& own,
-                    const std::function<void(const std::string& message)>& complain)
+                    const std::function<void(const std::string& message)>& on_renamed)
 {
     std::vector<std::pair<std::string, tdms::property_value>> all(own.begin(), own.end());
     for (const auto& property : from.properties()) all.push_back(property);
@@ -70,7 +70,7 @@ void put_attributes(hid_t to, const tdms::object& from, const std::vector<named_
     for (std::size_t i = 0; i != all.size(); ++i) {
         std::visit([&](const auto& value) { put_value(to, names[i], value); }, all[i].second);
         if (names[i] == wanted[i]) continue;
-        complain("the attribute " + in_quotes(wanted[i]) + " is named " + in_quotes(names[i]));
+        on_renamed("the attribute " + in_quotes(wanted[i]) + " is named " + in_quotes(names[i]));
     }
 }
 

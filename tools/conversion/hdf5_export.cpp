@@ -78,7 +78,7 @@ class hdf5_export {
         for (std::size_t i = 0; i != groups.size(); ++i) put(groups[i], links[i]);
         link_creation_.close();
         file_.close();
-        return all_well_;
+        return succeeded_;
     }
 
   private:
@@ -105,9 +105,9 @@ class hdf5_export {
         if (!has_type) put_values<double>(group, c, link);
         try {
             const selected_channel counted(g, c);
-            if (counted.lost != 0) complain(lost_values(counted));
+            if (counted.lost != 0) report_error(lost_values(counted));
         } catch (const tdms::error& e) {
-            complain(message_of(e.status()));
+            report_error(message_of(e.status()));
         }
     }
 
@@ -163,7 +163,7 @@ class hdf5_export {
             try {
                 piece = pieces.read(first, std::min<hsize_t>(pieces.fitting(), size - first));
             } catch (const tdms::error& e) {
-                complain(message_of(e.status()));
+                report_error(message_of(e.status()));
                 checked(H5Dset_extent(to, &first));
                 break;
             }
@@ -171,7 +171,7 @@ class hdf5_export {
             first += piece.size();
         }
         if (truncated == 0) return;
-        complain(count_of(truncated, "string") + " truncated: in HDF5 they end at a zero byte");
+        report_error(count_of(truncated, "string") + " truncated: in HDF5 they end at a zero byte");
     }
 
     // @return how many strings have a zero byte
@@ -221,10 +221,10 @@ class hdf5_export {
         };
     }
 
-    void complain(const std::string& message)
+    void report_error(const std::string& message)
     {
         report(name_, in_quotes(subject_) + ": " + message);
-        all_well_ = false;
+        succeeded_ = false;
     }
 
     std::string name_;
@@ -233,7 +233,7 @@ class hdf5_export {
     hdf5_handle file_;
     hdf5_handle link_creation_;
     std::string subject_;  // the channel that is converted
-    bool all_well_ = true;
+    bool succeeded_ = true;
 };
 
 }  // namespace

@@ -114,7 +114,7 @@ void csv_table::put_units()
     });
 }
 
-std::uint64_t csv_table::put_rows(std::uint64_t most, const complaint& complain)
+std::uint64_t csv_table::put_rows(std::uint64_t most, const error_handler& on_error)
 {
     most = std::min(most, rows_at_once_);
     std::uint64_t rows = 0;
@@ -125,7 +125,7 @@ std::uint64_t csv_table::put_rows(std::uint64_t most, const complaint& complain)
         try {
             if (held_[i] != 0) bytes += columns_[i]->read(s.next, held_[i]);
         } catch (const tdms::error& e) {
-            complain(s.from, message_of(e.status()));
+            on_error(s.from, message_of(e.status()));
             s.unreadable = true;
             held_[i] = 0;
         }

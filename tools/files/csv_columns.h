@@ -39,7 +39,7 @@ struct csv_source {
 /// Channels side by side, as lines of CSV.
 class csv_table {
   public:
-    using complaint = std::function<void(const selected_channel&, const std::string& message)>;
+    using error_handler = std::function<void(const selected_channel&, const std::string& message)>;
 
     csv_table(output& out, const csv_format& format, std::vector<csv_source> sources);
 
@@ -57,7 +57,7 @@ class csv_table {
     /// Puts at most `most` rows, up to the end of the longest source. A channel that cannot be read
     /// is reported; its column stays, with empty fields.
     /// @return the number of rows; 0 at the end
-    std::uint64_t put_rows(std::uint64_t most, const complaint& complain);
+    std::uint64_t put_rows(std::uint64_t most, const error_handler& on_error);
 
     /// The bytes of the values read so far, and of all values as far as they are known.
     std::uint64_t done() const { return done_; }

@@ -52,16 +52,6 @@ struct stat facts_of(const descriptor& file)
 
 }  // namespace
 
-descriptor::~descriptor()
-{
-    close();
-}
-
-void descriptor::close()
-{
-    if (number_ >= 0) ::close(release());
-}
-
 input::input(const std::string& name) : name_(name), path_(name), file_(open_or_throw(name))
 {
     source_ = facts_of(file_);

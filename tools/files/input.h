@@ -5,33 +5,11 @@
 #include <cstdint>
 #include <string>
 
+#include "core/descriptor.h"
+
 namespace tool {
 
-/// An open file descriptor and its owner.
-class descriptor {
-  public:
-    explicit descriptor(int number) : number_(number) {}
-    ~descriptor();
-    descriptor(descriptor&& other) noexcept : number_(other.release()) {}
-    descriptor& operator=(descriptor&& other) noexcept
-    {
-        close();
-        number_ = other.release();
-        return *this;
-    }
-
-    int get() const { return number_; }
-    int release()
-    {
-        const int number = number_;
-        number_ = -1;
-        return number;
-    }
-    void close();
-
-  private:
-    int number_;
-};
+using tdms_impl::descriptor;
 
 /// A file to read, as the command line names it. Reading needs random access, so a pipe, or
 /// standard input, which is named "-", is first copied to a temporary file without a name.

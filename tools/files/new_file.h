@@ -39,7 +39,7 @@ class new_file {
 
     std::string target_;
     std::string path_;
-    descriptor file_{-1};
+    descriptor file_;
 };
 
 }  // namespace tool

@@ -23,7 +23,7 @@ class child_process {
             output_.reset();  // otherwise it would not notice that the parent stops reading
             _exit(work(end_.get()));
         }
-        end_.close();
+        end_.reset();
     }
     /// Stops reading, which ends a process that is still writing, and waits for the exit.
     ~child_process() { wait(); }
@@ -41,7 +41,7 @@ class child_process {
     struct closer {
         void operator()(std::FILE* stream) const { std::fclose(stream); }
     };
-    descriptor end_{-1};
+    descriptor end_;
     std::unique_ptr<std::FILE, closer> output_;
     pid_t number_ = -1;
 };

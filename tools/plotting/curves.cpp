@@ -153,12 +153,12 @@ std::uint64_t curve_set::bytes_to_read() const
     return bytes;
 }
 
-void curve_set::read(const complaint& complain)
+void curve_set::read(const error_handler& on_error)
 {
     progress shown("reading", bytes_to_read());
     piece rows;
     for (family& f : families_) {
-        while (find_rows(f, rows)) read(f, rows, shown, complain);
+        while (find_rows(f, rows)) read(f, rows, shown, on_error);
         for (const std::size_t i : f.members) curves_[i].longest_step = f.steps.longest();
     }
     for (curve& c : curves_) c.trace.settle();
@@ -179,7 +179,7 @@ bool curve_set::find_rows(const family& f, piece& rows) const
     return true;
 }
 
-void curve_set::read(family& f, piece& rows, progress& shown, const complaint& complain)
+void curve_set::read(family& f, piece& rows, progress& shown, const error_handler& on_error)
 {
     const auto read = [&](const selected_channel& c, std::uint64_t first, auto values) {
         try {
@@ -187,7 +187,7 @@ void curve_set::read(family& f, piece& rows, progress& shown, const complaint& c
             shown.add(values.size() * size_of(c));
             return true;
         } catch (const tdms::error& e) {
-            complain(c, message_of(e.status()));
+            on_error(c, message_of(e.status()));
             return false;
         }
     };

@@ -52,7 +52,7 @@ struct time_limits {
 /// Reads the curves of channels, piece by piece.
 class curve_set {
   public:
-    using complaint = std::function<void(const selected_channel&, const std::string& message)>;
+    using error_handler = std::function<void(const selected_channel&, const std::string& message)>;
 
     /// Throws a failure if there are limits that cannot be found in the times of a group.
     /// @param columns the width of the widest picture
@@ -61,7 +61,7 @@ class curve_set {
 
     /// Reads what has not been read yet. A channel that cannot be read is reported, and its curve
     /// ends there.
-    void read(const complaint& complain);
+    void read(const error_handler& on_error);
 
     /// Takes in the values that were added to the file. @return whether there are any to read
     bool count_values();
@@ -100,7 +100,7 @@ class curve_set {
     std::uint64_t bytes_to_read() const;
 
     bool find_rows(const family& f, piece& rows) const;
-    void read(family& f, piece& rows, progress& shown, const complaint& complain);
+    void read(family& f, piece& rows, progress& shown, const error_handler& on_error);
     static void add_samples(curve& c, std::span<const double> values, const piece& rows);
 
     time_limits limits_;

@@ -13,7 +13,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -24,6 +23,7 @@
 #include <vector>
 
 #include "../support/device.hpp"
+#include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
 #include "../support/stop_signal.hpp"
 #include "../support/text.hpp"
@@ -295,7 +295,7 @@ class acquisition {
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("acquire", [&] {
         H5dont_atexit();  // it can crash after a failed write
         h5::be_silent();
         if (argc < 2 || argc > 5) {
@@ -305,12 +305,5 @@ int main(int argc, char** argv)
         acquisition a(argv[1], argc > 2 ? to_number<unsigned>(argv[2]) : 60,
                       argc > 4 ? to_number<unsigned>(argv[4]) : 600);
         a.run(argc > 3 ? to_number<unsigned>(argv[3]) : 0);
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "acquire: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "acquire: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

@@ -8,12 +8,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <exception>
-#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
 
 namespace {
@@ -171,16 +170,9 @@ void repack(const char* from, const char* to)
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("repack", [&] {
         h5::be_silent();
         if (argc != 3) throw std::invalid_argument("usage: repack FILE OUTPUT");
         repack(argv[1], argv[2]);
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "repack: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "repack: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

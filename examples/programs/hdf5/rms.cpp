@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <initializer_list>
 #include <iostream>
 #include <optional>
@@ -16,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
 #include "../support/mean_of_seconds.hpp"
 #include "../support/text.hpp"
@@ -92,18 +92,11 @@ void print_rms(const char* path, const char* group, const char* name, double giv
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("rms", [&] {
         h5::be_silent();
         if (argc < 4 || argc > 5) {
             throw std::invalid_argument("usage: rms FILE GROUP CHANNEL [RATE]");
         }
         print_rms(argv[1], argv[2], argv[3], argc > 4 ? to_number<double>(argv[4]) : 0);
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "rms: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "rms: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }

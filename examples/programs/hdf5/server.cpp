@@ -11,8 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <exception>
-#include <iostream>
 #include <map>
 #include <mutex>
 #include <stdexcept>
@@ -21,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
 #include "../support/line_server.hpp"
 #include "../support/range_request.hpp"
@@ -145,7 +144,7 @@ class recordings {
 
 int main(int argc, char** argv)
 {
-    try {
+    return exit_status_of("server", [&] {
         if (argc < 2 || argc > 3) throw std::invalid_argument("usage: server FOLDER [PORT]");
         line_server server(argc > 2 ? to_number<std::uint16_t>(argv[2]) : std::uint16_t(0));
         recordings files(argv[1]);
@@ -153,12 +152,5 @@ int main(int argc, char** argv)
             h5::be_silent();
             return [&](const std::string& line) { return files.answer(to_request(line)); };
         });
-        return 0;
-    } catch (const std::invalid_argument& e) {
-        std::cerr << "server: " << e.what() << '\n';
-        return 2;
-    } catch (const std::exception& e) {
-        std::cerr << "server: " << e.what() << '\n';
-        return 1;
-    }
+    });
 }
