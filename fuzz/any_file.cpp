@@ -38,7 +38,7 @@ void append(void* file)
         create_channel_property_int8(channel, "new", 1);
         require(Element::set(channel, 1, Element::samples) == TDMS_OK);
     });
-    create_file_property_string(file, "new", "text");
+    create_file_property_string(file, "new", "a string");
     void* added = nullptr;
     create_group(file, "new", &added);
     require(save_file(file) == TDMS_OK && save_file(file) == TDMS_OK);
@@ -97,13 +97,13 @@ void follow(const std::string& path, int memory, const std::uint8_t* data, std::
     std::uint64_t rest = 0;
     require(tdms_refresh(file.handle, &rest) == TDMS_OK);
     read_ranges(file.handle, seed);
-    file_handle whole;
-    const bool intact = tdms_open(path.c_str(), "a", &whole.handle) == TDMS_OK;
+    file_handle complete;
+    const bool intact = tdms_open(path.c_str(), "a", &complete.handle) == TDMS_OK;
     require(intact == (rest == 0));
     if (!intact) return;
-    read_ranges(whole.handle, seed + 1);
-    append_values(whole.handle);
-    read_ranges(whole.handle, seed);
+    read_ranges(complete.handle, seed + 1);
+    append_values(complete.handle);
+    read_ranges(complete.handle, seed);
     require(tdms_refresh(file.handle, &rest) == TDMS_OK && rest == 0);
     read_ranges(file.handle, seed + 2);
 }

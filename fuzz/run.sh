@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # run.sh [SECONDS [LIBFUZZER-OPTION...]]: builds the fuzz target, writes seeds, and runs it, for 60
-# seconds unless told otherwise. What it finds is left in build/fuzz.
+# seconds by default. What it finds is left in build/fuzz.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -13,7 +13,7 @@ cmake --build build/fuzz --parallel "$(nproc)" >/dev/null
 cd build/fuzz
 mkdir -p corpus
 fuzz/seeds seeds
-# Leaks are looked for at the end: after each input, the texts that the library keeps for the
-# process would count as such. No input may make it ask for 64 MiB at once.
+# Leaks are checked for only at the end: after each input, the strings that the library keeps for
+# the process would count as such. No input may make it ask for 64 MiB at once.
 exec ./fuzz/fuzz_any_file -max_total_time="${1:-60}" -max_len=8192 -detect_leaks=0 \
     -malloc_limit_mb=64 -rss_limit_mb=4096 -print_final_stats=1 "${@:2}" corpus seeds

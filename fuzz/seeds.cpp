@@ -36,7 +36,7 @@ int main(int count, char** arguments)
     const std::filesystem::path directory = arguments[1];
     std::filesystem::create_directories(directory / "odd");
     int number = 100;
-    for (const auto& files : {files_to_open(), files_of_numbers(), files_of_texts()}) {
+    for (const auto& files : {files_to_open(), files_of_numbers(), files_of_strings()}) {
         for (const hostile_file& file : files) {
             fill(directory / std::to_string(number++), file.bytes);
         }

@@ -22,7 +22,7 @@ inline void read_properties(std::size_t level, void* owner)
         });
     }
 
-    // By the functions for any object there are as many, each of which can be got by its name.
+    // The functions for any object list as many, and find each by its name.
     const char* name = nullptr;
     std::uint64_t length = 0;
     tdms_value value{};
@@ -38,7 +38,7 @@ inline void read_channel(void* channel)
 {
     std::uint64_t count = 0;
     get_num_channel_data(channel, &count);
-    // A caller would size the array by the count. One that no small file can hold must be refused.
+    // A caller sizes the array by the count. One that no small file can hold must be rejected.
     const bool impossible = count > 65536;
     const int type = get_channel_datatype(channel);
     const int other = type == element_double::code ? element_int8::code : element_double::code;
@@ -50,8 +50,8 @@ inline void read_channel(void* channel)
     });
 }
 
-// A data type that the format does not know, and an object of no group behind one of a group, are
-// failed lookups.
+// A data type that the format does not know, and an object outside a group that is listed after one
+// of its channels, are failed lookups.
 template <class Call>
 void pass_failed_lookups(Call call)
 {

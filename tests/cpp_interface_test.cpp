@@ -173,7 +173,7 @@ TEST(CppProperties, TakeTheTypeThatTheValueHas)
 // Other programs' files name types that have no values.
 TEST(CppProperties, OfTypesWithoutValuesAreThere)
 {
-    const scratch_file scratch(segment({object("/'g'", none, u32(1) + text("p") + u32(0x0C))}));
+    const scratch_file scratch(segment({object("/'g'", none, property_p(0x0C))}));
     const tdms::file f(scratch.path());
     EXPECT_EQ(property_value(), f["g"].properties().at("p"));
     EXPECT_FALSE(tdms::with_type(0x0C, []<class T>() { ADD_FAILURE(); }));

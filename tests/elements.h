@@ -16,21 +16,21 @@ struct property_functions {
     int (*get)(void*, const char*, T*);
 };
 
-// The getters of texts take a buffer; these are like the others.
-#define TEST_TEXT_GETTER(level)                                                                \
-    inline int get_##level##_property_string(void* owner, const char* name, const char** text) \
-    {                                                                                          \
-        static thread_local char buffer[64];                                                   \
-        *text = buffer;                                                                        \
-        return get_##level##_property_string(owner, name, buffer, sizeof buffer);              \
+// The getters of strings take a buffer; these are like the others.
+#define TEST_STRING_GETTER(level)                                                                \
+    inline int get_##level##_property_string(void* owner, const char* name, const char** string) \
+    {                                                                                            \
+        static thread_local char buffer[64];                                                     \
+        *string = buffer;                                                                        \
+        return get_##level##_property_string(owner, name, buffer, sizeof buffer);                \
     }
-TEST_TEXT_GETTER(file)
-TEST_TEXT_GETTER(group)
-TEST_TEXT_GETTER(channel)
+TEST_STRING_GETTER(file)
+TEST_STRING_GETTER(group)
+TEST_STRING_GETTER(channel)
 
 // So does the reader of strings. It keeps what it read last.
 inline int tdms_read_string(void* channel, std::uint64_t first, std::uint64_t count,
-                            const char** texts)
+                            const char** strings)
 {
     static thread_local std::vector<char> buffer;
     static thread_local std::vector<const char*> pointers;
@@ -40,7 +40,7 @@ inline int tdms_read_string(void* channel, std::uint64_t first, std::uint64_t co
     pointers.resize(count + 1);
     const int status =
         tdms_read_string(channel, first, count, buffer.data(), size, pointers.data());
-    if (status == TDMS_OK) std::copy_n(pointers.begin(), count, texts);
+    if (status == TDMS_OK) std::copy_n(pointers.begin(), count, strings);
     return status;
 }
 
@@ -75,10 +75,10 @@ TEST_ELEMENT(bool, bool, 33, true, false, true)
 TEST_ELEMENT(timestamp, timestamp_fields, 68, {2024, 2, 29, 23, 59, 58, 999999},
              {1970, 1, 2, 0, 0, 1, 0}, {2037, 12, 31, 12, 0, 59, 1})
 
-// All the same: whichever texts of a process come first in its storage, they are these.
-TEST_ELEMENT(string, const char*, 32, "a text", "a text", "a text")
+// All equal, because a process hands out its first stored strings.
+TEST_ELEMENT(string, const char*, 32, "a string", "a string", "a string")
 
-// Texts come last: what is read of them stays in memory.
+// Strings come last: what is read of them stays in memory.
 template <class Use>
 void for_each_element(Use use)
 {

@@ -18,7 +18,8 @@ std::string le(T value)
 constexpr auto u32 = le<std::uint32_t>;
 constexpr auto u64 = le<std::uint64_t>;
 
-inline std::string text(const std::string& s)
+// A string as files store it: its length, then its bytes.
+inline std::string prefixed(const std::string& s)
 {
     return u32(static_cast<std::uint32_t>(s.size())) + s;
 }
@@ -35,10 +36,15 @@ inline std::string string_index(std::uint64_t count, std::uint64_t size, std::ui
 {
     return u32(28) + u32(type) + u32(1) + u64(count) + u64(size);
 }
+// The properties of an object that has one, called p.
+inline std::string property_p(std::uint32_t type, const std::string& value = {})
+{
+    return u32(1) + prefixed("p") + u32(type) + value;
+}
 inline std::string object(const std::string& path, const std::string& index,
                           const std::string& properties = no_properties)
 {
-    return text(path) + index + properties;
+    return prefixed(path) + index + properties;
 }
 inline std::string int32s(const std::string& path, std::uint64_t count)
 {

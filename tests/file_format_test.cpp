@@ -34,12 +34,12 @@ TEST_F(FileFormat, TheSmallestFileByteForByte)
 TEST_F(FileFormat, EveryKindOfObject)
 {
     void* const a = file.add_group("a");
-    void* const texts = add_channel(a, "texts");
+    void* const strings = add_channel(a, "strings");
     const char* const words[] = {"ab", "", "cde"};
-    expect_each(
-        0,
-        {create_group_property_int16(group, "n", -2), set_channel_data_double(channel, 0, nullptr),
-         set_channel_data_string(texts, 3, words), create_channel_property_bool(texts, "p", true)});
+    expect_each(0, {create_group_property_int16(group, "n", -2),
+                    set_channel_data_double(channel, 0, nullptr),
+                    set_channel_data_string(strings, 3, words),
+                    create_channel_property_bool(strings, "p", true)});
     add_channel(a, "never filled");
     EXPECT_EQ(0, save_file(file.handle));
 
@@ -50,20 +50,19 @@ TEST_F(FileFormat, EveryKindOfObject)
     EXPECT_EQ(0, delete_group(a));
     file.save_and_close();
 
-    const std::string property_n = u32(1) + text("n") + u32(2) + le<std::int16_t>(-2);
-    const std::string property_p = u32(1) + text("p") + u32(33) + "\x01";
-    EXPECT_EQ(
-        segment({object("/", none), object("/'a'", none), object("/'a'/'texts'", none, property_p),
-                 object("/'g'", none, property_n)}) +
-            segment({object("/'a'/'never filled'", fixed_index(0, 0)),
-                     object("/'a'/'texts'", string_index(3, 17)),
-                     object("/'g'/'c'", fixed_index(10, 0))},
-                    u32(2) + u32(2) + u32(5) + "abcde") +
-            segment({}) +
-            segment(
-                {object("/'g'/'c'", fixed_index(10, 0)), object("/'late'/'x'", fixed_index(33, 1))},
-                "\x01"),
-        scratch.bytes());
+    const std::string property_n = u32(1) + prefixed("n") + u32(2) + le<std::int16_t>(-2);
+    EXPECT_EQ(segment({object("/", none), object("/'a'", none),
+                       object("/'a'/'strings'", none, property_p(33, "\x01")),
+                       object("/'g'", none, property_n)}) +
+                  segment({object("/'a'/'never filled'", fixed_index(0, 0)),
+                           object("/'a'/'strings'", string_index(3, 17)),
+                           object("/'g'/'c'", fixed_index(10, 0))},
+                          u32(2) + u32(2) + u32(5) + "abcde") +
+                  segment({}) +
+                  segment({object("/'g'/'c'", fixed_index(10, 0)),
+                           object("/'late'/'x'", fixed_index(33, 1))},
+                          "\x01"),
+              scratch.bytes());
     EXPECT_EQ(1u, value_count(open_tdms(scratch, "r").channel(2, 0))) << "of a group not listed";
 }
 
@@ -77,10 +76,9 @@ TEST_F(FileFormat, OfTwoTimestampChannelsTheLastOneIsStored)
                     set_channel_data_timestamp(add_channel(group, "d"), 2, times),
                     create_channel_property_uint8(channel, "p", 7)});
     file.save_and_close();
-    const std::string property_p = u32(1) + text("p") + u32(5) + "\x07";
     const std::uint64_t epoch = 2082844800;
     EXPECT_EQ(segment({object("/", none), object("/'g'", none),
-                       object("/'g'/'c'", fixed_index(68, 1), property_p),
+                       object("/'g'/'c'", fixed_index(68, 1), property_p(5, "\x07")),
                        object("/'g'/'d'", fixed_index(68, 2))},
                       u64(0) + u64(epoch + 60) + u64(0) + u64(epoch + 120)) +
                   segment({}),
@@ -95,19 +93,19 @@ TEST_F(FileFormat, OfTwoTimestampChannelsTheLastOneIsStored)
 // A failed staging keeps type, count and bytes of the one before.
 TEST_F(FileFormat, AFailedStagingChangesNothing)
 {
-    void* const texts = add_channel(group, "t");
+    void* const strings = add_channel(group, "t");
     const std::int32_t value = 7;
     const float other = 1;
     const char* const word[] = {"x"};
     const char* const broken[] = {"y", nullptr};
     expect_each(
-        0, {set_channel_data_int32(channel, 1, &value), set_channel_data_string(texts, 1, word)});
+        0, {set_channel_data_int32(channel, 1, &value), set_channel_data_string(strings, 1, word)});
     EXPECT_EQ(3, get_channel_datatype(channel));
     EXPECT_EQ(TDMS_CHANNEL_DATATYPE, set_channel_data_float(channel, 1, &other));
     EXPECT_EQ(TDMS_CHANNEL_DATA_READ, set_channel_data_int32(channel, 2, nullptr));
     EXPECT_EQ("vector::reserve",
-              thrown_text([&] { set_channel_data_int32(channel, ~std::uint64_t{0}, &value); }));
-    EXPECT_EQ(null_text, thrown_text([&] { set_channel_data_string(texts, 2, broken); }));
+              thrown_message([&] { set_channel_data_int32(channel, ~std::uint64_t{0}, &value); }));
+    EXPECT_EQ(null_message, thrown_message([&] { set_channel_data_string(strings, 2, broken); }));
     EXPECT_EQ(0u, value_count(channel)) << "staging does not change what the file holds";
     file.save_and_close();
     EXPECT_EQ(segment({object("/", none), object("/'g'", none)}) +

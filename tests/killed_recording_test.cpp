@@ -38,8 +38,8 @@ void record_appended(const scratch_file& scratch, counter& returned)
     void* const events = file.channel("slow", "event");
     for (std::int64_t save = 0; save != All; ++save, ++returned) {
         const auto values = fast_values(save, save + 1, All);
-        const std::string text = std::to_string(save);
-        const char* const event = text.c_str();
+        const std::string string = std::to_string(save);
+        const char* const event = string.c_str();
         if (save % 100 == 0) file.channel(event, "x");
         if (save % 100 == 0) create_file_property_int8(file.handle, event, 1);
         expect_each(0, {tdms_append_int64(numbers, values.size(), values.data()),
@@ -126,7 +126,7 @@ TEST(KilledRecording, HasEverySaveThatReturned)
     const std::string salvage = "'" TDMS_TOOL "' salvage -o '" + std::string(intact.path()) +
                                 "' '" + file.path() + "' >/dev/null 2>&1";
     int truncated = 0;
-    for (int round = 0; round != 200; ++round) {
+    for (int round = 0; round != rounds(40); ++round) {
         const auto returned = static_cast<std::int64_t>(record_until_killed(file));
         const tdms_file left(file);
         ASSERT_EQ(0, left.status);

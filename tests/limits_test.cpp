@@ -5,7 +5,7 @@ namespace {
 
 using Limits = NewFile;
 
-// One segment states 2^32 + 1 values and holds them as a hole in the file. Behind them, in the same
+// One segment states 2^32 + 1 values and holds them as a hole in the file. After them, in the same
 // segment and in a save of the library's own, are values of another channel.
 TEST_F(Limits, BeyondFourGigabytes)
 {
@@ -16,10 +16,10 @@ TEST_F(Limits, BeyondFourGigabytes)
     EXPECT_EQ(0, set_channel_data_uint8(add_channel(group, "big"), 0, nullptr));
     file.save_and_close();
     const std::string objects = object("/'g'/'big'", fixed_index(5, count)) + int32s("/'g'/'c'", 1);
-    std::ofstream behind(scratch.path(), std::ios::binary | std::ios::in | std::ios::ate);
-    behind << lead_in(4 + objects.size(), count + 4) << u32(2) << objects;
-    behind.seekp(std::streamoff{count}, std::ios::cur) << u32(2);
-    behind.close();
+    std::ofstream out(scratch.path(), std::ios::binary | std::ios::in | std::ios::ate);
+    out << lead_in(4 + objects.size(), count + 4) << u32(2) << objects;
+    out.seekp(std::streamoff{count}, std::ios::cur) << u32(2);
+    out.close();
 
     open_tdms appended(scratch, "a");
     ASSERT_EQ(0, appended.status);

@@ -1,78 +1,8 @@
-// Files, groups and channels in memory: statuses, order, replacement, the registry.
-#include "open_files.h"
+// Groups and channels in memory: their order, replacement, and handles that are rejected.
+#include "core/object_model.h"
 #include "support.h"
 
 namespace {
-
-TEST(Status, EveryCodeHasItsText)
-{
-    // From 1 and -5000 downwards to -5024, then 0; -5012 deliberately has none of its own.
-    const char* const texts =
-        "error code is error!error code is error!file path is error!file TAG is error!file TOC is "
-        "error!file version is error!file handle is invalid!file reads falied!file property name "
-        "is invalid!file_property name is repeated!file deletes failed!the index is error!group "
-        "handle is invalid!error code is error!group property name is invalid!group property name "
-        "is repeated!channel handle is invalid!channel reads failed!channel name is "
-        "repeated!channel property name is invalid!channel property name is repeated!channel "
-        "datatype is error!channel data reads failed!channel data num data reads failed!property "
-        "buffer is insufficient!error code is error!no error!";
-    std::string all = get_error_description(1);
-    for (int code = -5000; code != -5025; --code) all += get_error_description(code);
-    EXPECT_EQ(texts, all + get_error_description(0));
-}
-
-TEST(Registry, ClosingErasesTheFileOrElseTheLastOne)
-{
-    const scratch_file scratch;
-    void* files[3] = {};
-    for (void*& file : files) ASSERT_EQ(0, open_file(scratch.path(), "w", &file));
-    ASSERT_EQ(3u, fileHandles.size());
-    EXPECT_EQ(files[1], fileHandles[1].get());
-    EXPECT_TRUE(std::unique_lock(mtx, std::try_to_lock).owns_lock()) << "left locked";
-    EXPECT_EQ(0, save_file(files[1]));
-    EXPECT_EQ(1u, fileHandles[1]->segment_count);
-
-    // A file that is not in the registry takes the last one along; an empty one has none to erase.
-    const auto kept = fileHandles;
-    fileHandles.erase(fileHandles.begin());
-    EXPECT_EQ(0, close_file(&files[0]));
-    EXPECT_EQ(nullptr, files[0]);
-    ASSERT_EQ(1u, fileHandles.size());
-    EXPECT_EQ(files[1], fileHandles[0].get());
-    expect_each(TDMS_FILE_HANDLE, {close_file(&files[0]), close_file(nullptr)});
-    fileHandles.clear();
-    EXPECT_EQ(0, close_file(&files[1]));
-}
-
-TEST(Files, StatusesOfOpeningAndDeleting)
-{
-    const scratch_file scratch;
-    void* file = &file;
-    const char* const path = scratch.path();
-    EXPECT_EQ(TDMS_FILE_PATH, open_file("/nowhere/at/all", "w", &file));
-    EXPECT_EQ(TDMS_FILE_PATH, open_file(path, "r", &file));
-    expect_each(TDMS_FILE_READ, {open_file(path, "a", &file), open_file("/", "r", &file)});
-    EXPECT_EQ(&file, file) << "untouched by failures";
-    EXPECT_EQ(TDMS_FILE_HANDLE, open_file(path, "w", nullptr));
-    EXPECT_EQ(TDMS_FILE_DELETE, delete_file(path));
-    EXPECT_EQ(null_text, thrown_text([&] { open_file(nullptr, "w", &file); }));
-    EXPECT_EQ(null_text, thrown_text([&] { open_file(path, nullptr, &file); }));
-    EXPECT_EQ(null_text, thrown_text([] { delete_file(nullptr); }));
-    expect_each(0, {open_file(path, "w", &file), delete_file(path), save_file(file)});
-    EXPECT_FALSE(std::filesystem::exists(path)) << "a handle outlives its file's name";
-    EXPECT_EQ(0, close_file(&file));
-
-    // Any other mode gives a handle without a stream: all in memory works, nothing is lost.
-    const open_tdms other(scratch, "rw");
-    std::int32_t value = 4;
-    void* const channel = add_channel(other.add_group("g"), "c");
-    expect_each(0, {other.status, create_file_property_int8(other.handle, "p", 1),
-                    set_channel_data_int32(channel, 1, &value)});
-    EXPECT_EQ(TDMS_FILE_HANDLE, save_file(other.handle));
-    EXPECT_EQ(1, get_num_file_property(other.handle));
-    EXPECT_EQ(TDMS_CHANNEL_DATA_READ, get_channel_data_int32(channel, &value));
-    EXPECT_TRUE(value == 4 && !std::filesystem::exists(path));
-}
 
 using Tree = NewFile;
 
@@ -153,8 +83,8 @@ TEST_F(Tree, NullHandlesNamesAndOutputs)
                  get_num_channel_data(nullptr, nullptr), set_channel_data_int8(nullptr, 0, nullptr),
                  get_channel_data_string(nullptr, nullptr), create_channel(group, "d", nullptr)});
     EXPECT_EQ(TDMS_CHANNEL_DATA_COUNT, get_num_channel_data(channel, nullptr));
-    EXPECT_EQ(null_text, thrown_text([&] { create_group(file.handle, nullptr, &out); }));
-    EXPECT_EQ(null_text, thrown_text([&] { create_channel(group, nullptr, &out); }));
+    EXPECT_EQ(null_message, thrown_message([&] { create_group(file.handle, nullptr, &out); }));
+    EXPECT_EQ(null_message, thrown_message([&] { create_channel(group, nullptr, &out); }));
     EXPECT_EQ(2, get_num_group(file.handle) + get_num_channel(group)) << "one of each";
 }
 

@@ -68,10 +68,10 @@ TEST_P(Properties, StringsAndOtherTypes)
 
 TEST_P(Properties, NullHandlesAndNames)
 {
-    EXPECT_EQ(null_text, thrown_text([&] { level_.datatype(owner_, nullptr); }));
-    EXPECT_EQ(null_text, thrown_text([&] { level_.remove(owner_, nullptr); }));
-    EXPECT_EQ(null_text, thrown_text([&] { create<element_int16>(nullptr, 1); }));
-    EXPECT_EQ(null_text, thrown_text([&] { create<element_string>("a", nullptr); }));
+    EXPECT_EQ(null_message, thrown_message([&] { level_.datatype(owner_, nullptr); }));
+    EXPECT_EQ(null_message, thrown_message([&] { level_.remove(owner_, nullptr); }));
+    EXPECT_EQ(null_message, thrown_message([&] { create<element_int16>(nullptr, 1); }));
+    EXPECT_EQ(null_message, thrown_message([&] { create<element_string>("a", nullptr); }));
     EXPECT_EQ(0, level_.count(owner_));
     owner_ = nullptr;
     std::uint32_t value = 7;
@@ -97,7 +97,7 @@ TEST_P(Properties, SetRejectsWhatDoesNotFitItsType)
     };
     const auto integer = [](std::int64_t n) { return [n](auto& v) { v.integer = n; }; };
     const auto natural = [](std::uint64_t n) { return [n](auto& v) { v.natural = n; }; };
-    const auto text = [](const char* begin, std::uint64_t length) {
+    const auto string = [](const char* begin, std::uint64_t length) {
         return [=](auto& v) {
             v.string.text = begin;
             v.string.length = length;
@@ -111,8 +111,8 @@ TEST_P(Properties, SetRejectsWhatDoesNotFitItsType)
                                 set(TDMS_TYPE_UINT8, natural(256)),
                                 set(TDMS_TYPE_UINT32, natural(1ULL << 32)),
                                 set(TDMS_TYPE_FLOAT, [](auto& v) { v.number = 3.5e38; }),
-                                set(TDMS_TYPE_STRING, text(nullptr, 1)),
-                                set(TDMS_TYPE_STRING, text("", (1ULL << 32) - 4)),
+                                set(TDMS_TYPE_STRING, string(nullptr, 1)),
+                                set(TDMS_TYPE_STRING, string("", (1ULL << 32) - 4)),
                                 set(TDMS_TYPE_VOID, integer(0)),
                                 set(0x0B, integer(0)),
                                 set(-1, integer(0)),

@@ -5,7 +5,7 @@
 
 namespace {
 
-const std::string property = u32(1) + text("p") + u32(3) + u32(7);
+const std::string property = property_p(3, u32(7));
 
 struct kind {
     std::vector<std::string> objects;  // after the file
@@ -66,7 +66,8 @@ std::string all_that_can_be_read(const scratch_file& scratch, decltype(open_file
 {
     std::string found;
     file_handle file;
-    found += thrown_text([&] { found += std::to_string(open(scratch.path(), "r", &file.handle)); });
+    found +=
+        thrown_message([&] { found += std::to_string(open(scratch.path(), "r", &file.handle)); });
     if (file.handle == nullptr) return found;
     for (void* const group : groups_of(file.handle)) {
         for (void* const channel : channels_of(group)) {
@@ -79,7 +80,7 @@ std::string all_that_can_be_read(const scratch_file& scratch, decltype(open_file
                     });
                 found += std::to_string(found_and_lost(channel).second) + " ";
                 const std::uint64_t count = value_count(channel);
-                found += thrown_text([&] {
+                found += thrown_message([&] {
                     found += values<Element>(count, [&](auto* array, std::uint64_t) {
                         return count > 64 ? 0 : Element::get(channel, array);
                     });
@@ -117,7 +118,7 @@ TEST(RepeatedMetadata, PropertiesOfTheLatestSegment)
 {
     std::string file;
     for (const int value : {1, 2, 1}) {
-        const std::string number = u32(1) + text("p") + u32(3) + u32(static_cast<unsigned>(value));
+        const std::string number = property_p(3, u32(static_cast<unsigned>(value)));
         file += segment({object("/", none, number)});
     }
     const scratch_file scratch(file);

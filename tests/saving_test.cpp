@@ -1,5 +1,5 @@
 // What the system does not take: a write that stops at any byte, a limit of file sizes, a full
-// device. The C library's write(), ftruncate() and fdatasync() are here, before the real ones.
+// device. The functions defined here replace those of the C library.
 #include <sys/resource.h>
 
 #include <cerrno>
@@ -61,7 +61,7 @@ void append_everything_once(const tdms_file& file)
         void* const channel = file.channel(Element::code % 2 == 0 ? "g" : "h", Element::name);
         EXPECT_EQ(0, Element::append(channel, 2, Element::samples));
     });
-    EXPECT_EQ(0, create_file_property_string(file.handle, "p", "text"));
+    EXPECT_EQ(0, create_file_property_string(file.handle, "p", "a string"));
 }
 
 struct resource_limit {
@@ -131,10 +131,12 @@ TEST_F(Saving, AWriteThatStopsAtAnyByteLeavesTheLastSave)
     }
 }
 
-// A file that cannot even be cut back is, as soon as that works again; closing tries once more.
+// A file that cannot even be cut back is, as soon as that works again; closing tries once more. One
+// that another program has made too short by then is left alone.
 TEST_F(Saving, CuttingBackIsMadeUpFor)
 {
-    for (const bool closed_at_once : {false, true}) {
+    for (const std::string next : {"saving", "closing", "another program"}) {
+        SCOPED_TRACE(next);
         next_save file(scratch_, before_);
         room = 100;
         truncating_fails = true;
@@ -144,9 +146,16 @@ TEST_F(Saving, CuttingBackIsMadeUpFor)
         expect_write_error(EIO, tdms_save(file.handle));
         expect_write_error(EIO, tdms_sync(file.handle));
         truncating_fails = false;
-        EXPECT_EQ(0, closed_at_once ? 0 : tdms_save(file.handle));
+        if (next == "saving") EXPECT_EQ(0, tdms_save(file.handle));
+        if (next == "another program") {
+            std::filesystem::resize_file(scratch_.path(), 10);
+            expect_write_error(ESTALE, tdms_save(file.handle));
+            expect_write_error(ESTALE, tdms_close(&file.handle));
+            EXPECT_EQ(before_.substr(0, 10), scratch_.bytes());
+            continue;
+        }
         EXPECT_EQ(0, tdms_close(&file.handle));
-        EXPECT_EQ(closed_at_once ? before_ : after_, scratch_.bytes());
+        EXPECT_EQ(next == "saving" ? after_ : before_, scratch_.bytes());
     }
 }
 
@@ -217,15 +226,15 @@ TEST_F(Saving, AFileThatAnotherProgramChanged)
 // is known without a second descriptor.
 TEST_F(Saving, MixedOnOneHandle)
 {
-    const char* const texts[] = {"longer than what the file has", "and another"};
+    const char* const strings[] = {"longer than what the file has", "and another"};
     {
         tdms_file file(scratch_, "a");
         const char* read[4];
         void* const channel = file.channel("g", "string");
-        expect_each(0, {tdms_append_string(channel, 1, texts),
+        expect_each(0, {tdms_append_string(channel, 1, strings),
                         get_channel_data_string(channel, read), tdms_save(file.handle)});
         EXPECT_EQ(0, tdms_read_string(channel, 4, 1, read));
-        EXPECT_STREQ(texts[0], read[0]);
+        EXPECT_STREQ(strings[0], read[0]);
     }
     open_tdms file(scratch_, "a");
     void* channel = nullptr;
@@ -235,10 +244,10 @@ TEST_F(Saving, MixedOnOneHandle)
             for_each_element([c]<class Element>(Element) { Element::set(c, 0, nullptr); });
         }
     }
-    EXPECT_EQ(0, set_channel_data_string(channel, 2, texts));
+    EXPECT_EQ(0, set_channel_data_string(channel, 2, strings));
     {
         const resource_limit limit(RLIMIT_NOFILE, 3);
-        expect_each(0, {save_file(file.handle), tdms_append_string(channel, 1, texts),
+        expect_each(0, {save_file(file.handle), tdms_append_string(channel, 1, strings),
                         tdms_save(file.handle)});
         std::uint64_t count = 0;
         EXPECT_EQ(TDMS_CHANNEL_DATA_READ, tdms_get_num_values(channel, &count, nullptr));
@@ -275,18 +284,18 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
     void* const late = file.channel("h", "late");
     void* const channel = file.channel("g", "c");
     const std::int32_t values[] = {7, 8, 9};
-    const char* const texts[] = {"ab", "", "c"};
+    const char* const strings[] = {"ab", "", "c"};
     const std::int64_t one_second = 1000000000;
     expect_each(0,
                 {tdms_append_int32(channel, 2, values), tdms_append_int32(channel, 1, values + 2),
-                 tdms_append_string(file.channel("g", "s"), 3, texts),
+                 tdms_append_string(file.channel("g", "s"), 3, strings),
                  tdms_append_nanoseconds(file.channel("h", "t"), 1, &one_second),
                  tdms_append_nanoseconds(file.channel("h", "u"), 1, &one_second),
                  create_channel_property_int8(channel, "p", 1), tdms_save(file.handle)});
     const std::string seconds = u64(0) + u64(2082844801);
     const std::string first =
         segment({object("/", none), object("/'g'", none), object("/'h'", none),
-                 object("/'g'/'c'", fixed_index(3, 3), u32(1) + text("p") + u32(1) + "\x01"),
+                 object("/'g'/'c'", fixed_index(3, 3), property_p(1, "\x01")),
                  object("/'g'/'s'", string_index(3, 15)), object("/'h'/'late'", none),
                  object("/'h'/'t'", fixed_index(68, 1)), object("/'h'/'u'", fixed_index(68, 1))},
                 u32(7) + u32(8) + u32(9) + u32(2) + u32(2) + u32(3) + "abc" + seconds + seconds);
@@ -299,9 +308,11 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
     expect_each(0, {get_channel_property_int8(channel, "p", &p),
                     create_channel_property_int8(channel, "p", 2)});
     EXPECT_EQ(TDMS_CHANNEL_PROPERTY_REPEATED, create_channel_property_int8(channel, "p", 3));
-    expect_each(0, {tdms_append_double(late, 0, nullptr), tdms_save(file.handle)});
+    file.group("i");
+    expect_each(
+        0, {tdms_append_double(late, 0, nullptr), tdms_save(file.handle), tdms_save(file.handle)});
     const std::string second =
-        segment({object("/'g'/'c'", none, u32(1) + text("p") + u32(1) + "\x02"),
+        segment({object("/'i'", none), object("/'g'/'c'", none, property_p(1, "\x02")),
                  object("/'h'/'late'", fixed_index(10, 0))});
     EXPECT_EQ(first + second, scratch.bytes());
     // save_file() finds nothing staged.
@@ -309,7 +320,7 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
     EXPECT_EQ(3u, value_count(open_tdms(scratch, "r").channel(0, 0)));
 }
 
-// Large blocks are written from where they are staged, between others: in their order, as a whole
+// Large blocks are written from where they are staged, between others: in their order, completely
 // or not at all, and after a failure of save_file() nothing more.
 TEST(SavingOnce, LargeBlocks)
 {
@@ -338,7 +349,7 @@ TEST(SavingOnce, LargeBlocks)
         file.save_and_close();
         EXPECT_TRUE(expected == scratch.bytes()) << end;
     }
-    std::string whole;
+    std::string complete;
     for (const std::size_t end : {std::size_t{RLIM_INFINITY}, ends[3], ends[4], ends[5]}) {
         new_file made;
         for (std::size_t i = 0; i != std::size(counts); ++i) {
@@ -352,40 +363,41 @@ TEST(SavingOnce, LargeBlocks)
         }
         EXPECT_EQ(0, close_file(&made.file.handle));
         const std::string written = made.scratch.bytes();
-        if (whole.empty()) whole = written;
-        EXPECT_TRUE(written == whole.substr(0, end)) << end;
+        if (complete.empty()) complete = written;
+        EXPECT_TRUE(written == complete.substr(0, end)) << end;
     }
-    EXPECT_TRUE(whole.ends_with(raw));
+    EXPECT_TRUE(complete.ends_with(raw));
 }
 
-// What the first interface lets a program add, and no reader would give back, is not written.
+// What the first interface lets a program add, and no reader would give back, is not written: a
+// channel that left memory, or was replaced, keeps its type and its values in the file.
 TEST(SavingOnce, NothingThatCannotBeReadBack)
 {
     const scratch_file scratch;
-    tdms_file file(scratch, "w");
+    const std::string intact = segment({object("/'g'", none), int32s("/'g'/'c'", 1)}, u32(1));
     const std::int32_t value = 1;
     const double other = 2;
-    void* channel = file.channel("g", "c");
-    expect_each(0, {tdms_append_int32(channel, 1, &value), tdms_save(file.handle)});
-    const std::string intact = scratch.bytes();
-    // A channel that left memory, or was replaced, keeps its type and its values in the file.
-    void* group = nullptr;
-    expect_each(0,
-                {tdms_find_group(file.handle, "g", &group), create_channel(group, "c", &channel)});
-    EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_append_double(channel, 1, &other));
-    EXPECT_EQ(0, create_group(file.handle, "a/", &group));
-    EXPECT_EQ(TDMS_ARGUMENT, tdms_save(file.handle));
-    expect_each(0, {delete_group(group), delete_channel(channel)});
-    channel = file.channel("g", "c");
-    EXPECT_EQ(1u, found_and_lost(channel).first);
-    EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_append_double(channel, 1, &other));
-    EXPECT_EQ(0, set_channel_data_double(channel, 1, &other));
-    EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_save(file.handle));
-    EXPECT_EQ(intact, scratch.bytes());
-    EXPECT_EQ(0, delete_channel(channel));
-    EXPECT_EQ(0, tdms_append_int32(file.channel("g", "c"), 1, &value));
-    file.save_and_close();
-    EXPECT_EQ(2u, found_and_lost(tdms_file(scratch, "r").channel("g", "c")).first);
+    for (const std::string way : {"replaced", "deleted", "deleted with its group"}) {
+        SCOPED_TRACE(way);
+        scratch.fill(intact);
+        tdms_file file(scratch, "a");
+        void* channel = file.channel("g", "c");
+        void* group = file.group("g");
+        if (way == "replaced") EXPECT_EQ(0, create_channel(group, "c", &channel));
+        if (way == "deleted") EXPECT_EQ(0, delete_channel(channel));
+        if (way == "deleted with its group") EXPECT_EQ(0, delete_group(group));
+        channel = file.channel("g", "c");
+        EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_append_double(channel, 1, &other));
+        EXPECT_EQ(0, set_channel_data_double(channel, 1, &other));
+        EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_save(file.handle));
+        EXPECT_EQ(0, delete_channel(channel));
+        EXPECT_EQ(0, create_group(file.handle, "a/", &group));
+        EXPECT_EQ(TDMS_ARGUMENT, tdms_save(file.handle)) << "a slash in a group's name";
+        EXPECT_EQ(intact, scratch.bytes());
+        expect_each(0, {delete_group(group), tdms_append_int32(file.channel("g", "c"), 1, &value)});
+        file.save_and_close();
+        EXPECT_EQ(2u, found_and_lost(tdms_file(scratch, "r").channel("g", "c")).first);
+    }
 }
 
 }  // namespace

@@ -13,7 +13,6 @@
 // The file, its group, and a channel.
 using owners = std::array<void*, 3>;
 
-// In three saves they are more texts than the storage has room for in one piece of memory.
 constexpr std::size_t staged_values = 24;
 
 template <class Element>
@@ -101,7 +100,7 @@ void read_everything(const char* path, Call call)
             call([&] { return !is_same(Element::samples[i], value); });
         }
         std::uint64_t count = 0;
-        typename Element::value values[3 * staged_values];
+        typename Element::value values[3 * staged_values] = {};
         call([&] { return get_channel_datatype(all[2]) != Element::code; });
         call([&] { return get_num_channel_data(all[2], &count); });
         call([&] { return count != std::size(values); });
@@ -140,7 +139,7 @@ void check_everything(void* file, std::uint64_t saves, Call call)
     for (const char* const name : {"g", "h"}) {
         for_each_element([&]<class Element>(Element) {
             void* const channel = find<Element>(file, name, call)[2];
-            typename Element::value values[30];
+            typename Element::value values[30] = {};
             std::uint64_t count = 0;
             call([&] { return tdms_get_num_values(channel, &count, nullptr); });
             call([&] { return count != saves * 2 * staged_values; });

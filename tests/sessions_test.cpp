@@ -21,14 +21,14 @@ void own_strings(const scratch_file& scratch)
     void* const channel = file.channel("g", "c");
     for (std::uint64_t i = 0; i != 50; ++i) {
         const std::string own = scratch.path() + std::to_string(i);
-        const char* text = own.c_str();
-        expect_each(0, {tdms_append_string(channel, 1, &text), tdms_save(file.handle),
-                        tdms_read_string(channel, i, 1, &text)});
-        EXPECT_EQ(own, text);
+        const char* string = own.c_str();
+        expect_each(0, {tdms_append_string(channel, 1, &string), tdms_save(file.handle),
+                        tdms_read_string(channel, i, 1, &string)});
+        EXPECT_EQ(own, string);
     }
 }
 
-void whole_lives(const scratch_file& scratch)
+void complete_lives(const scratch_file& scratch)
 {
     const auto call = [](auto function) { EXPECT_EQ(0, function()); };
     for (int round = 0; round != 5; ++round) {
@@ -46,7 +46,7 @@ TEST(Sessions, EverythingComesBackInEachThread)
 {
     const scratch_file files[8];
     std::vector<std::thread> threads;
-    for (const scratch_file& file : files) threads.emplace_back([&] { whole_lives(file); });
+    for (const scratch_file& file : files) threads.emplace_back([&] { complete_lives(file); });
     for (std::thread& t : threads) t.join();
 }
 

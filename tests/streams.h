@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 
-// fopen() and fclose() in front of the C library's, which remember what is open: by rule, some
-// failed openings leave their stream so. They are called before and after main(), too.
+// fopen() and fclose() remember what is open, and call the C library's: some failed openings of the
+// first interface leave their stream open. They are called before and after main(), too.
 
-// The function behind the one that is being defined.
+// The C library's function of the name that is being defined.
 #define REAL(name) \
     static const auto real = reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name))
 

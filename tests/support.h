@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -11,11 +12,19 @@
 #include "file_bytes.h"
 #include "handles.h"
 
+// Where tests write: in memory, if it has a folder, since closing a truncated file waits for the
+// disk.
+inline std::filesystem::path scratch_folder()
+{
+    const bool in_memory = std::getenv("TMPDIR") == nullptr && access("/dev/shm", W_OK) == 0;
+    return in_memory ? "/dev/shm" : std::filesystem::temp_directory_path();
+}
+
 // A path of its own for each test, removed at its end.
 class scratch_file {
   public:
     scratch_file()
-        : path_(std::filesystem::temp_directory_path() /
+        : path_(scratch_folder() /
                 ("tdms_test_" + std::to_string(getpid()) + "_" + std::to_string(count_++)))
     {
     }
@@ -83,17 +92,20 @@ struct tdms_file : file_handle {
     {
     }
 
-    // The channel of that name, created if it is not there.
-    void* channel(const char* group_name, const char* name) const
+    // The group or channel of that name, created if it is not there.
+    void* group(const char* name) const
     {
         void* group = nullptr;
+        if (tdms_find_group(handle, name, &group) == TDMS_OK) return group;
+        EXPECT_EQ(0, tdms_create_group(handle, name, &group));
+        return group;
+    }
+    void* channel(const char* group_name, const char* name) const
+    {
+        void* const owner = group(group_name);
         void* channel = nullptr;
-        if (tdms_find_group(handle, group_name, &group) != TDMS_OK) {
-            EXPECT_EQ(0, tdms_create_group(handle, group_name, &group));
-        }
-        if (tdms_find_channel(group, name, &channel) != TDMS_OK) {
-            EXPECT_EQ(0, tdms_create_channel(group, name, &channel));
-        }
+        if (tdms_find_channel(owner, name, &channel) == TDMS_OK) return channel;
+        EXPECT_EQ(0, tdms_create_channel(owner, name, &channel));
         return channel;
     }
 
@@ -151,6 +163,13 @@ inline void expect_each(int expected, std::initializer_list<int> statuses)
     EXPECT_EQ(std::vector<int>(statuses.size(), expected), std::vector<int>(statuses));
 }
 
+// How many rounds a random test makes: TDMS_TEST_ROUNDS times as many, if that is set.
+inline int rounds(int usual)
+{
+    const char* const factor = std::getenv("TDMS_TEST_ROUNDS");
+    return factor == nullptr ? usual : usual * std::atoi(factor);
+}
+
 // Tests that store times begin with this.
 inline void set_time_zone(const char* name)
 {
@@ -158,11 +177,11 @@ inline void set_time_zone(const char* name)
     tzset();
 }
 
-constexpr const char* null_text = "basic_string::_M_construct null not valid";
+constexpr const char* null_message = "basic_string::_M_construct null not valid";
 
 // The logic errors and failed lookups that leave the library.
 template <class Call>
-std::string thrown_text(Call call)
+std::string thrown_message(Call call)
 {
     try {
         call();
