@@ -87,7 +87,7 @@ TEST(Arguments, NullAndHandlesOfEachKindInEachMode)
     const scratch_file scratch;
     tdms_file created(scratch, "w");
     created.channel("g", "c");
-    EXPECT_EQ(0, create_file_property_string(created.handle, "s", "value"));
+    EXPECT_EQ(0, create_file_property_string(created.handle, "s", "longer than a time is"));
     created.save_and_close();
     const std::string before = scratch.bytes();
     for (const std::string mode : {"r", "a", "partial", "first r", "first none"}) {
@@ -136,11 +136,11 @@ TEST(Arguments, NamesRangesAndTypes)
     std::int32_t value = 7;
     constexpr std::uint64_t most = ~std::uint64_t{0};
     expect_each(0, {tdms_append_int32(channel, 1, &value), tdms_save(file.handle),
-                    create_file_property_string(file.handle, "s", "value"),
+                    create_file_property_string(file.handle, "s", "longer than a time is"),
                     tdms_find_group(file.handle, "g", &group),
                     tdms_get_file_property_string(file.handle, "s", &got, &length),
                     tdms_read_int32(channel, 1, 0, nullptr)});
-    EXPECT_EQ(std::string("value\0", 6), std::string(got, length + 1));
+    EXPECT_EQ(std::string("longer than a time is\0", 22), std::string(got, length + 1));
     expect_each(TDMS_RANGE,
                 {tdms_read_int32(channel, 2, 0, nullptr), tdms_read_int32(channel, 1, most, &value),
                  tdms_read_int32(channel, most, 2, &value)});

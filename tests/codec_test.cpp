@@ -54,6 +54,7 @@ TEST(ValueCodec, Strings)
     EXPECT_TRUE(read_data(nullptr, 0).empty());
     EXPECT_EQ((bytes{2, 0, 0, 0, 2, 0, 0, 0, 5, 0, 0, 0, 'a', 'b', 'c', 'd', 'e'}),
               write_string_data({"ab", "", "cde"}, true));
+    EXPECT_EQ((bytes{0, 0, 0, 1, 'a'}), write_string_data({"a"}, false));
 }
 
 TEST(LeadIn, LengthsWrapAndFailuresWriteNothing)

@@ -76,7 +76,8 @@ TEST_ELEMENT(timestamp, timestamp_fields, 68, {2024, 2, 29, 23, 59, 58, 999999},
              {1970, 1, 2, 0, 0, 1, 0}, {2037, 12, 31, 12, 0, 59, 1})
 
 // All equal, because a process hands out its first stored strings.
-TEST_ELEMENT(string, const char*, 32, "a string", "a string", "a string")
+TEST_ELEMENT(string, const char*, 32, "a string of many letters", "a string of many letters",
+             "a string of many letters")
 
 // Strings come last: what is read of them stays in memory.
 template <class Use>

@@ -1,7 +1,9 @@
 // Every allocation, opening, seek and read of a program's life with a file fails in turn, and every
 // read of it finds that the file ends. The functions defined here replace those of the C library.
+#include <functional>
 #include <new>
 
+#include "hostile_files.h"
 #include "open_files.h"
 #include "sessions.h"
 #include "streams.h"
@@ -60,10 +62,13 @@ int open(const char* path, int flags, ...)
     return fails_now(opening) ? -1 : real(path, flags, 0666);
 }
 
-// A read may give less than it is asked for before the file's end.
+// A read may be interrupted, and give less than it is asked for before the file's end.
 ssize_t pread(int file, void* bytes, std::size_t count, off_t offset)
 {
     REAL(pread);
+    static int reads = 0;
+    errno = EINTR;
+    if (++reads % 5 == 0) return -1;
     if (fails_now(ending)) return 0;
     errno = EIO;
     return fails_now(reading) ? -1 : real(file, bytes, (count + 1) / 2, offset);
@@ -179,6 +184,58 @@ TEST_F(Faults, EachCallGivesUpAndCanBeMadeAgain)
         }
     }
     RecordProperty("failed", testing::PrintToString(failed));
+}
+
+TEST_F(Faults, AnOpeningThatFailsLeavesNoNewFile)
+{
+    for (const fault what : {allocation, opening}) {
+        kind = what;
+        fired = true;
+        for (long n = 1; fired; ++n) {
+            std::filesystem::remove(scratch_.path());
+            file_handle file;
+            countdown = n;
+            fired = false;
+            const int status =
+                faulty_call::attempt([&] { return tdms_open(scratch_.path(), "w", &file.handle); });
+            EXPECT_EQ(status == 0, std::filesystem::exists(scratch_.path())) << n;
+        }
+    }
+}
+
+// Of a range that takes many reads, one fails, unless what it was to give is not needed. For the
+// first interface, numbers may be in a block of strings.
+TEST(LargeRanges, AreRejectedOrRight)
+{
+    using numbers = std::vector<std::int32_t>;
+    const std::string many = segment({int32s(path_c, 20000)}, std::string(80000, 'x'));
+    const std::string one = segment({one_value}, u32(7));
+    const std::string string = segment({object(path_c, string_index(1, 8, 3))}, u32(4) + "abcd");
+    const auto range = [](void* c, auto* values) { return tdms_read_int32(c, 0, 20001, values); };
+    const std::tuple<std::string, std::function<int(void*, std::int32_t*)>> rows[] = {
+        {one + many, range},
+        {one + many, get_channel_data_int32},
+        {string + many, get_channel_data_int32}};
+    kind = reading;
+    for (const auto& [bytes, read] : rows) {
+        const scratch_file scratch(bytes);
+        numbers expected;
+        int rejected = 0;
+        fired = true;
+        for (long n = 0; fired || n == 1; ++n) {
+            const tdms_file file(scratch, "r");
+            void* const channel = file.channel("g", "c");
+            found_and_lost(channel);
+            countdown = n;  // 0: none fails
+            fired = false;
+            numbers values(20001);
+            const int status = faulty_call::attempt([&] { return read(channel, values.data()); });
+            if (n == 0) expected = values;
+            EXPECT_TRUE(status == TDMS_CHANNEL_DATA_READ || expected == values) << n;
+            rejected += status != 0;
+        }
+        EXPECT_LT(5, rejected);
+    }
 }
 
 }  // namespace

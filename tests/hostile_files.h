@@ -132,6 +132,8 @@ inline std::vector<hostile_file> files_of_strings()
         {0, "a later index of another type",
          strings(1, u32(0)) + segment({object(path_c, other)}, u32(1) + "b")},
         {unreadable, "a string that ends before it begins", strings(2, u32(3) + u32(1) + "abc")},
+        {unreadable, "another that ends before it begins",
+         strings(3, u32(3) + u32(1) + u32(4) + "abcd")},
         {unreadable, "a string that ends after the block", strings(2, u32(1) + u32(4) + "abc")},
         {unreadable, "a table whose size wraps", strings(1ull << 62, "abcd")},
         {unreadable, "strings without a block", segment({object(path_c, string_index(1, 0))})},

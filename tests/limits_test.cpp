@@ -1,4 +1,4 @@
-// Sizes beyond 32 bits.
+// Sizes beyond 32 bits, and many values at once.
 #include "support.h"
 
 namespace {
@@ -32,6 +32,22 @@ TEST_F(Limits, BeyondFourGigabytes)
     std::vector<std::int32_t> read(value_count(again.channel(0, 1)));
     EXPECT_EQ(0, get_channel_data_int32(again.channel(0, 1), read.data()));
     EXPECT_EQ((std::vector<std::int32_t>{1, 2, 3}), read);
+}
+
+// Many values staged at once are in memory of another kind.
+TEST(LargeStaging, KeepsEveryValue)
+{
+    std::vector<double> values(700000, 1.5);
+    values.back() = 2.5;
+    const scratch_file scratch;
+    const tdms_file file(scratch, "w");
+    void* const channel = file.channel("g", "c");
+    expect_each(
+        0, {tdms_append_double(channel, 3, values.data()),
+            tdms_append_double(channel, values.size(), values.data()), tdms_save(file.handle)});
+    std::vector<double> read(values.size());
+    EXPECT_EQ(0, tdms_read_double(channel, 3, read.size(), read.data()));
+    EXPECT_TRUE(values == read);
 }
 
 }  // namespace

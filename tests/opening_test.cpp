@@ -1,8 +1,8 @@
 // Opening, closing and deleting files, and the registry of those that are open.
 #include <sys/stat.h>
 
-#include "core/object_model.h"
 #include "hostile_files.h"
+#include "open_files.h"
 #include "support.h"
 
 namespace {

@@ -23,6 +23,9 @@ bool reading_fails = false;
 extern "C" ssize_t write(int file, const void* bytes, std::size_t count)
 {
     REAL(write);
+    static int writes = 0;
+    errno = EINTR;
+    if (++writes % 5 == 0) return -1;
     if (room == 0) errno = ENOSPC;
     if (room == 0) return -1;
     if (room > 0) count = std::min(count, static_cast<std::size_t>(room));
@@ -84,6 +87,7 @@ struct next_save : tdms_file {
     next_save(const scratch_file& scratch, const std::string& before)
         : tdms_file((scratch.fill(before), scratch), "a")
     {
+        EXPECT_EQ(TDMS_FILE_PROPERTY_REPEATED, create_file_property_int8(handle, "p", 1));
         EXPECT_EQ(0, delete_file_property(handle, "p"));
         append_everything_once(*this);
     }
@@ -315,8 +319,12 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
         segment({object("/'i'", none), object("/'g'/'c'", none, property_p(1, "\x02")),
                  object("/'h'/'late'", fixed_index(10, 0))});
     EXPECT_EQ(first + second, scratch.bytes());
-    // save_file() finds nothing staged.
-    expect_each(0, {save_file(file.handle), tdms_close(&file.handle)});
+    // save_file() finds nothing staged, and what it writes of a group is not written again.
+    EXPECT_EQ(0, create_group_property_int8(file.group("j"), "p", 3));
+    EXPECT_EQ(0, save_file(file.handle));
+    const std::string third = scratch.bytes();
+    expect_each(0, {tdms_save(file.handle), tdms_close(&file.handle)});
+    EXPECT_EQ(third, scratch.bytes());
     EXPECT_EQ(3u, value_count(open_tdms(scratch, "r").channel(0, 0)));
 }
 
@@ -398,6 +406,13 @@ TEST(SavingOnce, NothingThatCannotBeReadBack)
         file.save_and_close();
         EXPECT_EQ(2u, found_and_lost(tdms_file(scratch, "r").channel("g", "c")).first);
     }
+    // A reader would take the group for a channel, and its channel for one of another group.
+    tdms_file file(scratch, "w");
+    void* group = nullptr;
+    void* channel = nullptr;
+    expect_each(0, {create_group(file.handle, "g'/'a", &group), save_file(file.handle),
+                    tdms_save(file.handle), create_channel(group, "c", &channel)});
+    EXPECT_EQ(TDMS_ARGUMENT, tdms_save(file.handle));
 }
 
 }  // namespace

@@ -14,20 +14,6 @@ extern "C" const char* __tsan_default_suppressions()
 
 namespace {
 
-// The first functions hand out the process's first strings; the others, those that were asked for.
-void own_strings(const scratch_file& scratch)
-{
-    const tdms_file file(scratch, "w");
-    void* const channel = file.channel("g", "c");
-    for (std::uint64_t i = 0; i != 50; ++i) {
-        const std::string own = scratch.path() + std::to_string(i);
-        const char* string = own.c_str();
-        expect_each(0, {tdms_append_string(channel, 1, &string), tdms_save(file.handle),
-                        tdms_read_string(channel, i, 1, &string)});
-        EXPECT_EQ(own, string);
-    }
-}
-
 void complete_lives(const scratch_file& scratch)
 {
     const auto call = [](auto function) { EXPECT_EQ(0, function()); };
@@ -39,7 +25,6 @@ void complete_lives(const scratch_file& scratch)
         extend_everything(scratch.path(), call);
     }
     EXPECT_EQ(0, delete_file(scratch.path()));
-    own_strings(scratch);
 }
 
 TEST(Sessions, EverythingComesBackInEachThread)

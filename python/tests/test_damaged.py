@@ -1,4 +1,5 @@
 import contextlib
+import os
 import random
 import struct
 
@@ -8,7 +9,7 @@ from conftest import EVERY_TYPE
 
 import tdms
 
-FILES = 2000
+FILES = 300 * int(os.environ.get("TDMS_TEST_ROUNDS", 1))
 
 
 def read_everything(file):
