@@ -14,6 +14,7 @@ struct hostile_file {
 constexpr int failed_lookup = 1;
 constexpr int damaged = TDMS_CHANNEL_READ;
 constexpr int unreadable = TDMS_CHANNEL_DATA_READ;
+constexpr int other_type = TDMS_CHANNEL_DATATYPE;
 
 const std::string huge(8, '\xFF');
 const std::string path_c = "/'g'/'c'";
@@ -30,8 +31,7 @@ inline std::vector<hostile_file> files_to_open()
     };
     return {
         {0, "an empty file", ""},
-        {TDMS_FILE_TAG, "wrong tag before a wrong table of contents",
-         "TDSn" + u32(0) + u32(0) + lengths},
+        {TDMS_FILE_TAG, "wrong tag before a wrong TOC", "TDSn" + u32(0) + u32(0) + lengths},
         {TDMS_FILE_TOC, "a big-endian segment", "TDSm" + u32(0x4E) + u32(0) + lengths},
         {TDMS_FILE_TOC, "no new object list", "TDSm" + u32(10) + u32(4713) + lengths},
         {TDMS_FILE_VERSION, "a version other than 4713", "TDSm" + u32(14) + u32(4712) + lengths},
@@ -53,14 +53,10 @@ inline std::vector<hostile_file> files_to_open()
         {damaged, "a channel's path without a name", segment({object("/'g'/'", none)})},
         {0, "a channel with an empty name", segment({object("/'g'/''", none)})},
         {TDMS_INDEX, "an index of an unknown form", segment({group_g, object(path_c, u32(24))})},
-        {damaged, "an array of dimension 2",
-         segment({group_g, object(path_c, fixed_index(3, 1, 2))})},
-        {damaged, "a channel of two types",
-         segment({one_value, object(path_c, fixed_index(10, 1))})},
-        {damaged, "strings in a channel of numbers",
-         segment({one_value, object(path_c, string_index(1, 5))})},
-        {0, "a group's index, which is skipped",
-         segment({object("/'g'", u32(7) + "abc"), one_value}, u32(1))},
+        {damaged, "two dimensions", segment({group_g, object(path_c, fixed_index(3, 1, 2))})},
+        {damaged, "two types", segment({one_value, object(path_c, fixed_index(10, 1))})},
+        {damaged, "strings for numbers", segment({one_value, object(path_c, string_index(1, 5))})},
+        {0, "a group's own index", segment({object("/'g'", u32(7) + "abc"), one_value}, u32(1))},
         {0, "a group's index as before", segment({object("/'g'", as_before), one_value}, u32(1))},
         {0, "a group's index of one byte",
          metadata(1, prefixed("/'g'") + u32(1) + std::string(1, '\0'))},
@@ -90,8 +86,8 @@ inline std::vector<hostile_file> files_of_numbers()
         {0, "an index as before", seven + segment({same}, u32(8)), both},
         {0, "an index as before that was never given", segment({same}) + seven, {7}},
         {0, "only the first chunk of two is read", segment({one_value}, u32(7) + u32(8)), {7}},
-        {TDMS_CHANNEL_DATATYPE, "a channel that never had values", segment({no_c})},
-        {0, "values after others with an index as before",
+        {other_type, "a channel that never had values", segment({no_c})},
+        {0, "after others with an index as before",
          segment({int32s(b, 1), one_value}, two_seven) + b_same, both},
         {0, "values before another group's", segment({one_value, int32s("/'h'/'x'", 1)}, two_seven),
          one},
@@ -108,13 +104,10 @@ inline std::vector<hostile_file> files_of_numbers()
          segment({wrapping, one_value}, two_seven)},
         {unreadable, "values after blocks whose sum wraps",
          segment({huge_string, int32s(d, 1), one_value}, u32(7))},
-        {unreadable, "an index as before without bytes",
-         seven + segment({int32s(path_c, 2), same}, huge)},
+        {unreadable, "as before, without bytes", seven + segment({int32s(path_c, 2), same}, huge)},
         {0, "a string as a number", segment({c_string}, u32(4) + "abcd"), four},
-        {unreadable, "too long a table of strings",
-         segment({object(path_c, string_index(3, 8, 3))}, huge)},
-        {TDMS_CHANNEL_DATATYPE, "a string as a number of another type",
-         segment({short_string}, u32(0))},
+        {unreadable, "too long a table", segment({object(path_c, string_index(3, 8, 3))}, huge)},
+        {other_type, "a string as another number", segment({short_string}, u32(0))},
     };
 }
 
@@ -129,10 +122,10 @@ inline std::vector<hostile_file> files_of_strings()
     return {
         {0, "more bytes than the strings need", strings(1, u32(1) + "abc")},
         {0, "an index as before", strings(1, u32(1) + "a") + as_before_b},
-        {0, "a later index of another type",
+        {0, "a later one of another type",
          strings(1, u32(0)) + segment({object(path_c, other)}, u32(1) + "b")},
         {unreadable, "a string that ends before it begins", strings(2, u32(3) + u32(1) + "abc")},
-        {unreadable, "another that ends before it begins",
+        {unreadable, "a later string that ends too early",
          strings(3, u32(3) + u32(1) + u32(4) + "abcd")},
         {unreadable, "a string that ends after the block", strings(2, u32(1) + u32(4) + "abc")},
         {unreadable, "a table whose size wraps", strings(1ull << 62, "abcd")},

@@ -1,5 +1,6 @@
 // A recording process is killed at random moments. What it leaves is intact up to the segment that
-// was being written: nothing that tdms_save() saved is missing, also in what is salvaged of it.
+// was being written: nothing that tdms_save() saved is missing, also in what is salvaged of it, and
+// for a handle that follows the recording.
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -65,21 +66,23 @@ std::int64_t complete_saves(const tdms_file& file)
     return complete;
 }
 
-// Kills a recording some time after some number of saves. @return how many saves had returned
-std::int64_t record_until_killed(const scratch_file& scratch)
+// Follows a recording, and kills it some time after some number of saves.
+// @return how many saves had returned
+std::int64_t record_until_killed(const scratch_file& scratch, const tdms_file& follower)
 {
     static std::minstd_rand random;
     static auto& returned = *new (
         mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) counter;
     returned = 0;
-    scratch.fill("");
     const auto wanted = static_cast<std::int64_t>(random() % saves);
     const pid_t child = fork();
     if (child == 0) {
         record(scratch, returned);
         _exit(0);
     }
-    while (returned < wanted && waitpid(child, nullptr, WNOHANG) == 0) usleep(1);
+    while (returned < wanted && waitpid(child, nullptr, WNOHANG) == 0) {
+        EXPECT_EQ(0, tdms_refresh(follower.handle, nullptr));
+    }
     EXPECT_GE(returned, wanted) << "the recording ended by itself";
     usleep(static_cast<useconds_t>(random() % 300));
     kill(child, SIGKILL);
@@ -95,12 +98,16 @@ TEST(KilledRecording, HasEverySaveThatReturned)
                                 "' '" + file.path() + "' >/dev/null 2>&1";
     int truncated = 0;
     for (int round = 0; round != rounds(100); ++round) {
-        const std::int64_t returned = record_until_killed(file);
+        file.fill("");
+        const tdms_file follower(file);
+        const std::int64_t returned = record_until_killed(file, follower);
         const tdms_file left(file);
         ASSERT_EQ(0, left.status);
         truncated += left.rest != 0;
         const std::int64_t all = complete_saves(left);
         EXPECT_TRUE(all == returned || all == returned + 1) << all << " of " << returned;
+        EXPECT_EQ(0, tdms_refresh(follower.handle, nullptr));
+        EXPECT_EQ(all, complete_saves(follower));
         if (round % 4 != 0) continue;  // the tool takes longer than the recording
         const bool salvaged = std::system(salvage.c_str()) == 0;
         EXPECT_EQ(all, salvaged ? complete_saves(tdms_file(intact, "r")) : 0);

@@ -263,7 +263,7 @@ void check_cut(const session& s)
 TEST(RandomFiles, EveryRangeOfEveryChannelAsSaved)
 {
     set_time_zone("UTC");
-    for (int round = 0; round != rounds(1000) && !HasFailure(); ++round) {
+    for (int round = 0; round != rounds(1500) && !HasFailure(); ++round) {
         SCOPED_TRACE(round);
         random_numbers.seed(static_cast<std::uint64_t>(round));
         session s(1 + below(3));
