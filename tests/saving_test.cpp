@@ -391,9 +391,10 @@ TEST(SavingOnce, NothingThatCannotBeReadBack)
         tdms_file file(scratch, "a");
         void* channel = file.channel("g", "c");
         void* group = file.group("g");
-        if (way == "replaced") EXPECT_EQ(0, create_channel(group, "c", &channel));
-        if (way == "deleted") EXPECT_EQ(0, delete_channel(channel));
-        if (way == "deleted with its group") EXPECT_EQ(0, delete_group(group));
+        const int removed = way == "replaced"  ? create_channel(group, "c", &channel)
+                            : way == "deleted" ? delete_channel(channel)
+                                               : delete_group(group);
+        EXPECT_EQ(0, removed);
         channel = file.channel("g", "c");
         EXPECT_EQ(TDMS_CHANNEL_DATATYPE, tdms_append_double(channel, 1, &other));
         EXPECT_EQ(0, set_channel_data_double(channel, 1, &other));
