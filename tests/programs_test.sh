@@ -100,7 +100,7 @@ recorded() { # FOLDER FILES SECONDS: no gap within a file, and each dated by wha
         status 0 "^$start " "$rms" "$file" slow temperature
         seconds=$((seconds + rows))
     done
-    [[ "$number files, $seconds s" == "$2 files, "$3" s" ]] || fail "$1: $number files, $seconds s"
+    [[ "$number files, $seconds s" == "$2 files, "$3' s' ]] || fail "$1: $number files, $seconds s"
 }
 for s in "${sides[@]}"; do
     use "$s" && ended files.$s && recorded files.$s 3 3
@@ -129,6 +129,7 @@ for s in "${sides[@]}"; do
         expect 'error: *' $s 0.$s fast encoder $range
     done
     printf "0.$s\tfast\tencoder\t0\t25600\n%.0s" {1..20} >"/dev/tcp/127.0.0.1/${port[$s]}"
+    # shellcheck disable=SC2034 # its descriptor is never used
     exec {silent}<>"/dev/tcp/127.0.0.1/${port[$s]}"
     clients=()
     for c in {0..7}; do
