@@ -901,7 +901,7 @@ TDMS_API int tdms_read_nanoseconds(void* channel, uint64_t first, uint64_t count
 /** @} */
 
 /**
- * How many values can be read, and how many are lost: stated by the file, but not in it.
+ * How many values can be read, and how many are lost: stated but not stored in the file.
  * @param[out] count the number of values; may be null
  * @param[out] lost the number of lost values; may be null
  * @return 0; #TDMS_CHANNEL_DATA_READ; #TDMS_ARGUMENT; #TDMS_MEMORY

@@ -44,7 +44,7 @@ class command_line {
     command_line()
         : app_("Shows, converts, draws, compares, checks and salvages TDMS files", "tdms")
     {
-        app_.set_version_flag("--version", "tdms " TDMS_TOOL_VERSION);
+        app_.set_version_flag("--version", "tdms " TDMS_VERSION);
         app_.require_subcommand(1);
         app_.get_formatter()->column_width(32);
         app_.footer("FILE may be - for standard input. More: man tdms");
