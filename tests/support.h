@@ -138,7 +138,7 @@ struct NewFile : testing::Test, new_file {};
 
 inline std::string name_of(int (*get_name)(void*, char*), void* handle)
 {
-    std::string name((1 << 20) + 1, '\0');
+    std::string name(4096, '\0');
     EXPECT_EQ(0, get_name(handle, name.data()));
     return name.c_str();
 }
