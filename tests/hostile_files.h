@@ -128,6 +128,8 @@ inline std::vector<hostile_file> files_of_strings()
         {unreadable, "a later string that ends too early",
          strings(3, u32(3) + u32(1) + u32(4) + "abcd")},
         {unreadable, "a string that ends after the block", strings(2, u32(1) + u32(4) + "abc")},
+        {unreadable, "a table that goes on after the segment",
+         strings(3, u32(0)) + segment({group_g})},
         {unreadable, "a table whose size wraps", strings(1ull << 62, "abcd")},
         {unreadable, "strings without a block", segment({object(path_c, string_index(1, 0))})},
         {unreadable, "numbers in a channel of strings",
