@@ -39,16 +39,16 @@ class data_size_table {
     /// Deliberate: an unknown type is an exception, not a status; it leaves the exported function.
     constexpr std::uint32_t at(std::uint32_t code) const
     {
-        const entry* const known = find(code);
-        if (known == nullptr) throw std::out_of_range("map::at");
+        const auto* const known = find(code);
+        if (known == entries_.end()) throw std::out_of_range("map::at");
         return known->size;
     }
 
     /// The same, but an unknown type has 0.
     constexpr std::uint32_t size_or_zero(std::uint32_t code) const
     {
-        const entry* const known = find(code);
-        return known == nullptr ? 0 : known->size;
+        const auto* const known = find(code);
+        return known == entries_.end() ? 0 : known->size;
     }
 
   private:
@@ -57,12 +57,13 @@ class data_size_table {
         std::uint32_t size;
     };
 
+    // The end if the code is unknown.
     constexpr const entry* find(std::uint32_t code) const
     {
         const auto* const found =
             std::lower_bound(entries_.begin(), entries_.end(), code,
                              [](const entry& e, std::uint32_t c) { return e.code < c; });
-        return found == entries_.end() || found->code != code ? nullptr : found;
+        return found == entries_.end() || found->code != code ? entries_.end() : found;
     }
 
     // Sorted by code.
