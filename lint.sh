@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Static analysis: compiler warnings, clang-format, clang-tidy, cppcheck, gcc's analyzer for C, mypy for
-# Python, shellcheck. Reports what failed; the status is 0 if nothing did.
+# Static analysis: compiler warnings, clang-format, includes between folders, clang-tidy, cppcheck, gcc's
+# analyzer for C, mypy for Python, shellcheck. Reports what failed; the status is 0 if nothing did.
 set -uo pipefail
 cd "$(dirname "$0")" || exit
 
@@ -36,6 +36,17 @@ tidy() {
         xargs -0 -P "$jobs" -n 4 clang-tidy --quiet -p build/release
 }
 
+# No folder of src/ includes one that uses it. Opening and closing files are the exception, for the reason
+# that docs/design.md gives.
+layers() {
+    local order=(core codec reader channel_data writer) i later
+    for i in "${!order[@]}"; do
+        later=$(IFS='|' && echo "${order[*]:i+1}${order[i+1]+|}properties")
+        grep -rnE "#include \"($later)/" "src/${order[i]}" --exclude=file.cpp --exclude=opening.cpp && return 1
+    done
+    ! grep -rnE '#include "(reader|channel_data|writer)/' src/properties
+}
+
 cpp_check() {
     cppcheck --std=c++20 --enable=warning,performance,portability --quiet --error-exitcode=1 \
         -j "$jobs" -I include -I src src tools examples bench
@@ -62,6 +73,7 @@ shell() {
 
 check "compiler warnings" warnings
 check clang-format format
+check "includes between folders" layers
 check cppcheck cpp_check
 check "gcc's analyzer" analyzer
 check mypy types
