@@ -13,8 +13,8 @@ constexpr std::uint64_t tag_size = 4;
 
 }  // namespace
 
-// Bytes can be made of lead-ins that each promise much metadata. The effort of looking into all of
-// them is limited to some times the size of the file.
+// A file can be full of lead-ins that each promise much metadata. The effort spent on them is
+// limited to a multiple of the file's size.
 intact_segments::intact_segments(const input& file, std::function<void(std::uint64_t)> at)
     : size_(file.size()),
       source_(file, size_),
@@ -63,7 +63,7 @@ bool intact_segments::keeps(found_segment& found, std::uint64_t& resume)
     }
     resume = next_by_metadata(found);
     if (resume == 0 && source_.is_boundary(found.end)) return true;
-    // Looking further reads other segments.
+    // What follows reads other segments.
     metadata.undo();
     if (resume == 0 && end_of_damaged(found.end) == 0) {
         resume = chain_across(found.raw_begin(), found.end);
@@ -130,7 +130,7 @@ std::uint64_t intact_segments::end_of_damaged(std::uint64_t begin)
 std::uint64_t intact_segments::resume_after(const found_segment& damaged)
 {
     const std::uint64_t begin = damaged.facts.offset;
-    // All that is wrong with it may be that the file ends within it.
+    // Its only fault may be that the file ends within it.
     const bool truncated = damaged.metadata_is_sound && damaged.end > size_ &&
                            source_.metadata().accounts_for(damaged.facts.raw_length);
     if (const std::uint64_t end = end_of_damaged(begin)) return end;

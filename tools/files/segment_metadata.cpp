@@ -21,7 +21,7 @@ std::string index_fault(const tdms_impl::raw_data_index& index, std::uint32_t ty
     return type == 0 || same_type ? "has a dimension other than 1: " : "changes its data type: ";
 }
 
-// Bytes that are no metadata can be an endless path.
+// Bytes that are not metadata can look like an endless path.
 std::string quoted_begin(std::string_view path)
 {
     constexpr std::size_t longest = 100;

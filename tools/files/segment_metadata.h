@@ -11,8 +11,8 @@
 
 namespace tool {
 
-/// What one segment holds. Of a segment whose lead-in or metadata are not there, only the first
-/// two are known.
+/// What one segment holds. If its lead-in or metadata cannot be read, only the first two members
+/// are set.
 struct segment_facts {
     std::uint64_t number;
     std::uint64_t offset;
@@ -25,24 +25,25 @@ struct segment_facts {
     const char* state = "intact";  // or "truncated": the file ends within it; or "damaged"
 };
 
-/// Reads the metadata of one segment after the other: counts what they hold, finds their faults,
-/// and keeps what later segments refer to.
+/// Reads metadata segment by segment: counts what they hold, finds their faults, and keeps what
+/// later segments refer to.
 class segment_metadata {
   public:
-    /// @return a status other than 0 if there is a fault; then nothing of the segment holds
+    /// @return a status other than 0 if there is a fault; then nothing that the segment states
+    /// applies
     int read(std::span<const unsigned char> metadata, segment_facts& facts);
 
-    /// Takes back what the latest segment stated.
+    /// Undoes what the latest segment stated.
     void undo();
 
-    /// Why the latest read() failed, and whether that was for want of bytes.
+    /// Why the latest read() failed, and whether because the metadata ended too early.
     const std::string& fault() const { return fault_; }
     bool ran_out() const { return ran_out_; }
 
     /// The bytes of the latest metadata up to the end of its last object, or of the fault.
     std::size_t length() const { return length_; }
 
-    /// Segments have been lost here: what those before them stated may have been replaced.
+    /// To be called where segments are lost: they may have replaced what earlier ones stated.
     void lose() { ++losses_; }
 
     /// The bytes of raw data that the latest segment states, as far as they are known.
@@ -54,11 +55,11 @@ class segment_metadata {
         return stated_.sizes_known && stated_.size == raw_length;
     }
 
-    /// Whether lost segments cannot have changed where the latest segment's values are, given the
-    /// length of its raw data.
+    /// Whether the length of the raw data proves where the latest segment's values are, whatever
+    /// lost segments stated.
     bool is_certain(std::uint64_t raw_length) const;
 
-    /// Where values are is certain, so what this segment repeats has been stated again.
+    /// The latest segment's values have been located, so what it repeats counts as stated again.
     void confirm();
 
     // For for_each_object().

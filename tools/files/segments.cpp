@@ -100,7 +100,7 @@ std::string segment_source::lead_in_fault(int status, segment_facts& facts, std:
     return {};
 }
 
-// A damaged length can promise metadata of any size, so no more is read than there is sense in.
+// A damaged length can promise metadata of any size, so reading stops at the first fault.
 int segment_source::read_metadata(std::uint64_t offset, std::uint64_t length, segment_facts& facts)
 {
     for (std::uint64_t part = 4096;; part *= 16) {
@@ -146,7 +146,7 @@ std::uint64_t segment_source::end_by_lead_in(std::uint64_t offset)
 
 std::uint64_t segment_source::end_by_metadata(std::uint64_t offset)
 {
-    // Among lost bytes, what looks like longer metadata seldom is.
+    // Longer metadata is unlikely among lost bytes.
     constexpr std::uint64_t most = 64 << 10;
     segment_facts facts{0, offset};
     effort_ = lead_in_size;

@@ -37,7 +37,7 @@ class segment_source {
     /// Where a segment ends by its metadata, whatever its lead-in is; 0 if they are not sound.
     std::uint64_t end_by_metadata(std::uint64_t offset);
 
-    /// Whether anything of the tag, the table of contents and the version of a lead-in is there.
+    /// Whether the tag, the table of contents or the version of a lead-in is there.
     bool has_remains(std::uint64_t offset);
 
     /// Where the lead-in at an offset says that the segment ends; 0 if there is none.
@@ -45,7 +45,7 @@ class segment_source {
 
     segment_metadata& metadata() { return metadata_; }
 
-    /// The bytes of metadata that the latest call had to work through.
+    /// How many bytes of metadata the latest call had to read.
     std::uint64_t effort() const { return effort_; }
 
   private:
