@@ -7,9 +7,10 @@ cd "$(dirname "$0")" || exit
 usage='usage: ./test.sh [--thorough]
 
 Builds with warnings as errors and runs all tests, those of the Python package too. With --thorough it
-also runs them under the address and undefined behaviour sanitizers, the sessions under the thread
-sanitizer and the tests of the example for a cluster, fuzzes for a minute, and runs ./lint.sh. It
-installs missing packages with apt, as root or with sudo, and leaves its logs in build/logs.'
+makes more rounds of the random tests, runs all tests also under the address and undefined behaviour
+sanitizers, the sessions under the thread sanitizer and the tests of the example for a cluster, fuzzes
+for a minute, and runs ./lint.sh. It installs missing packages with apt, as root or with sudo, and
+leaves its logs in build/logs.'
 thorough=false
 case $* in
     '') ;;
@@ -100,6 +101,7 @@ groups=(build test tool python)
 if $thorough; then groups+=(fuzz cluster hdf5 lint); fi
 step packages scripts/install-packages.sh "${groups[@]}" || exit
 
+if $thorough; then export TDMS_TEST_ROUNDS=5; fi
 fixed_addresses=()
 if build release; then
     run_tests release
