@@ -32,7 +32,8 @@ int create(void* handle, const char* name, const T& value)
 {
     auto* const owner = static_cast<Object*>(handle);
     if (file_of(owner) == nullptr) return level<Object>::invalid_handle;
-    return create_property(owner, not_null(name), type_code<T>, encoded(value));
+    const std::string_view checked_name = not_null(name);
+    return create_property(owner, checked_name, type_code<T>, encoded(value));
 }
 
 // The stored bytes of a property; empty with any status but 0.
