@@ -17,10 +17,10 @@
 #include <string>
 #include <tdms.hpp>
 
+#include "support/conversions.hpp"
 #include "support/device.hpp"
 #include "support/exit_status.hpp"
 #include "support/stop_signal.hpp"
-#include "support/text.hpp"
 
 namespace {
 

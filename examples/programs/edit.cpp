@@ -16,8 +16,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/conversions.hpp"
 #include "support/exit_status.hpp"
-#include "support/text.hpp"
 
 namespace {
 

@@ -17,9 +17,9 @@
 #include <tdms.hpp>
 #include <vector>
 
+#include "support/conversions.hpp"
 #include "support/exit_status.hpp"
 #include "support/mean_of_seconds.hpp"
-#include "support/text.hpp"
 
 namespace {
 

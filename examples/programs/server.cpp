@@ -23,10 +23,10 @@
 #include <tdms.hpp>
 #include <utility>
 
+#include "support/conversions.hpp"
 #include "support/exit_status.hpp"
 #include "support/line_server.hpp"
 #include "support/range_request.hpp"
-#include "support/text.hpp"
 
 namespace {
 

@@ -109,11 +109,11 @@ inline constexpr std::uint32_t stored_size = DataSize.at(type_code<T>);
 
 /// Stands for the element type whose C++ type is T.
 template <class T>
-struct element {
+struct element_type {
     using type = T;
 };
 
-/// Calls `use(element<T>{})` for the element type with that code.
+/// Calls `use(element_type<T>{})` for the element type with that code.
 /// @return its result; a zero if no element type has that code
 template <class Use>
 auto with_element_type(std::uint32_t code, Use use)
@@ -121,11 +121,11 @@ auto with_element_type(std::uint32_t code, Use use)
     switch (code) {
 #define TDMS_CASE(suffix, type, code) \
     case code:                        \
-        return use(element<type>{});
+        return use(element_type<type>{});
         TDMS_ELEMENTS(TDMS_CASE)
 #undef TDMS_CASE
         default:
-            return decltype(use(element<double>{})){};
+            return decltype(use(element_type<double>{})){};
     }
 }
 

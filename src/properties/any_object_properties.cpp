@@ -101,7 +101,7 @@ tdms_value value_of(const property& found)
 {
     tdms_value v{};
     const bool decoded = with_element_type(
-        found.data_type, [&]<class T>(element<T>) { return decode<T>(found.data, v); });
+        found.data_type, [&]<class T>(element_type<T>) { return decode<T>(found.data, v); });
     if (decoded) v.type = static_cast<std::int32_t>(found.data_type);
     return v;
 }
@@ -127,7 +127,7 @@ int set_property(property_map& properties, std::string_view name, const tdms_val
     byte_string bytes;
     const bool encoded =
         with_element_type(static_cast<std::uint32_t>(value.type),
-                          [&]<class T>(element<T>) { return encode<T>(value, bytes); });
+                          [&]<class T>(element_type<T>) { return encode<T>(value, bytes); });
     if (!encoded) return TDMS_ARGUMENT;
     auto created = std::make_shared<property>(
         property{static_cast<std::uint32_t>(value.type), std::move(bytes)});

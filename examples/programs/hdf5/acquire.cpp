@@ -22,11 +22,11 @@
 #include <utility>
 #include <vector>
 
+#include "../support/conversions.hpp"
 #include "../support/device.hpp"
 #include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
 #include "../support/stop_signal.hpp"
-#include "../support/text.hpp"
 
 namespace {
 

@@ -17,9 +17,9 @@
 #include <system_error>
 #include <vector>
 
+#include "../support/conversions.hpp"
 #include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
-#include "../support/text.hpp"
 
 namespace {
 

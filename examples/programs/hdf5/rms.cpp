@@ -15,10 +15,10 @@
 #include <string>
 #include <vector>
 
+#include "../support/conversions.hpp"
 #include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
 #include "../support/mean_of_seconds.hpp"
-#include "../support/text.hpp"
 
 namespace {
 

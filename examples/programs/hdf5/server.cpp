@@ -19,11 +19,11 @@
 #include <utility>
 #include <vector>
 
+#include "../support/conversions.hpp"
 #include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
 #include "../support/line_server.hpp"
 #include "../support/range_request.hpp"
-#include "../support/text.hpp"
 
 namespace {
 

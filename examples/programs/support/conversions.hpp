@@ -1,6 +1,6 @@
 // Converts numbers to text and back, and strings and times to text.
-#ifndef EXAMPLES_TEXT_HPP
-#define EXAMPLES_TEXT_HPP
+#ifndef EXAMPLES_CONVERSIONS_HPP
+#define EXAMPLES_CONVERSIONS_HPP
 
 #include <charconv>
 #include <chrono>
