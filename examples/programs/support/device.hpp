@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "text.hpp"
+#include "conversions.hpp"
 
 /// What the machine delivers every tenth of a second.
 struct block {

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <iostream>
 
-#include "text.hpp"
+#include "conversions.hpp"
 
 /// The time that so many samples take.
 inline std::chrono::nanoseconds after(std::uint64_t samples, double rate)

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "text.hpp"
+#include "conversions.hpp"
 
 struct range_request {
     std::string file;  // a name in the folder, never a path that leads out of it
