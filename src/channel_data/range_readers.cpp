@@ -74,11 +74,11 @@ constexpr bool is_number = std::is_arithmetic_v<T>;
 int read_values(void* handle, std::uint64_t first, std::uint64_t count, double* values)
 {
     const auto is_number_type = [](std::uint32_t type) {
-        return with_element_type(type, []<class T>(element_type<T>) { return is_number<T>; });
+        return with_element_type(type, []<class T>(element_tag<T>) { return is_number<T>; });
     };
     return with_range(handle, first, count, values, is_number_type,
                       [&](value_range& range, std::uint32_t type) {
-                          return with_element_type(type, [&]<class T>(element_type<T>) -> int {
+                          return with_element_type(type, [&]<class T>(element_tag<T>) -> int {
                               if constexpr (is_number<T>) return read_as<T>(range, count, values);
                               return TDMS_CHANNEL_DATATYPE;
                           });

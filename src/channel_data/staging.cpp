@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "codec/element.h"
 #include "codec/short_move.h"

@@ -21,14 +21,8 @@ struct staged_strings {
     byte_vector& bytes;
 };
 
-/// Appends strings; a null one is an exception. If there is an exception, `to` may have grown.
+/// Appends strings. reader/string_block.h and string_range_readers.cpp read them. A null string is
+/// an exception. If there is an exception, `to` may have grown.
 void append_strings(std::uint64_t count, const c_string* values, staged_strings to);
-
-/// Whether the channel has staged values that no save has written.
-inline bool is_unsaved(const channel& c)
-{
-    const std::uint64_t saves = c.group->file->segment_count;
-    return c.saves_at_staging == saves && (!c.data.empty() || !c.string_ends.empty());
-}
 
 }  // namespace tdms_impl

@@ -10,7 +10,7 @@ namespace {
 
 // Locates a channel's values and checks that they are of the wanted type. The type is checked
 // second: a file that cannot be read is reported first.
-int locate_values(void* handle, std::uint32_t type, channel_blocks& values, std::uint64_t& count)
+int locate_blocks(void* handle, std::uint32_t type, channel_blocks& values, std::uint64_t& count)
 {
     const auto* const wanted = static_cast<const channel*>(handle);
     option* const file = file_of(wanted);
@@ -56,7 +56,7 @@ int fetch(void* handle, T* values)
 {
     channel_blocks stored;
     std::uint64_t count = 0;
-    if (const int status = locate_values(handle, type_code<T>, stored, count)) return status;
+    if (const int status = locate_blocks(handle, type_code<T>, stored, count)) return status;
     if (count == 0) return TDMS_OK;
     if (values == nullptr || count > ~std::uint64_t{0} / sizeof(T)) return TDMS_CHANNEL_DATA_READ;
     auto* const bytes = reinterpret_cast<unsigned char*>(values);
@@ -98,7 +98,7 @@ int fetch(void* handle, c_string* values)
 {
     channel_blocks stored;
     std::uint64_t count = 0;
-    if (const int status = locate_values(handle, TDMS_TYPE_STRING, stored, count)) return status;
+    if (const int status = locate_blocks(handle, TDMS_TYPE_STRING, stored, count)) return status;
     if (count == 0) return TDMS_OK;
     std::list<string_block> read;
     if (values == nullptr || !stored.read_strings(count, read)) return TDMS_CHANNEL_DATA_READ;

@@ -24,9 +24,9 @@ class value_range {
     {
     }
 
-    /// Reads the stored bytes of the values, the last ones first, into memory of its own: if the
-    /// file no longer holds them, the caller's array stays untouched. Checking the file's size
-    /// would be one more system call.
+    /// Reads the stored bytes. The last ones are read first, into a buffer: if the file no longer
+    /// holds them, the caller's array stays untouched. Checking the file's size would be one more
+    /// system call.
     int read(std::uint32_t value_size, unsigned char* target)
     {
         std::array<unsigned char, most_apart> last;

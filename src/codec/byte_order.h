@@ -6,11 +6,11 @@
 // - a string is its length as 32 bits and its bytes, without a terminator,
 // - the block of a string channel is a table of 32-bit end offsets, one for each string, counted
 //   from the end of the table, then the bytes of all strings.
+// The library reads and writes little-endian only; exported_codec.h offers both orders.
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstddef>
 
 namespace tdms_impl {
 

@@ -7,7 +7,7 @@
 #include "codec/byte_order.h"
 #include "core/byte_vector.h"
 
-// The metadata of a segment are little-endian numbers and length-prefixed strings back to back.
+// The metadata of a segment is little-endian numbers and length-prefixed strings back to back.
 
 namespace tdms_impl {
 

@@ -3,9 +3,8 @@
 #include <cstdint>
 
 // A point in time as a signed 64-bit count of nanoseconds since 1970-01-01T00:00:00 UTC, and as the
-// 16 bytes of a timestamp in a file: the fraction of a second in units of 2^-64 s, then the seconds
-// since 1904-01-01. Both directions round to the nearest, so every count survives a
-// round trip.
+// 16 bytes of a timestamp in a file (timestamp_codec.h). Both directions round to the nearest, so
+// every count survives a round trip.
 
 namespace tdms_impl {
 

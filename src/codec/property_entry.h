@@ -5,7 +5,7 @@
 
 namespace tdms_impl {
 
-/// A property as the metadata of a segment list it.
+/// A property as the metadata of a segment lists it.
 struct property_entry {
     std::string_view name;
     std::uint32_t data_type;

@@ -83,7 +83,7 @@ inline bool stated_size(const raw_data_index& index, std::uint64_t& size)
     return !__builtin_mul_overflow(index.value_count, each, &size);
 }
 
-/// Stands for more bytes or values than 64 bits can count.
+/// More bytes or values than 64 bits can count.
 inline constexpr std::uint64_t too_much = ~std::uint64_t{0};
 
 /// The sum, or too_much.

@@ -1,6 +1,7 @@
 #include "codec/timestamp_codec.h"
 
 #include <algorithm>
+#include <ctime>
 
 #include "codec/byte_order.h"
 

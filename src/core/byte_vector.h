@@ -3,17 +3,18 @@
 #include <concepts>
 #include <cstddef>
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace tdms_impl {
 
-/// Memory for `size` bytes, to be freed by free_bytes() with the same size. Many megabytes come on
-/// huge pages where the system has them: touching fresh memory page by page for the first time
-/// costs several times as much as copying into it.
+/// Memory for `size` bytes, to be freed by free_bytes() with the same size. Large blocks use huge
+/// pages where the system has them: touching fresh memory in small pages costs several times as
+/// much as copying into it.
 unsigned char* allocate_bytes(std::size_t size);
 void free_bytes(unsigned char* bytes, std::size_t size);
 
-/// Allocates with allocate_bytes(); bytes added by resize() are left uninitialised.
+/// Allocates with allocate_bytes().
 struct byte_allocator {
     using value_type = unsigned char;
     template <std::same_as<value_type> T>
@@ -32,6 +33,9 @@ struct byte_allocator {
 
 /// Encoded bytes; does not clear bytes added by resize().
 using byte_vector = std::vector<unsigned char, byte_allocator>;
+
+/// Encoded bytes, few of them.
+using byte_string = std::basic_string<unsigned char>;
 
 /// Moves the bytes to memory with room for `extra` more, and for at least as many again as there
 /// are: growing in small steps copies each byte a constant number of times.

@@ -11,8 +11,8 @@ using tdms_impl::option;
 namespace tdms_impl {
 namespace {
 
-// Whether a channel of the group is called `name`. A name is its path without the quotes, so the
-// path is where to look; only a foreign file can hold paths that lack them.
+// Whether a channel of the group is called `name`. A name is its path without the quotes, so it
+// is looked up by path; only a foreign file can hold paths that lack quotes.
 bool has_channel_named(const group& owner, std::string_view name)
 {
     if (!owner.unquoted) return owner.channels.contains(object_path(owner.path, name));

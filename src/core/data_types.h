@@ -67,7 +67,7 @@ class data_size_table {
     }
 
     // Sorted by code.
-    std::array<entry, 22> entries_{{
+    static constexpr auto entries_ = std::to_array<entry>({
         {0x00, 0},  // void
         {TDMS_TYPE_INT8, 1},
         {TDMS_TYPE_INT16, 2},
@@ -90,7 +90,7 @@ class data_size_table {
         {0x8000C, 0},     // complex single
         {0x10000D, 0},    // complex double
         {0xFFFFFFFF, 0},  // raw data of data acquisition hardware
-    }};
+    });
 };
 
 inline constexpr data_size_table DataSize;
@@ -107,13 +107,13 @@ TDMS_ELEMENTS(TDMS_TYPE_CODE)
 template <class T>
 inline constexpr std::uint32_t stored_size = DataSize.at(type_code<T>);
 
-/// Stands for the element type whose C++ type is T.
+/// Names the element type whose C++ type is T.
 template <class T>
-struct element_type {
+struct element_tag {
     using type = T;
 };
 
-/// Calls `use(element_type<T>{})` for the element type with that code.
+/// Calls `use(element_tag<T>{})` for the element type with that code.
 /// @return its result; a zero if no element type has that code
 template <class Use>
 auto with_element_type(std::uint32_t code, Use use)
@@ -121,11 +121,11 @@ auto with_element_type(std::uint32_t code, Use use)
     switch (code) {
 #define TDMS_CASE(suffix, type, code) \
     case code:                        \
-        return use(element_type<type>{});
+        return use(element_tag<type>{});
         TDMS_ELEMENTS(TDMS_CASE)
 #undef TDMS_CASE
         default:
-            return decltype(use(element_type<double>{})){};
+            return decltype(use(element_tag<double>{})){};
     }
 }
 

@@ -28,8 +28,6 @@ enum class handle_tag : std::uint64_t {
     channel = 0x3a6e6e6168434d54
 };
 
-using byte_string = std::basic_string<unsigned char>;
-
 enum class property_origin : std::uint8_t { created, read, saved };
 
 struct property {
@@ -96,6 +94,8 @@ struct option {
     descriptor reader;           // for a stream that cannot be read
     std::shared_ptr<value_index> stored;  // null until it is needed
 
+    // These are defined with their subjects: in core/file.cpp, core/channel.cpp,
+    // channel_data/staging.cpp and writer/save_file.cpp.
     int open_file(const std::string& path, const std::string& mode);
 
     int create_channel(const void* group_handle, std::string_view name, void** handle);
@@ -137,6 +137,13 @@ inline channel& add_channel(group& owner, std::string_view path, std::string nam
 {
     auto& [key, added] = owner.channels.add(path);
     return become_channel(added, owner, key, std::move(name));
+}
+
+/// Whether the channel has staged values that no save has written.
+inline bool is_unsaved(const channel& c)
+{
+    const std::uint64_t saves = c.group->file->segment_count;
+    return c.saves_at_staging == saves && (!c.data.empty() || !c.string_ends.empty());
 }
 
 /// A read that fails closes the stream for good. @return the status of the read

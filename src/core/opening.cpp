@@ -1,6 +1,8 @@
+// tdms_open() and the other functions of its interface that open, follow and close files.
+
 #include <algorithm>
 
-#include "core/file_on_its_way.h"
+#include "core/file_being_opened.h"
 #include "core/guarded.h"
 #include "core/registry.h"
 // Opening reads the file, and closing removes what was not saved completely: only here and in
@@ -14,7 +16,7 @@ namespace tdms_impl {
 namespace {
 
 // Registers a file that was read, or is to be written, as a handle.
-int become_handle(std::shared_ptr<option> opened, file_on_its_way& from, open_mode mode,
+int become_handle(std::shared_ptr<option> opened, file_being_opened& from, open_mode mode,
                   void** handle)
 {
     registry& open = open_files();
@@ -39,7 +41,7 @@ void forget_latest_counts(option& file)
 int open(const char* path, open_mode mode, void** handle)
 {
     auto opened = std::make_shared<option>();
-    file_on_its_way from(path, mode);
+    file_being_opened from(path, mode);
     const std::int64_t size = from.open();
     if (size < 0) return errno == ENOMEM ? TDMS_MEMORY : TDMS_FILE_PATH;
     if (mode != open_mode::write) {
@@ -57,7 +59,7 @@ int open(const char* path, open_mode mode, void** handle)
 int open_partial(const char* path, void** handle, std::uint64_t* rest)
 {
     auto opened = std::make_shared<option>();
-    file_on_its_way from(path, open_mode::read);
+    file_being_opened from(path, open_mode::read);
     const std::int64_t size = from.open();
     if (size < 0) return errno == ENOMEM ? TDMS_MEMORY : TDMS_FILE_PATH;
     const int status = read_intact_segments(*opened, from.file(), static_cast<std::uint64_t>(size));

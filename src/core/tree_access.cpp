@@ -4,8 +4,8 @@
 namespace tdms_impl {
 namespace {
 
-// The object of that name; null if there is none. A name is its path without the quotes, so the
-// path is where to look; only a foreign file can hold paths that lack them.
+// The object of that name; null if there is none. A name is its path without the quotes, so it
+// is looked up by path; only a foreign file can hold paths that lack quotes.
 template <class Object>
 Object* find_named(object_map<Object>& objects, std::string_view parent, bool unquoted,
                    std::string_view name)

@@ -7,6 +7,7 @@
 
 #include "codec/element.h"
 #include "codec/nanoseconds.h"
+#include "codec/string_codec.h"
 #include "core/guarded.h"
 #include "properties/property_store.h"
 
@@ -15,7 +16,7 @@ namespace {
 
 // Lengths of names, and of strings including their prefix, are 32-bit numbers.
 constexpr std::uint64_t most_name = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint64_t most_string = most_name - 4;
+constexpr std::uint64_t most_string = most_name - string_prefix_size;
 
 // The member of tdms_value that holds values of T.
 template <class T, class Value>
@@ -91,9 +92,10 @@ bool decode(const byte_string& bytes, tdms_value& v)
 template <>
 bool decode<c_string>(const byte_string& bytes, tdms_value& v)
 {
-    if (bytes.size() < 4) return false;
-    v.value.string.text = reinterpret_cast<const char*>(bytes.data()) + 4;
-    v.value.string.length = bytes.size() - 4;
+    if (bytes.size() < string_prefix_size) return false;
+    const std::string_view string = after_prefix(bytes);
+    v.value.string.text = string.data();
+    v.value.string.length = string.size();
     return true;
 }
 
@@ -101,7 +103,7 @@ tdms_value value_of(const property& found)
 {
     tdms_value v{};
     const bool decoded = with_element_type(
-        found.data_type, [&]<class T>(element_type<T>) { return decode<T>(found.data, v); });
+        found.data_type, [&]<class T>(element_tag<T>) { return decode<T>(found.data, v); });
     if (decoded) v.type = static_cast<std::int32_t>(found.data_type);
     return v;
 }
@@ -127,7 +129,7 @@ int set_property(property_map& properties, std::string_view name, const tdms_val
     byte_string bytes;
     const bool encoded =
         with_element_type(static_cast<std::uint32_t>(value.type),
-                          [&]<class T>(element_type<T>) { return encode<T>(value, bytes); });
+                          [&]<class T>(element_tag<T>) { return encode<T>(value, bytes); });
     if (!encoded) return TDMS_ARGUMENT;
     auto created = std::make_shared<property>(
         property{static_cast<std::uint32_t>(value.type), std::move(bytes)});

@@ -1,5 +1,7 @@
 #include "properties/property_store.h"
 
+#include "core/c_string.h"
+
 namespace tdms_impl {
 namespace {
 

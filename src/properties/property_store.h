@@ -1,22 +1,10 @@
 #pragma once
 
-#include <algorithm>
 #include <utility>
 
-#include "codec/byte_order.h"
-#include "core/c_string.h"
 #include "core/object_lookup.h"
 
 namespace tdms_impl {
-
-/// A string as a file stores it: its length, then its bytes.
-inline byte_string encode_string(std::string_view value)
-{
-    byte_string bytes(4 + value.size(), 0);
-    store(bytes.data(), static_cast<std::uint32_t>(value.size()), true);
-    std::copy(value.begin(), value.end(), bytes.begin() + 4);
-    return bytes;
-}
 
 /// Adds a property to an object. A name that exists is rejected, unless tdms_save() has written its
 /// property: after a save, the new one replaces it.

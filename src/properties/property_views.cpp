@@ -1,5 +1,5 @@
-#include "codec/byte_order.h"
 #include "codec/nanoseconds.h"
+#include "codec/string_codec.h"
 #include "codec/timestamp_codec.h"
 #include "core/guarded.h"
 #include "properties/property_store.h"
@@ -26,10 +26,10 @@ template <class Object>
 int get_string(void* handle, const char* name, const char** value, std::uint64_t* length)
 {
     const bool outputs = value != nullptr && length != nullptr;
-    return view_property<Object>(handle, name, outputs, TDMS_TYPE_STRING, 4,
+    return view_property<Object>(handle, name, outputs, TDMS_TYPE_STRING, string_prefix_size,
                                  [=](const byte_string& bytes) {
-                                     *value = reinterpret_cast<const char*>(bytes.data()) + 4;
-                                     *length = bytes.size() - 4;
+                                     *value = after_prefix(bytes).data();
+                                     *length = after_prefix(bytes).size();
                                  });
 }
 

@@ -1,18 +1,10 @@
-#include <algorithm>
-
 #include "codec/element.h"
+#include "codec/string_codec.h"
+#include "core/c_string.h"
 #include "properties/property_store.h"
 
 namespace tdms_impl {
 namespace {
-
-// A stored string, as far as it is stored; empty if too short to hold a length.
-std::string_view stored_string(const byte_string& bytes)
-{
-    if (bytes.size() < 4) return {};
-    const std::size_t length = load<std::uint32_t>(bytes.data(), true);
-    return {reinterpret_cast<const char*>(bytes.data()) + 4, std::min(length, bytes.size() - 4)};
-}
 
 template <class T>
 byte_string encoded(const T& value)

@@ -6,7 +6,7 @@
 
 namespace tdms_impl {
 
-/// An object as the metadata of a segment list it.
+/// An object as the metadata of a segment lists it.
 struct listed_object {
     std::string_view path;
     object_path_parts parts;  // of the kind `invalid` if the path names no object

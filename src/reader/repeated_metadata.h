@@ -8,7 +8,7 @@
 
 namespace tdms_impl {
 
-/// What parsing finds of an object: the one that it stands for, and its raw data index.
+/// What parsing finds of an object: the object itself, and its raw data index.
 template <class Object>
 struct found_object {
     Object* object;  // null for one without values

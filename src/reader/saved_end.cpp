@@ -1,9 +1,9 @@
 #include "reader/saved_end.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 
 #include "reader/segment_walk.h"

@@ -8,8 +8,8 @@ namespace tdms_impl {
 /// opened for writing only gets a second one.
 int reading_descriptor(option& file);
 
-/// To be called when a stream's write is the first to fail. Keeps the reason, and how much of the
-/// file was written before: later writes may follow missing bytes.
+/// Call this when a write to the stream fails for the first time. Keeps the reason, and how much of
+/// the file was written before: later writes may follow missing bytes.
 void note_failed_write(option& file);
 
 /// Determines where the last intact save of a writable file ends, after save_file() has passed some

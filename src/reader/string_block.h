@@ -5,8 +5,8 @@
 
 namespace tdms_impl {
 
-/// The strings of one block of a file, each with a NUL after it. Their addresses stay the same
-/// until the object moves.
+/// The strings of one block of a file, as append_strings() encodes them, each with a NUL after it.
+/// Their addresses stay the same until the object moves.
 class string_block {
   public:
     /// Reads a block of strings. @return whether the file has it, and the ends in its table ascend

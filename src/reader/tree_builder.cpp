@@ -1,7 +1,5 @@
 #include "reader/tree_builder.h"
 
-#include <utility>
-
 namespace tdms_impl {
 
 int tree_builder::add_segment(std::span<const unsigned char> metadata)
@@ -13,24 +11,24 @@ int tree_builder::add_segment(std::span<const unsigned char> metadata)
     }
     if (known->empty()) return TDMS_OK;
     if (seen_.in_a_row() > 1) {
-        ++untaken_;
+        ++pending_;
         return TDMS_OK;
     }
     settle();
-    taken_ = known;
+    counted_ = known;
     return take_all(*known, *this);
 }
 
 void tree_builder::settle()
 {
-    if (untaken_ == 0) return;
-    for (const auto& [object, index] : *taken_) {
+    if (pending_ == 0) return;
+    for (const auto& [object, index] : *counted_) {
         if (object == nullptr || index.form == index_none) continue;
         // A segment may list a channel twice.
         if (is_explicit(index.form)) object->chunk_count = index.value_count;
-        object->value_count += untaken_ * object->chunk_count;
+        object->value_count += pending_ * object->chunk_count;
     }
-    untaken_ = 0;
+    pending_ = 0;
 }
 
 int tree_builder::find(const listed_object& listed, channel*& found)

@@ -44,8 +44,8 @@ class tree_builder {
     group* group_ = nullptr;              // of the latest group or channel
     property_map* properties_ = nullptr;  // of the latest object
     repeated_metadata<channel> seen_;
-    const std::vector<found_object<channel>>* taken_ = nullptr;  // last of what was recognised
-    std::uint64_t untaken_ = 0;                                  // its repetitions since then
+    const std::vector<found_object<channel>>* counted_ = nullptr;  // the metadata recognised last
+    std::uint64_t pending_ = 0;  // its repetitions not counted yet
 };
 
 }  // namespace tdms_impl

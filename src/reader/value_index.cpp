@@ -80,6 +80,7 @@ int value_index::take(const found_object<stored_channel>& found)
     if (is_explicit(index.form)) {
         owner.stated_ = true;
         owner.strings_ = index.form == index_string;
+        // stated_size() would throw for an unknown type, whose values only count as lost.
         const std::uint32_t each = DataSize.size_or_zero(index.data_type);
         owner.size_known_ = owner.strings_ || each != 0 || index.value_count == 0;
         owner.latest_size_ = index.byte_count;
@@ -154,7 +155,7 @@ bool value_index::only_timestamps() const
            });
 }
 
-// Adds the blocks that are there, one after the other; the values of all others are lost.
+// Adds the blocks that are stored, one after the other; the values of all others are lost.
 template <class IsThere>
 void value_index::add_blocks(const segment& s, IsThere is_there)
 {

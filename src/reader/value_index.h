@@ -69,11 +69,11 @@ class stored_channel {
 ///
 /// The object list of a segment names the blocks in the order in which they are stored, whatever
 /// their groups, so each follows the blocks listed before it. Some segments state more bytes than
-/// they hold. What a save can have left out then decides which blocks are there:
+/// they hold. What a save can have left out then decides which blocks are stored:
 /// - Of several timestamp channels, save_file() stores only the last one's values.
 /// - A string channel with a count but no table was not staged.
 /// - A channel that states the count of its previous index again may not have been staged. If the
-///   others account for the bytes exactly, only those are there.
+///   others account for the bytes exactly, only those are stored.
 /// What stays undecided counts as lost, for that segment only.
 class value_index {
   public:

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "channel_data/staging.h"
 #include "writer/segment_builder.h"
 
 // What a tree holds that no file has yet.

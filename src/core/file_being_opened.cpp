@@ -1,4 +1,4 @@
-#include "core/file_on_its_way.h"
+#include "core/file_being_opened.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -12,7 +12,7 @@
 
 namespace tdms_impl {
 
-file_on_its_way::~file_on_its_way()
+file_being_opened::~file_being_opened()
 {
     const int reason = errno;
     if (created_) unlink(path_);  // while it is locked
@@ -20,7 +20,7 @@ file_on_its_way::~file_on_its_way()
     errno = reason;
 }
 
-std::int64_t file_on_its_way::open()
+std::int64_t file_being_opened::open()
 {
     descriptor opened(open_descriptor());
     if (opened.get() < 0 || !lock(opened.get())) return -1;
@@ -38,19 +38,19 @@ std::int64_t file_on_its_way::open()
     return lseek(file(), 0, SEEK_END);
 }
 
-bool file_on_its_way::truncate() const
+bool file_being_opened::truncate() const
 {
     struct stat facts {};
     return fstat(file(), &facts) == 0 && (!S_ISREG(facts.st_mode) || ftruncate(file(), 0) == 0);
 }
 
-std::FILE* file_on_its_way::release()
+std::FILE* file_being_opened::release()
 {
     created_ = false;
     return std::exchange(stream_, nullptr);
 }
 
-int file_on_its_way::open_descriptor()
+int file_being_opened::open_descriptor()
 {
     // O_NONBLOCK: a pipe is not waited for.
     if (mode_ == open_mode::read) return ::open(path_, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -65,7 +65,7 @@ int file_on_its_way::open_descriptor()
 }
 
 // Two programs writing one file would destroy it. Not every file system has locks.
-bool file_on_its_way::lock(int file)
+bool file_being_opened::lock(int file)
 {
     if (mode_ == open_mode::read) return true;
     int result = 0;

@@ -9,12 +9,12 @@ enum class open_mode { read, write, append };
 
 /// A file that is being opened for a handle. If that fails, it is closed, and removed if it was
 /// created for it; errno keeps the reason.
-class file_on_its_way {
+class file_being_opened {
   public:
-    file_on_its_way(const char* path, open_mode mode) : path_(path), mode_(mode) {}
-    ~file_on_its_way();
-    file_on_its_way(const file_on_its_way&) = delete;
-    file_on_its_way& operator=(const file_on_its_way&) = delete;
+    file_being_opened(const char* path, open_mode mode) : path_(path), mode_(mode) {}
+    ~file_being_opened();
+    file_being_opened(const file_being_opened&) = delete;
+    file_being_opened& operator=(const file_being_opened&) = delete;
 
     /// Opens the file, and locks it if it is to be written to. Nothing in it changes.
     /// @return the size, or less than 0 with errno
