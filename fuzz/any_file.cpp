@@ -21,9 +21,8 @@ void for_each_typed_channel(void* file, Use use)
 {
     for (void* const group : groups_of(file)) {
         for (void* const channel : channels_of(group)) {
-            for_each_element([&]<class Element>(Element element) {
-                if (Element::code == get_channel_datatype(channel)) use(element, channel);
-            });
+            const auto use_channel = [&](auto element) { use(element, channel); };
+            with_element(get_channel_datatype(channel), use_channel);
         }
     }
 }

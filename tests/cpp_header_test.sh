@@ -14,34 +14,24 @@ class file {} f;
 class group {} g;
 class channel {} c;
 struct error {};
-using time_point = tdms::time;
-void write(const char* path);
-int main(int, char** argv)
-{
-    write(argv[1]);
-    const auto read = tdms::file(argv[1])["g"]["c"].read<double>();
-    return read == std::vector<double>{1, 2} ? 0 : 1;
-}
+std::vector<double> read(const char* path) { return tdms::file(path)["g"]["c"].read<double>(); }
 CPP
 cat >"$scratch/two.cpp" <<'CPP'
 #include <tdms.hpp>
 #include <tdms.hpp>
 using namespace tdms;
-void write(const char* path)
+std::vector<double> read(const char* path);
+int main(int count, char** arguments)
 {
-    file f(path, "w");
+    file f(arguments[count - 1], "w");
     channel c = f.add_group("g").add_channel("c");
-    c.append(std::vector<double>{1, 2});
-    c.property("rate", 100);
+    c.append(read(f.path().c_str()));
     for (const auto& [name, value] : c.properties()) f.property(name, value);
-    if (f.property<double>("rate") == 100) f.save();
 }
 CPP
 
 for compiler in "$@"; do
     # -isystem would hide the header's own warnings.
     "$compiler" -std=c++20 -O2 -Wall -Wextra -Wshadow -Wconversion -Wpedantic -Werror -I "$include" \
-        "$scratch/one.cpp" "$scratch/two.cpp" -o "$scratch/program" "$library" \
-        -Wl,-rpath,"$(dirname "$library")"
-    "$scratch/program" "$scratch/file.tdms"
+        "$scratch/one.cpp" "$scratch/two.cpp" -o "$scratch/program" "$library"
 done

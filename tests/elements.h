@@ -89,6 +89,14 @@ void for_each_element(Use use)
          element_bool{}, element_timestamp{}, element_string{});
 }
 
+template <class Use>
+void with_element(int type, Use use)
+{
+    for_each_element([&]<class Element>(Element element) {
+        if (Element::code == type) use(element);
+    });
+}
+
 template <class T>
 bool is_same(const T& a, const T& b)
 {

@@ -30,7 +30,6 @@ std::vector<std::int64_t> fast_values(std::int64_t first_save, std::int64_t end)
 void record(const scratch_file& scratch, counter& returned)
 {
     const tdms_file file(scratch, "w");
-    void* const numbers = file.channel("fast", "number");
     void* const times = file.channel("fast", "time");
     void* const events = file.channel("slow", "event");
     for (std::int64_t save = 0; save != saves; ++save, ++returned) {
@@ -38,8 +37,7 @@ void record(const scratch_file& scratch, counter& returned)
         const std::string string = std::to_string(save);
         const char* const event = string.c_str();
         if (save % 20 == 0) file.group(event);  // metadata that is new
-        expect_each(0, {tdms_append_int64(numbers, values.size(), values.data()),
-                        tdms_append_nanoseconds(times, values.size(), values.data()),
+        expect_each(0, {tdms_append_nanoseconds(times, values.size(), values.data()),
                         tdms_append_string(events, 1, &event), tdms_save(file.handle)});
     }
 }
@@ -55,14 +53,10 @@ std::int64_t complete_saves(const tdms_file& file)
     const auto complete = static_cast<std::int64_t>(events.size());
     const auto expected = fast_values(0, complete);
     std::vector<std::int64_t> read(expected.size());
-    constexpr std::pair<const char*, decltype(&tdms_read_int64)> fast_channels[] = {
-        {"number", tdms_read_int64}, {"time", tdms_read_nanoseconds}};
-    for (const auto& [name, reader] : fast_channels) {
-        void* const fast = file.channel("fast", name);
-        EXPECT_EQ(expected.size(), found_and_lost(fast).first);
-        EXPECT_EQ(0, reader(fast, 0, read.size(), read.data()));
-        EXPECT_TRUE(expected == read);
-    }
+    void* const fast = file.channel("fast", "time");
+    EXPECT_EQ(expected.size(), found_and_lost(fast).first);
+    EXPECT_EQ(0, tdms_read_nanoseconds(fast, 0, read.size(), read.data()));
+    EXPECT_TRUE(expected == read);
     EXPECT_EQ((complete + 19) / 20 + 2, get_num_group(file.handle));
     return complete;
 }

@@ -57,14 +57,6 @@ struct model_channel {
     }
 };
 
-template <class Use>
-void with_element(int type, Use use)
-{
-    for_each_element([&]<class Element>(Element element) {
-        if (Element::code == type) use(element);
-    });
-}
-
 class session {
   public:
     explicit session(std::size_t groups) : groups_(groups) {}
@@ -221,8 +213,6 @@ class session {
             ASSERT_EQ(0, Element::read(handle, first, part, values.get()));
             expect_values<Element>(m, first, part, values.get());
             EXPECT_EQ(TDMS_RANGE, Element::read(handle, first, count - first + 1, values.get()));
-        });
-        with_element(m.type, [&]<class Element>(Element) {
             if constexpr (std::is_arithmetic_v<typename Element::value>) {
                 std::vector<double> doubles(part);
                 ASSERT_EQ(0, tdms_read_double(handle, first, part, doubles.data()));

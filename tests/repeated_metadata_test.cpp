@@ -72,8 +72,7 @@ std::string all_that_can_be_read(const scratch_file& scratch, decltype(open_file
     for (void* const group : groups_of(file.handle)) {
         for (void* const channel : channels_of(group)) {
             found += name_of(get_channel_name, channel);
-            for_each_element([&]<class Element>(Element) {
-                if (Element::code != get_channel_datatype(channel)) return;
+            with_element(get_channel_datatype(channel), [&]<class Element>(Element) {
                 found +=
                     values<Element>(found_and_lost(channel).first, [&](auto* array, auto count) {
                         return Element::read(channel, 0, count, array);
@@ -117,9 +116,8 @@ TEST(RepeatedMetadata, ReadsAsParsed)
 TEST(RepeatedMetadata, PropertiesOfTheLatestSegment)
 {
     std::string file;
-    for (const int value : {1, 2, 1}) {
-        const std::string number = property_p(3, u32(static_cast<unsigned>(value)));
-        file += segment({object("/", none, number)});
+    for (const unsigned value : {1, 2, 1}) {
+        file += segment({object("/", none, property_p(3, u32(value)))});
     }
     const scratch_file scratch(file);
     const open_tdms opened(scratch, "r");

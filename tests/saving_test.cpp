@@ -24,10 +24,8 @@ extern "C" ssize_t write(int file, const void* bytes, std::size_t count)
 {
     REAL(write);
     static int writes = 0;
-    errno = EINTR;
-    if (++writes % 5 == 0) return -1;
-    if (room == 0) errno = ENOSPC;
-    if (room == 0) return -1;
+    errno = ++writes % 5 == 0 ? EINTR : ENOSPC;
+    if (errno == EINTR || room == 0) return -1;
     if (room > 0) count = std::min(count, static_cast<std::size_t>(room));
     const ssize_t part = real(file, bytes, count);
     if (room > 0) room -= part;
@@ -171,8 +169,8 @@ TEST_F(Saving, ALimitOfFileSizes)
     {
         const resource_limit limit(RLIMIT_FSIZE, after_.size() - 1);
         expect_write_error(EFBIG, tdms_save(file.handle));
-        EXPECT_EQ(before_, scratch_.bytes());
     }
+    EXPECT_EQ(before_, scratch_.bytes());
     file.save_and_close();
     EXPECT_EQ(after_, scratch_.bytes());
 }
@@ -329,8 +327,8 @@ TEST(SavingOnce, WritesWhatIsNewAndItsBytes)
     EXPECT_EQ(3u, value_count(open_tdms(scratch, "r").channel(0, 0)));
 }
 
-// Large blocks are written from where they are staged, between others: in their order, completely
-// or not at all, and after a failure of save_file() nothing more.
+// Large blocks are written from where they are staged, between others: in their order, and
+// completely or not at all.
 TEST(SavingOnce, LargeBlocks)
 {
     const std::uint64_t counts[] = {1, 20000, 2, 30000, 20000, 3};
@@ -343,39 +341,20 @@ TEST(SavingOnce, LargeBlocks)
         raw.append(reinterpret_cast<const char*>(values.data() + i), 8 * counts[i]);
     }
     const std::string expected = segment(objects, raw);
-    const std::size_t ends[] = {1, 400, 1000, 160'400, 200'000, 540'000};
-    for (const std::size_t end : ends) {
+    for (const std::int64_t end : {1, 400, 1000, 160'400, 200'000, 540'000}) {
         const scratch_file scratch;
         tdms_file file(scratch, "w");
         for (std::size_t i = 0; i != std::size(counts); ++i) {
             void* const channel = file.channel("g", std::to_string(i).c_str());
             EXPECT_EQ(0, tdms_append_double(channel, counts[i], values.data() + i));
         }
-        room = static_cast<std::int64_t>(end);
+        room = end;
         EXPECT_EQ(TDMS_WRITE, tdms_save(file.handle));
         EXPECT_EQ("", scratch.bytes());
         room = -1;
         file.save_and_close();
         EXPECT_TRUE(expected == scratch.bytes()) << end;
     }
-    std::string complete;
-    for (const std::size_t end : {std::size_t{RLIM_INFINITY}, ends[3], ends[4], ends[5]}) {
-        new_file made;
-        for (std::size_t i = 0; i != std::size(counts); ++i) {
-            void* const channel = add_channel(made.group, std::to_string(i).c_str());
-            EXPECT_EQ(0, set_channel_data_double(channel, counts[i], values.data() + i));
-        }
-        {
-            const resource_limit limit(RLIMIT_FSIZE, end);
-            std::signal(SIGXFSZ, SIG_IGN);
-            EXPECT_EQ(0, save_file(made.file.handle));
-        }
-        EXPECT_EQ(0, close_file(&made.file.handle));
-        const std::string written = made.scratch.bytes();
-        if (complete.empty()) complete = written;
-        EXPECT_TRUE(written == complete.substr(0, end)) << end;
-    }
-    EXPECT_TRUE(complete.ends_with(raw));
 }
 
 // What the first interface lets a program add, and no reader would give back, is not written: a

@@ -24,11 +24,13 @@ auto samples()
 }
 
 // Values from the first of a file on, or from any other that is alike.
-template <class Element, class Call>
-void check_samples(const typename Element::value* values, std::size_t count, Call call)
+template <class Element, class Values, class Call>
+void check_samples(const Values& values, Call call)
 {
-    for (std::size_t i = 0; i != count; ++i) {
-        call([&] { return !is_same(Element::samples[i % 3], values[i]); });
+    std::size_t i = 0;
+    for (const auto& value : values) {
+        const auto& expected = Element::samples[i++ % 3];
+        call([&] { return !is_same(expected, value); });
     }
 }
 
@@ -105,7 +107,7 @@ void read_everything(const char* path, Call call)
         call([&] { return get_num_channel_data(all[2], &count); });
         call([&] { return count != std::size(values); });
         call([&] { return Element::get(all[2], values); });
-        check_samples<Element>(values, count, call);
+        check_samples<Element>(values, call);
     });
     call([&] { return close_file(&file.handle); });
 }
@@ -144,7 +146,7 @@ void check_everything(void* file, std::uint64_t saves, Call call)
             call([&] { return tdms_get_num_values(channel, &count, nullptr); });
             call([&] { return count != saves * 2 * staged_values; });
             call([&] { return Element::read(channel, count - 30, 30, values); });
-            check_samples<Element>(values, 30, call);
+            check_samples<Element>(values, call);
         });
     }
 }

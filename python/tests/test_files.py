@@ -95,8 +95,7 @@ def test_files_that_do_not_open(path, open_file, error, number):
     assert isinstance(again, error) and type(again) is type(raised) and str(again) == str(raised)
     if isinstance(raised, tdms.Error):
         assert again.status is raised.status and str(path.parent) in str(again)
-        assert repr(again) == repr(raised) and str(raised) in repr(raised)
-        assert raised.status.name in repr(raised) and error.__name__ in repr(raised)
+        assert repr(again) == repr(raised) and raised.status.name in repr(raised)
     if number is not None:
         reason = "Another program" if number == errno.EAGAIN else os.strerror(number)
         assert again.status is tdms.Status.FILE_PATH and reason in str(again)
@@ -110,9 +109,9 @@ def test_closing_saves(path):
     with pytest.raises(RuntimeError), tdms.File(path, "a") as file:
         file["g", "c"].append([2])
         raise RuntimeError
-    file = tdms.File(path, "a")
-    file["g", "c"].append([3])
-    file.close(save=False)
+    with tdms.File(path, "a") as file:
+        file["g", "c"].append([3])
+        file.close(save=False)
     with pytest.warns(ResourceWarning):
         tdms.File(path, "a")["g", "c"].append([4])
     with tdms.File(path, "a") as file:

@@ -54,16 +54,13 @@ $((size - 1))~1~~damaged at byte $offset~its length
 END
 
 # Segments of int32 values of the channel g/c: with an index, or with that of the segment before.
-begin() { # METADATA RAW: prints the lead-in
-    printf TDSm && le 4 14 4713 && le 8 $(($1 + $2)) "$1"
-}
-values() { begin 40 $((4 * $#)) && le 4 1 8 && printf "/'g'/'c'" && le 4 20 3 1 && le 8 $# && le 4 0 "$@"; }
-as_before() { begin 24 $((4 * $#)) && le 4 1 8 && printf "/'g'/'c'" && le 4 0 0 "$@"; }
+values() { lead_in 40 $((4 * $#)) && le 4 1 && counted "/'g'/'c'" && le 4 20 3 1 && le 8 $# && le 4 0 "$@"; }
+as_before() { lead_in 24 $((4 * $#)) && le 4 1 && counted "/'g'/'c'" && le 4 0 0 "$@"; }
 pair() { # FORM VALUE VALUE VALUE: one of g/c, two of g/d; with indexes, or those of before
     local name count=1
-    begin $(($1 == 20 ? 76 : 44)) 12 && le 4 2
+    lead_in $(($1 == 20 ? 76 : 44)) 12 && le 4 2
     for name in c d; do
-        le 4 8 && printf %s "/'g'/'$name'" && le 4 "$1"
+        counted "/'g'/'$name'" && le 4 "$1"
         (($1 == 0)) || { le 4 3 1 && le 8 $((count++)); }
         le 4 0
     done
@@ -76,8 +73,7 @@ damaged() { "$@" | sed s/TDSm/XXXX/; }
 # A segment with a string that holds the bytes of another file.
 values 666 >inner && size=$(stat -c %s inner)
 embedding() {
-    begin 48 $((4 + size)) && le 4 1 8 && printf "/'g'/'s'" && le 4 28 32 1 &&
-        le 8 1 $((4 + size)) && le 4 0 "$size" && cat inner
+    lead_in 48 $((4 + size)) && le 4 1 && counted "/'g'/'s'" && le 4 28 32 1 && le 8 1 $((4 + size)) && le 4 0 "$size" && cat inner
 }
 while IFS='~' read -r wanted segments kept; do
     eval "{ values 0; $segments; }" >bad.tdms
@@ -106,8 +102,8 @@ status 0 '^kept: 1 segment,' "$tdms" salvage bad.tdms -o saved.tdms
 # Values that are stated but not stored, as after save_file() with several timestamp channels, or that
 # cannot be read.
 {
-    begin 76 32 && le 4 2
-    for name in a b; do le 4 8 && printf %s "/'g'/'$name'" && le 4 20 0x44 1 && le 8 2 && le 4 0; done
+    lead_in 76 32 && le 4 2
+    for name in a b; do counted "/'g'/'$name'" && le 4 20 0x44 1 && le 8 2 && le 4 0; done
     le 8 0 4000000000 0 4000000001
 } >two_times
 { embedding | head -c -$((4 + size)) && le 4 9999 && cat inner; } >strings.tdms

@@ -41,9 +41,8 @@ cat >times.txt <<'END'
 1729992600 100000000 2024-10-27T01:30:00.100000Z 2024-10-27T02:30:00.100000+01:00
 END
 {
-    printf TDSm && le 4 14 4713 && le 8 $((69 + 6 * 16)) 69
-    le 4 1 8 && printf "/'g'/'t'" && le 4 20 0x44 1 && le 8 6
-    le 4 1 5 && printf start && le 4 0x44 && timestamp -1 0
+    lead_in 69 $((6 * 16)) && le 4 1 && counted "/'g'/'t'" && le 4 20 0x44 1 && le 8 6
+    le 4 1 && counted start && le 4 0x44 && timestamp -1 0
     while read -r seconds nanoseconds _; do timestamp "$seconds" "$nanoseconds"; done <times.txt
 } >times.tdms
 column=3 local=
@@ -62,7 +61,6 @@ status 1 'Another program is writing' flock record.tdms "$record" record.tdms
 status 1 'small.tdms: .*File too large' env LLVM_PROFILE_FILE=/dev/null bash -c \
     'ulimit -f 2; "$0" small.tdms 1 500' "$record"
 status 0 '^ +cpu idle +double +4000 .*unit = "%"' "$tdms" info record.tdms
-status 0 '"values": 4000' "$tdms" info --json record.tdms
 "$tdms" dump record.tdms system/load --count 1 | tail -1 >first
 "$summary" record.tdms | grep -q "first $(cat first)," || fail 'summary prints another first value than dump'
 
@@ -86,7 +84,7 @@ timeout 20 "$tdms" dump growing.tdms system/load system/events --follow --count 
 timeout 20 "$tdms" dump growing.tdms system/load --follow | head -2 >out || fail 'dump --follow did not end when nobody read its output'
 wait
 for column in 1 2; do
-    "$tdms" dump growing.tdms "$(sed "s/,.*//;q" <(head -1 followed | cut -d , -f $column))" | sed '/^$/d' >wanted
+    "$tdms" dump growing.tdms "$(head -1 followed | cut -d , -f $column)" | sed '/^$/d' >wanted
     same <(cut -d , -f $column followed | sed '/^$/d') wanted "dump --follow wrote other values in column $column"
 done
 
@@ -115,14 +113,12 @@ each_status <<'END'
 2|no channel or group "nix"; see tdms info --names|dump record.tdms nix
 2|no channel or group "System/cpu.idle"; did you mean "system/cpu idle"|dump record.tdms System/cpu.idle
 2|no channel or group "load"; did you mean "system/load"|dump record.tdms load
-2|Try .tdms dump --help|dump record.tdms load
 2|^tdms: --from: not a number of rows: "x"$|dump record.tdms --from x
 2|--from excludes --since|dump record.tdms --from 1 --since 2024-02-01
 2|--until excludes --follow|dump record.tdms --until 2024-02-01 --follow
 2|not a time: "2024-02-01T24:30Z"|dump record.tdms --until 2024-02-01T24:30Z
 2|not a separator: ""|dump record.tdms --separator ""
 1|"g/time": the times do not ascend|dump back.tdms --since 2024-02-01
-2|not a time: "2024-02-30"|dump record.tdms --since 2024-02-30
 2|must not be a comma|dump record.tdms --decimal-comma --separator ,
 2|--follow needs a file|dump - --follow
 2|excludes|dump record.tdms --follow -o empty/rows.csv

@@ -10,17 +10,13 @@ cp files/odd/* . && ln -s record.tdms record.svg && mkdir empty
 each_status <<'END'
 2|the output is the input file|plot record.svg system -o record.svg
 2|must end in \.svg or \.png|plot record.tdms system -o picture.jpg
-2|not a size: "12x"|plot record.tdms system -o empty/p.svg --size 12x
 2|not a size: "99999x300"|plot record.tdms system -o empty/p.svg --size 99999x300
-2|--size|plot record.tdms --size 300x300
-2|--follow|plot record.tdms --follow -o empty/p.svg
 2|needs a file that can grow|plot - --follow <record.tdms
 2|did you mean "system/load"|plot record.tdms system/laod -o empty/p.svg
 1|"system/events": string values cannot be drawn|plot record.tdms system/events -o empty/p.svg
 1|"system/time": timestamp values cannot|plot record.tdms system/time --follow
 2|--until excludes --follow|plot record.tdms --until 2024-02-01 --follow
 1|nothing to draw|plot record.tdms system --since 2200-01-01 -o empty/p.svg
-1|no values at these times|plot record.tdms system/load --until 2000-01-01 -o empty/p.svg
 1|2 panels need a height|plot record.tdms system/load 'system/memory used' -o empty/p.svg --size 400x200
 END
 status 1 'gnuplot is needed' env PATH=/nonexistent "$tdms" plot record.tdms system -o empty/p.svg
@@ -33,22 +29,19 @@ command -v gnuplot >/dev/null || { finish && exit; }
 # file. Values have 1 byte, or 8 bytes if the type takes them. PROPERTY is NAME=STRING, NAME:INTEGER, or
 # NAME@DOUBLE, which is given as the integer of the same bytes.
 begin() { : >objects && : >raw && objects=0; }
-counted() { le 4 ${#1} && printf %s "$1"; }
 channel() {
-    local group=$1 name=$2 type=$3 values width=1 property
+    local path="/'$1'/'$2'" type=$3 values width=1 property
     read -ra values <<<"$4" && shift 4
     [[ $type == @(4|8|10) ]] && width=8
     {
-        counted "/'$group'/'$name'"
-        le 4 20 "$type" 1 && le 8 ${#values[@]} && le 4 $#
+        counted "$path" && le 4 20 "$type" 1 && le 8 ${#values[@]} && le 4 $#
         for property; do
-            if [[ $property == *=* ]]; then
-                counted "${property%%=*}" && le 4 32 && counted "${property#*=}"
-            elif [[ $property == *@* ]]; then
-                counted "${property%%@*}" && le 4 10 && le 8 "${property##*@}"
-            else
-                counted "${property%%:*}" && le 4 3 "${property##*:}"
-            fi
+            counted "${property%%[=@:]*}"
+            case $property in
+                *=*) le 4 32 && counted "${property#*=}" ;;
+                *@*) le 4 10 && le 8 "${property#*@}" ;;
+                *) le 4 3 "${property#*:}" ;;
+            esac
         done
     } >>objects
     if ((type == 0x44)); then
@@ -60,8 +53,7 @@ channel() {
 }
 write() {
     local metadata=$(($(wc -c <objects) + 4))
-    { printf TDSm && le 4 14 4713 && le 8 $((metadata + $(wc -c <raw))) "$metadata" && le 4 "$objects"; } >"$1"
-    cat objects raw >>"$1"
+    { lead_in "$metadata" "$(wc -c <raw)" && le 4 "$objects" && cat objects raw; } >"$1"
     begin
 }
 begin
@@ -101,7 +93,6 @@ draws times.tdms 1 $'a\nthe other\n-b\nV\n10:00:01.0\ntime (UTC), 2026-05-04\nti
 draws times.tdms 2 $'g/a\nh/a\nA\n2026-05-05\ntime (UTC), 2026-05-04 to 2026-05-05'
 zone=CET-1CEST,M3.5.0,M10.5.0/3
 TZ=$zone draws times.tdms 1 $'12:00:01.0\ntime (UTC+02:00), 2026-05-04' g --local
-draws times.tdms 1 'time (UTC), 2026-05-04' g/a g g/a g/a # each once
 
 nan=9221120237041090560 one=4607182418800017408 two=4611686018427387904
 channel g rated 1 '1 2 3 4' 'sampling rate:2'
@@ -113,7 +104,6 @@ channel g gaps 10 "$one $nan $two $two $nan $nan $one" unit=m
 write kinds.tdms
 draws kinds.tdms 1 $'seconds from the first sample\n1.4\n-sample' g/rated
 draws kinds.tdms 5 $'seconds from the first sample\nsample\n20000\ntrue\nfalse\nm'
-draws kinds.tdms 2 $'counted\nlarge' g/counted g/large
 # The third value and the fourth are connected; the others are points.
 draws kinds.tdms 1 m g/gaps
 [[ $(curve | tr -dc ML) == MMLM ]] || fail "the line is not interrupted where values are not numbers: $(curve)"
@@ -149,9 +139,8 @@ gaps() {
     read -ra times <<<"$1" && shift 2
     channel g time 0x44 "$(for i in "${times[@]}"; do printf '%d ' $((monday + i)); done)"
     channel g a 1 "$(seq -s' ' ${#times[@]})"
-    channel g on 0x21 "$(for i in "${times[@]}"; do printf '%d ' $((i % 2)); done)"
     write gaps.tdms
-    draws gaps.tdms 2 a "$@"
+    draws gaps.tdms 1 a "$@"
     drawn=$(curve | grep -c M)
     ((drawn == breaks + 1)) || fail "plot gaps.tdms $*: a line with gaps has $drawn parts, not $((breaks + 1))"
 }
@@ -162,7 +151,6 @@ gaps "$regular 60" 1                                         # of one point
 gaps "0 1 20 21 40 41 42 70 71 72 73 90 91 92 93 94" 0       # irregular
 gaps "$regular $(seq -s' ' 2000000 1000 2040000)" 0          # of two rates
 gaps "$(seq -s' ' 0 300) $(seq -s' ' 310 400)" 1 --size 200x600 # more than a column
-gaps "$(seq -s' ' 0 9 9000)" 0 --size 200x600
 at() { date -u -d "@$((monday + $1))" +%FT%TZ; }
 gaps "$regular $(seq -s' ' 60 80)" 0 --since "$(at 50)"
 grep -q '10:01:20' drawn || fail "plot --since did not draw the last samples: $(cat drawn)"
@@ -213,10 +201,8 @@ draws "'; x \`touch pwned\`.tdms" 2 "'; system('touch pwned') # \`touch pwned\` 
 for i in {1..20}; do channel g "curve $i" 1 "$i $((i + 1))" unit=V; done
 for i in {1..20}; do channel h "panel $i" 1 "$i $((i + 1))" "unit=u$i"; done
 write many.tdms
-draws many.tdms 21 "$(printf 'curve %d\npanel %d\n' {1..20} {1..20} | sort)"
+draws many.tdms 21 "$(printf 'curve %d\n' {1..20} && printf 'panel %d\n' {1..20})"
 draws many.tdms 1 V g --size 1000x300
-styles=$(grep -A8 'id="gnuplot_plot_' p.svg | grep "<path" | sed "s/ d=.*//" | sort -u | wc -l)
-((styles == 20)) || fail "20 curves have only $styles styles"
 grep -q 'width="1000" height="300"' p.svg || fail "the picture has another size: $(head -3 p.svg)"
 status 0 '' "$tdms" plot many.tdms -o p.PNG --size 900x4000
 [[ $(head -c 4 p.PNG | tail -c 3) == PNG ]] || fail 'p.PNG is no picture'

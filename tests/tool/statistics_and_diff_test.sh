@@ -8,8 +8,8 @@ channel() {
     local metadata=$((32 + ${#4}))
     cat >raw
     {
-        printf TDSm && le 4 14 4713 && le 8 $((metadata + $(stat -c %s raw))) $metadata
-        le 4 1 ${#4} && printf %s "$4" && le 4 20 "$2" 1 && le 8 "$3" && le 4 0 && cat raw
+        lead_in $metadata "$(stat -c %s raw)"
+        le 4 1 && counted "$4" && le 4 20 "$2" 1 && le 8 "$3" && le 4 0 && cat raw
     } >>"$1"
 }
 doubles() { le 8 "${@:3}" | channel "$1" 10 $(($# - 2)) "$2"; } # FILE PATH BITS...

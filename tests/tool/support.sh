@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# For the tests of the tool: a folder to work in, and checks. A test sources this, and gets the paths of
-# the programs that it runs as arguments:
+# For the tests of programs: a folder to work in, and checks. The tests of the tool get the paths of the
+# programs that they run as arguments:
 #     NAME_test.sh TDMS RECORD SUMMARY SEEDS
 set -u
 export LC_ALL=C TZ=UTC
 # shellcheck disable=SC2034  # used by the tests
-tdms=$(realpath "$1") record=$(realpath "$2") summary=$(realpath "$3") seeds=$(realpath "$4")
+(($# < 4)) || tdms=$(realpath "$1") record=$(realpath "$2") summary=$(realpath "$3") seeds=$(realpath "$4")
 work=$(mktemp -d) && trap 'rm -rf "$work"' EXIT && cd "$work" || exit 1
 failures=0
 fail() { echo "FAILED: $1" && failures=$((failures + 1)); }
@@ -47,5 +47,11 @@ le() {
     local width=$1 number i && shift
     for number; do for ((i = 0; i != width; ++i)); do printf %b "\\x$(printf %x $((number >> 8 * i & 255)))"; done; done
 }
+
+# lead_in METADATA RAW: prints the lead-in of a segment with so many bytes of each.
+lead_in() { printf TDSm && le 4 14 4713 && le 8 $(($1 + $2)) "$1"; }
+
+# counted STRING: prints it as files store it.
+counted() { le 4 ${#1} && printf %s "$1"; }
 
 finish() { ((failures == 0)) && echo "all passed"; }
