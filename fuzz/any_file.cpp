@@ -31,7 +31,6 @@ void for_each_typed_channel(void* file, Use use)
 // they state.
 void append(void* file)
 {
-    read_properties(0, file);
     for (void* const group : groups_of(file)) create_group_property_int8(group, "new", 1);
     for_each_typed_channel(file, []<class Element>(Element, void* channel) {
         create_channel_property_int8(channel, "new", 1);

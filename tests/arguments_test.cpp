@@ -94,10 +94,9 @@ TEST(Arguments, NullAndHandlesOfEachKindInEachMode)
         SCOPED_TRACE(mode);
         file_handle file;
         const auto open = mode.starts_with("first ") ? open_file : tdms_open;
-        const bool partial = mode == "partial";
         const char* const own_mode = &mode[mode.rfind(' ') + 1];
-        ASSERT_EQ(0, partial ? tdms_open_partial(scratch.path(), &file.handle, nullptr)
-                             : open(scratch.path(), own_mode, &file.handle));
+        ASSERT_EQ(0, mode == "partial" ? tdms_open_partial(scratch.path(), &file.handle, nullptr)
+                                       : open(scratch.path(), own_mode, &file.handle));
         open_handles handles{{file.handle}, mode == "a"};
         auto& [opened, group, channel] = handles.kinds;
         const bool empty = mode == "first none";
@@ -108,9 +107,8 @@ TEST(Arguments, NullAndHandlesOfEachKindInEachMode)
         void* copy = opened;
         EXPECT_EQ(0, tdms_close(&file.handle));
         EXPECT_EQ(nullptr, file.handle);
-        for (void** const closed : {&file.handle, &copy, static_cast<void**>(nullptr)}) {
-            EXPECT_EQ(TDMS_ARGUMENT, tdms_close(closed));
-        }
+        expect_each(TDMS_ARGUMENT,
+                    {tdms_close(&file.handle), tdms_close(&copy), tdms_close(nullptr)});
     }
     EXPECT_EQ(before, scratch.bytes());
     void* file = nullptr;

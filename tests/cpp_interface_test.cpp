@@ -236,7 +236,6 @@ TEST(CppErrors, NameTheObjectAndTheReason)
         FAILS(TDMS_ARGUMENT, tdms::file(scratch.path(), "x"), scratch.path()),
         FAILS(TDMS_GROUP_HANDLE, f["G"], "\"G\""),
         FAILS(TDMS_CHANNEL_HANDLE, g["d"], ": g: \"d\""),
-        FAILS(TDMS_GROUP_PROPERTY_NAME, g.properties().at("p"), "g: \"p\""),
         FAILS(TDMS_DATATYPE, c.property<double>("unit"), "g/c: \"unit\""),
         FAILS(TDMS_DATATYPE, c.property<std::int8_t>("n"), "g/c: \"n\""),
         FAILS(TDMS_RANGE, c.read<std::int16_t>(2, two), ": g/c: "),
@@ -245,7 +244,6 @@ TEST(CppErrors, NameTheObjectAndTheReason)
         FAILS(TDMS_CHANNEL_DATATYPE, c.read<std::string>(), ": g/c: "),
         FAILS(TDMS_FILE_HANDLE, c.append<std::int16_t>({1}), ": g/c: "),
         FAILS(TDMS_FILE_HANDLE, c.property("p", 1), "g/c: \"p\""),
-        FAILS(TDMS_FILE_HANDLE, copy.save(), scratch.path()),
         FAILS(TDMS_FILE_HANDLE, copy.sync(), scratch.path()),
     });
     EXPECT_EQ("untouched", untouched.front());
@@ -256,12 +254,6 @@ TEST(CppErrors, NameTheObjectAndTheReason)
         FAILS(TDMS_FILE_READ, copy.refresh(), scratch.path()),
         FAILS(TDMS_CHANNEL_DATA_READ, c.read<std::int16_t>(0, two), ": g/c: "),
     });
-
-    tdms::file full("/dev/full", "w");
-    full.add_group("g");
-    expect_failures({FAILS(TDMS_WRITE, full.save(), "/dev/full: ", ENOSPC),
-                     FAILS(TDMS_WRITE, full.close(), "/dev/full: ", EINVAL)});
-    EXPECT_FALSE(full.is_open());
 }
 
 TEST(CppLifetime, ObjectsKeepTheirFileOpenUntilItIsClosed)
@@ -279,14 +271,12 @@ TEST(CppLifetime, ObjectsKeepTheirFileOpenUntilItIsClosed)
     tdms::channel d = g.add_channel("d");
     EXPECT_FALSE(c == d);
     const tdms::property_map properties = d.properties();
-    std::array<double, 1> one;
     f.close();
     f.close();
     EXPECT_FALSE(f.is_open());
     const char* const path = other.path();
     expect_failures({
         FAILS(TDMS_FILE_HANDLE, d.size(), path),
-        FAILS(TDMS_FILE_HANDLE, d.read<double>(0, one), path),
         FAILS(TDMS_FILE_HANDLE, d.read<std::string>(0, {}), path),
         FAILS(TDMS_FILE_HANDLE, properties.begin(), path),
         FAILS(TDMS_FILE_HANDLE, g.channels(), path),

@@ -94,8 +94,8 @@ struct faulty_call {
     template <class Function>
     static int attempt(Function function)
     {
-        int status = out_of_memory;
         armed = !fired;
+        int status = out_of_memory;
         try {
             status = function();
         } catch (const std::bad_alloc&) {

@@ -7,9 +7,7 @@ using FileFormat = NewFile;
 
 TEST_F(FileFormat, TheSmallestFileByteForByte)
 {
-    scratch.fill("something");
-    const open_tdms emptied(scratch, "w");
-    EXPECT_EQ("", scratch.bytes()) << "emptied, and nothing written before a save";
+    EXPECT_EQ("", scratch.bytes()) << "nothing is written before a save";
     const std::int32_t values[] = {1, 2, 3};
     expect_each(0, {create_file_property_string(file.handle, "title", "demo"),
                     set_channel_data_int32(channel, 3, values), save_file(file.handle)});
@@ -45,9 +43,8 @@ TEST_F(FileFormat, EveryKindOfObject)
 
     // Created after the first save: without properties, a group is never written, its channels are.
     void* const late = add_channel(file.add_group("late"), "x");
-    const bool yes[] = {true};
-    EXPECT_EQ(0, set_channel_data_bool(late, 1, yes));
-    EXPECT_EQ(0, delete_group(a));
+    const bool yes = true;
+    expect_each(0, {set_channel_data_bool(late, 1, &yes), delete_group(a)});
     file.save_and_close();
 
     const std::string property_n = u32(1) + prefixed("n") + u32(2) + le<std::int16_t>(-2);

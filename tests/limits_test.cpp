@@ -23,8 +23,8 @@ TEST_F(Limits, BeyondFourGigabytes)
 
     open_tdms appended(scratch, "a");
     ASSERT_EQ(0, appended.status);
-    EXPECT_EQ(0, set_channel_data_uint8(appended.channel(0, 0), 0, nullptr));
-    EXPECT_EQ(0, set_channel_data_int32(appended.channel(0, 1), 1, &last));
+    expect_each(0, {set_channel_data_uint8(appended.channel(0, 0), 0, nullptr),
+                    set_channel_data_int32(appended.channel(0, 1), 1, &last)});
     appended.save_and_close();
     const open_tdms again(scratch, "r");
     ASSERT_EQ(0, again.status);

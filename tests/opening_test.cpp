@@ -63,9 +63,7 @@ TEST(Files, StatusesOfOpeningAndDeleting)
 // No rejected opening leaves a descriptor, or changes a byte or the caller's handle.
 TEST(Files, RejectedOpeningsChangeNothing)
 {
-    const scratch_file scratch;
-    const scratch_file locked("");
-    const scratch_file none;
+    const scratch_file scratch, locked(""), none;
     const tdms_file holder(locked, "w");
     const tdms_file viewer(locked, "r");
     expect_each(0, {holder.status, viewer.status});  // reading does not mind the lock
@@ -99,7 +97,6 @@ TEST(Files, RejectedOpeningsChangeNothing)
     ASSERT_EQ(0, mkfifo(none.path(), 0600));
     for (const char* const mode : {"r", "w", "a"}) {
         EXPECT_EQ(TDMS_FILE_PATH, tdms_open(none.path(), mode, &file));
-        EXPECT_EQ(ESPIPE, errno);
     }
     EXPECT_EQ(open, descriptors());
 }

@@ -73,17 +73,16 @@ std::string all_that_can_be_read(const scratch_file& scratch, decltype(open_file
         for (void* const channel : channels_of(group)) {
             found += name_of(get_channel_name, channel);
             with_element(get_channel_datatype(channel), [&]<class Element>(Element) {
-                found +=
-                    values<Element>(found_and_lost(channel).first, [&](auto* array, auto count) {
-                        return Element::read(channel, 0, count, array);
-                    });
-                found += std::to_string(found_and_lost(channel).second) + " ";
-                const std::uint64_t count = value_count(channel);
-                found += thrown_message([&] {
-                    found += values<Element>(count, [&](auto* array, std::uint64_t) {
-                        return count > 64 ? 0 : Element::get(channel, array);
-                    });
+                const auto [there, lost] = found_and_lost(channel);
+                found += values<Element>(there, [&](auto* array, auto first) {
+                    return Element::read(channel, 0, first, array);
                 });
+                found += std::to_string(lost) + " ";
+                const std::uint64_t count = value_count(channel);
+                const auto get = [&](auto* array, std::uint64_t) {
+                    return count > 64 ? 0 : Element::get(channel, array);
+                };
+                found += thrown_message([&] { found += values<Element>(count, get); });
             });
         }
     }

@@ -157,8 +157,7 @@ void record_everything(const char* path, Call call)
     file_handle file;
     call([&] { return tdms_open(path, "w", &file.handle); });
     call([&] { return tdms_create_file_property_nanoseconds(file.handle, "start", 1); });
-    tdms_value note{};
-    note.type = TDMS_TYPE_STRING;
+    tdms_value note{TDMS_TYPE_STRING, {}};
     note.value.string = {"more than a string object holds itself", 38};
     for (const char* const name : {"a note with a name as long as that", "start"}) {
         call([&] { return tdms_set_property(file.handle, name, strlen(name), &note); });

@@ -54,12 +54,25 @@ inline void* add_channel(void* group, const char* name)
     return channel;
 }
 
-// An open file, closed at the end of the test.
-struct open_tdms : file_handle {
-    open_tdms(const scratch_file& file, const char* mode)
-        : status(open_file(file.path(), mode, &handle))
+// An open file, closed at the end of the test, with the functions of one interface.
+template <auto open, auto save, auto close>
+struct test_file : file_handle {
+    test_file() = default;
+    test_file(const scratch_file& file, const char* mode) : status(open(file.path(), mode, &handle))
     {
     }
+
+    void save_and_close()
+    {
+        EXPECT_EQ(0, save(handle));
+        EXPECT_EQ(0, close(&handle));
+    }
+
+    int status = TDMS_OK;
+};
+
+struct open_tdms : test_file<open_file, save_file, close_file> {
+    using test_file::test_file;
 
     void* add_group(const char* name) const
     {
@@ -70,26 +83,13 @@ struct open_tdms : file_handle {
 
     void* group(std::size_t i) const { return groups_of(handle).at(i); }
     void* channel(std::size_t g, std::size_t c) const { return channels_of(group(g)).at(c); }
-
-    void save_and_close()
-    {
-        EXPECT_EQ(0, save_file(handle));
-        EXPECT_EQ(0, close_file(&handle));
-    }
-
-    int status;
 };
 
-// The same by the second interface.
-struct tdms_file : file_handle {
-    tdms_file() = default;
-    tdms_file(const scratch_file& file, const char* mode)
-        : status(tdms_open(file.path(), mode, &handle))
-    {
-    }
+struct tdms_file : test_file<tdms_open, tdms_save, tdms_close> {
+    using test_file::test_file;
     explicit tdms_file(const scratch_file& partial)
-        : status(tdms_open_partial(partial.path(), &handle, &rest))
     {
+        status = tdms_open_partial(partial.path(), &handle, &rest);
     }
 
     // The group or channel of that name, created if it is not there.
@@ -109,14 +109,7 @@ struct tdms_file : file_handle {
         return channel;
     }
 
-    void save_and_close()
-    {
-        EXPECT_EQ(0, tdms_save(handle));
-        EXPECT_EQ(0, tdms_close(&handle));
-    }
-
     std::uint64_t rest = 0;
-    int status = TDMS_OK;
 };
 
 // How many values of a channel can be read, and how many are lost.

@@ -154,9 +154,7 @@ TEST(Timestamps, FieldsAreStandardTimeWhenWrittenAndClockTimeWhenRead)
 
 TEST(Nanoseconds, EveryCountComesBack)
 {
-    constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
-    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
-    std::vector<std::int64_t> times{least, least + 1, -1000000001, -1, 0, 1, 999999999, most - 1};
+    std::vector<std::int64_t> times{INT64_MIN, INT64_MIN + 1, -1, 0, 1, INT64_MAX - 1};
     for (std::mt19937_64 random; times.size() != 10000;) {
         times.push_back(static_cast<std::int64_t>(random()));
     }
@@ -179,7 +177,7 @@ TEST(Nanoseconds, EveryCountComesBack)
     const tdms_file there(foreign, "r");
     read.resize(5);
     EXPECT_EQ(0, tdms_read_nanoseconds(there.channel("g", "c"), 0, 5, read.data()));
-    EXPECT_EQ((std::vector<std::int64_t>{1, 0, 1000000000, most, least}), read);
+    EXPECT_EQ((std::vector<std::int64_t>{1, 0, 1000000000, INT64_MAX, INT64_MIN}), read);
 }
 
 }  // namespace

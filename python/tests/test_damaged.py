@@ -40,7 +40,7 @@ def test_damaged_files_raise_errors_only(path):
             data[at : at + size] = dice.choice((0, 1, 256**size - 1)).to_bytes(size, "little")
             data[dice.randrange(len(data))] ^= 1 << dice.randrange(8)
         if dice.randrange(4) == 0:
-            data[dice.randrange(len(data)) :] = good[dice.randrange(len(good)) :]
+            del data[dice.randrange(len(data)) :]
         path.write_bytes(data)
         for open_file in (tdms.File, tdms.File.partial):
             with contextlib.suppress(tdms.Error), open_file(path) as file:

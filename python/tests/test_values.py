@@ -64,8 +64,8 @@ def test_reading_into_an_array(run):
             (TypeError, lambda out: channel.read(10, 5, out), numpy.zeros(5, ">i4"), bytearray(20)),
             (IndexError, lambda key: channel.read(*key), (-1, 1), (0, -1), (BIG, BIG), (200_001,)),
             (IndexError, channel.__getitem__, 200_000, -200_001, BIG * 4, -BIG * 4),
-            (TypeError, channel.__getitem__, None, 1.0, (1, 2), [1], slice(1.5)),
-            (ValueError, channel.chunks, 0, -1), (TypeError, channel.chunks, None, 1.5),
+            (TypeError, channel.__getitem__, None, (1, 2), slice(1.5)),
+            (ValueError, channel.chunks, 0), (TypeError, channel.chunks, 1.5),
         ):
             for wrong in wrongs:
                 with pytest.raises(error):
@@ -86,7 +86,6 @@ IN_EAST, IN_UTC = MOMENT.replace(tzinfo=EAST), MOMENT - timedelta(hours=5.5)
     (None, [MOMENT, IN_EAST], numpy.array([MOMENT, IN_UTC], "M8[ns]")),
     (None, numpy.array(["1677-10", "NaT"], ">M8[M]"), numpy.array(["1677-10", "NaT"], "M8[ns]")),
     ("uint64", [0, 2 * BIG - 1, numpy.uint64(2 * BIG - 1)], [0, 2 * BIG - 1, 2 * BIG - 1]),
-    ("float32", [1, 0.1, numpy.inf, BIG], [1, 0.1, numpy.inf, BIG]),
     ("float64", numpy.array([2**53, BIG - 1024, -BIG], ">i8"), [2.0**53, BIG - 1024, -BIG]),
     ("float64", [2**100, -(2**53), numpy.nan], [2.0**100, -(2.0**53), numpy.nan]),
 ])

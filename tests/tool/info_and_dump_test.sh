@@ -28,20 +28,19 @@ status 0 ' c  *int32  *2  2 lost$' "$tdms" info lost
 status 1 'lost: "g/c": 2 values lost' "$tdms" dump lost
 same out <(printf 'g/a,g/c,g/s\n1,2,say\000\n4,3,\n5,,\n') 'dump did not leave the fields of lost values empty, or lost a zero byte'
 
-# The first and the last times of 64 bits, and times around the hour that a clock repeats in autumn.
+# The last time of 64 bits, and times around the hour that a clock repeats in autumn.
 timestamp() { # SECONDS NANOSECONDS
     le 8 $(($2 * 18446744073 + ($2 * 709551616 + 500000000) / 1000000000)) $(($1 + 2082844800))
 }
 cat >times.txt <<'END'
 -1 999999999 1969-12-31T23:59:59.999999999Z 1970-01-01T00:59:59.999999999+01:00
--9223372037 145224192 1677-09-21T00:12:43.145224192Z 1677-09-21T01:12:43.145224192+01:00
 9223372036 854775807 2262-04-11T23:47:16.854775807Z 2262-04-12T01:47:16.854775807+02:00
 2224800000 0 2040-07-02T00:00:00.000000Z 2040-07-02T02:00:00.000000+02:00
 1729989000 1000 2024-10-27T00:30:00.000001Z 2024-10-27T02:30:00.000001+02:00
 1729992600 100000000 2024-10-27T01:30:00.100000Z 2024-10-27T02:30:00.100000+01:00
 END
 {
-    lead_in 69 $((6 * 16)) && le 4 1 && counted "/'g'/'t'" && le 4 20 0x44 1 && le 8 6
+    lead_in 69 $((5 * 16)) && le 4 1 && counted "/'g'/'t'" && le 4 20 0x44 1 && le 8 5
     le 4 1 && counted start && le 4 0x44 && timestamp -1 0
     while read -r seconds nanoseconds _; do timestamp "$seconds" "$nanoseconds"; done <times.txt
 } >times.tdms
@@ -92,11 +91,9 @@ status 0 '2 intact segments' "$tdms" check record.tdms
 read -r _ offset metadata raw _ < <(grep -E '^ +2 ' out)
 for more in 1 28 $((28 + metadata)) $((27 + metadata + raw)); do
     head -c $((offset + more)) record.tdms >truncated.tdms
-    for command in info dump; do
-        status 0 "last ([0-9,]+ bytes are|1 byte is) not a complete segment: being recorded, or truncated" \
-            "$tdms" $command truncated.tdms
-        status 1 'cpu idle' "$tdms" $command --strict truncated.tdms
-    done
+    status 0 "last ([0-9,]+ bytes are|1 byte is) not a complete segment: being recorded, or truncated" \
+        "$tdms" dump truncated.tdms
+    status 1 'cpu idle' "$tdms" info --strict truncated.tdms
 done
 
 # Times of a clock that was set back.
@@ -110,14 +107,12 @@ each_status <<'END'
 1|record.tdms: 1 group|info missing.tdms record.tdms
 1|/dev/null: is not a regular file|info /dev/null
 1|: is a directory|info .
-2|no channel or group "nix"; see tdms info --names|dump record.tdms nix
 2|no channel or group "System/cpu.idle"; did you mean "system/cpu idle"|dump record.tdms System/cpu.idle
 2|no channel or group "load"; did you mean "system/load"|dump record.tdms load
 2|^tdms: --from: not a number of rows: "x"$|dump record.tdms --from x
 2|--from excludes --since|dump record.tdms --from 1 --since 2024-02-01
 2|--until excludes --follow|dump record.tdms --until 2024-02-01 --follow
 2|not a time: "2024-02-01T24:30Z"|dump record.tdms --until 2024-02-01T24:30Z
-2|not a separator: ""|dump record.tdms --separator ""
 1|"g/time": the times do not ascend|dump back.tdms --since 2024-02-01
 2|must not be a comma|dump record.tdms --decimal-comma --separator ,
 2|--follow needs a file|dump - --follow
@@ -125,7 +120,6 @@ each_status <<'END'
 2|the output is the input file|dump record.tdms -o record.svg
 1|the group "p" has no timestamp channel|dump groups --time-first
 2|unknown command: nix|nix
-2|subcommand|
 0|^tdms [0-9.]+$|--version
 END
 

@@ -24,10 +24,8 @@ not_a_number=$((0x7FF8 << 48)) other_nan=$((0xFFF8 << 48 | 1)) infinity=$((0x7FF
 huge=$((0x7FDF << 48)) billion=$((0x41CDCD6500000000)) half=$((1 << 22)) # of a unit, to be added to the billion
 
 doubles values "/'g'/'nan'" $one $not_a_number $two $three $not_a_number
-doubles values "/'g'/'only nan'" $not_a_number
 doubles values "/'g'/'infinite'" $one $infinity
 doubles values "/'g'/'huge'" $huge $huge $((huge | 1 << 63)) $((huge | 1 << 63))
-doubles values "/'g'/'tiny'" 0 $((0x100 << 52))
 doubles values "/'g'/'offset'" $((billion + half)) $((billion + 2 * half)) $((billion + 3 * half))
 int64s values "/'g'/'exact'" $((1 << 63)) $(((1 << 53) + 1))
 { bytes 50000 '\1' && bytes 50000 '\3'; } | channel values 1 100000 "/'g'/'steps'"
@@ -43,9 +41,7 @@ same - table 'info --stats printed other statistics' <<'END'
  infinite 1 inf inf nan 0 0
  nan 1 3 2 1 2 0
  offset 1000000000.5 1000000001.5 1000000001 0.5 0 0
- only nan - - - - 1 0
  steps 1 3 2 1.00001 0 0
- tiny 0 1.28822975e-231 6.44115e-232 9.10916e-232 0 0
  unknown cannot be read
 END
 
@@ -59,7 +55,6 @@ each_status <<'END'
 0|^  fast: 2 channels, 1 s at 2 Hz$|info --stats times
 0|^  back: 1 channel, 2 s, but the times do not ascend$|info --stats times
 0|^  short: 2 channels$|info --stats times
-0|"sampling_rate": 0.00833|info --stats --json times
 0|"standard_deviation": 1,|info --stats --json times
 2|excludes|info --stats --names times
 END
@@ -76,7 +71,6 @@ each_status <<'END'
 0||diff - same <a
 1|"g/v": 2 of 4 values differ, first at 1: 2 and 3; largest difference 1$|diff a changed
 1|"g/v": 1 of 4 values differs by more than the tolerance, first at 3: 0 and inf$|diff --tolerance 1 a changed
-1|: 1 of 4 values differs by .* first at 3|diff --relative 0.34 a changed
 1|: 2 of 4 values differ by .* first at 1|diff --relative 0.33 a changed
 1|channel "g/v": 4 and 5 values|diff a longer
 1|group "g": only in a|diff a other
@@ -101,7 +95,5 @@ status 0 '' "$tdms" diff one.tdms one.tdms
 status 1 '^file: property "start": 20.* and 20' "$tdms" diff one.tdms two.tdms
 head -c -1 one.tdms >truncated.tdms
 status 1 'truncated.tdms: the last' "$tdms" diff one.tdms truncated.tdms
-status 0 'truncated.tdms: the last' "$tdms" diff truncated.tdms truncated.tdms
-status 0 'truncated.tdms: the last' "$tdms" info --stats truncated.tdms
 status 1 'truncated.tdms: the last' "$tdms" info --stats --strict truncated.tdms
 finish
