@@ -3,7 +3,7 @@
 
 namespace {
 
-using FileFormat = NewFile;
+using FileFormat = FileOfOneChannel;
 
 TEST_F(FileFormat, TheSmallestFileByteForByte)
 {

@@ -3,7 +3,7 @@
 
 namespace {
 
-using Limits = NewFile;
+using Limits = FileOfOneChannel;
 
 // One segment states 2^32 + 1 values and holds them as a hole in the file. After them, in the same
 // segment and in a save of the library's own, are values of another channel.

@@ -4,7 +4,7 @@
 
 namespace {
 
-using Tree = NewFile;
+using Tree = FileOfOneChannel;
 
 TEST_F(Tree, ListsInTheOrderOfPaths)
 {

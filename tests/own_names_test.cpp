@@ -19,7 +19,7 @@ namespace {
 
 TEST(OwnNames, AreNotTakenForTheLibrarys)
 {
-    new_file written;
+    file_of_one_channel written;
     const char* string = "a string";
     EXPECT_EQ(0, set_channel_data_string(written.channel, 1, &string));
     written.file.save_and_close();

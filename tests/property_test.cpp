@@ -4,7 +4,7 @@
 
 namespace {
 
-class Properties : public ::testing::TestWithParam<std::size_t>, new_file {
+class Properties : public ::testing::TestWithParam<std::size_t>, file_of_one_channel {
   protected:
     template <class Element>
     int create(const char* name, typename Element::value value)

@@ -17,7 +17,7 @@ string_list read_strings(const scratch_file& scratch, std::size_t count)
 
 string_list write_and_read(const string_list& strings)
 {
-    new_file written;
+    file_of_one_channel written;
     EXPECT_EQ(0, set_channel_data_string(written.channel, strings.size(), strings.data()));
     written.file.save_and_close();
     return read_strings(written.scratch, strings.size());

@@ -121,13 +121,13 @@ inline std::pair<std::uint64_t, std::uint64_t> found_and_lost(void* channel)
 }
 
 // A new file with channel c in group g.
-struct new_file {
+struct file_of_one_channel {
     const scratch_file scratch;
     open_tdms file{scratch, "w"};
     void* const group = file.add_group("g");
     void* const channel = add_channel(group, "c");
 };
-struct NewFile : testing::Test, new_file {};
+struct FileOfOneChannel : testing::Test, file_of_one_channel {};
 
 inline std::string name_of(int (*get_name)(void*, char*), void* handle)
 {

@@ -112,7 +112,7 @@ TEST(Timestamps, ASeriesEqualsOneCallForEachValue)
         const std::vector<timestamp_fields> series = times_around(next_change(start));
         // What mktime() remembers must be the same before the series and before the single calls.
         const timestamp_fields noon = {2000, 1, 1, 12, 0, 0, 0};
-        new_file written;
+        file_of_one_channel written;
         encoded(noon);
         ASSERT_EQ(0, set_channel_data_timestamp(written.channel, series.size(), series.data()));
         written.file.save_and_close();

@@ -13,7 +13,7 @@ namespace tdms_impl {
 namespace {
 
 // @return 0, or why a reader would not give back what is saved
-int check_everything(option& file)
+int check_reads_back(option& file)
 {
     int status = reads_back(file.properties) ? TDMS_OK : TDMS_ARGUMENT;
     for (const auto& [path, g] : file.groups) {
@@ -137,7 +137,7 @@ bool within_limit(std::uint64_t end)
 int save(option& file)
 {
     if (const int status = report_write_error(file)) return status;
-    if (const int status = check_everything(file)) return status;
+    if (const int status = check_reads_back(file)) return status;
     segment_bytes& segment = file.channel_segment;
     if (!build_segment(file, segment)) return TDMS_OK;
     if (!is_ours(file)) return TDMS_WRITE;
