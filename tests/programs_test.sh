@@ -141,6 +141,7 @@ if [[ -x $programs/to_hdf5 ]]; then
             same <(ask tdms all.tdms g $type 0 48) <(ask h5 all.$copy g $type 0 48) "$copy: $type"
         done
         same <(ask tdms 0.tdms fast encoder 0 25600) <(ask h5 0.$copy fast encoder 0 25600) "$copy: encoder"
+        same <("$in_tdms/rms" served/0.tdms fast encoder) <("$in_h5/rms" served/0.$copy fast encoder) "$copy: rms"
         ! command -v h5dump >/dev/null || for attribute in /int64:-9223372036854775808 /new:'"later"' \
             /g/bool:FALSE /g/timestamp:86401000000000 /g/float/float:1.4013e-45 /g/uint8/uint8:128; do
             status 0 "\(0\): ${attribute#*:}$" h5dump -a "${attribute%%:*}" served/all.$copy
