@@ -99,7 +99,7 @@ std::size_t second_header_size(const workload_data& series)
     return lead_in_size + 4 + series.channels * (path + 20 + 4);
 }
 
-// One call for each array; where the values are few, one for each whole segment.
+// One call for each array; where the values are few, one for each complete segment.
 double write(workload_data& series)
 {
     const std::string path = vacated(series.file(".raw"));

@@ -17,7 +17,7 @@ build=$root/build/bench
     cmake --build "$build" --target tdms_bench --parallel
 } >&2
 
-# The program removes its own files; the folder around them goes also when it is ended or crashes.
+# The program removes its own files; the folder is removed even if it is killed or crashes.
 scratch=$(mktemp -d /dev/shm/tdms-bench-XXXXXX)
 trap 'kill $! 2>/dev/null || true; wait; rm -rf "$scratch"' EXIT
 TDMS_BENCH_DIR=$scratch "$build/bench/tdms_bench" "$@" &

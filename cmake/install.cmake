@@ -55,7 +55,7 @@ if(TDMS_BUILD_TOOLS)
   add_custom_command(OUTPUT ${TDMS_GENERATED}/tdms.1.gz
     COMMAND ${TDMS_GZIP} -9nc ${page} > ${TDMS_GENERATED}/tdms.1.gz
     DEPENDS ${page} VERBATIM)
-  add_custom_target(manual_page ALL DEPENDS ${TDMS_GENERATED}/tdms.1.gz)
+  add_custom_target(tdms_manual_page ALL DEPENDS ${TDMS_GENERATED}/tdms.1.gz)
   install(FILES ${TDMS_GENERATED}/tdms.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
     COMPONENT tool)
 endif()

@@ -75,7 +75,8 @@ function(tdms_install_documents component package)
   endforeach()
   foreach(example ${TDMS_${component}_EXAMPLES})
     install(DIRECTORY examples/${example} DESTINATION ${folder}/examples
-      COMPONENT ${component} EXCLUDE_FROM_ALL PATTERN __pycache__ EXCLUDE PATTERN *_test.py EXCLUDE)
+      COMPONENT ${component} EXCLUDE_FROM_ALL PATTERN __pycache__ EXCLUDE PATTERN *_test.py EXCLUDE
+      REGEX /programs/CMakeLists.txt EXCLUDE)
   endforeach()
 endfunction()
 set(TDMS_development_PAGES guide languages)

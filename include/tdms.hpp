@@ -5,7 +5,7 @@
  *
  *     tdms::file f("run.tdms", "w");
  *     tdms::channel c = f.add_group("vibration").add_channel("acc2");
- *     c.property("rate", 25600.0);
+ *     c.property("sampling rate", 25600.0);
  *     c.append<double>(samples);
  *     f.save();
  *
