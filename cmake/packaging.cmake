@@ -68,6 +68,13 @@ function(tdms_install_documents component package)
     file(READ docs/${page}.md text)
     string(REPLACE "](../examples/" "](examples/" text "${text}")
     string(REPLACE "](../include/" "](/usr/include/" text "${text}")
+    # A page that the package does not have is named instead of linked.
+    foreach(other guide languages performance)
+      if(NOT other IN_LIST TDMS_${component}_PAGES)
+        string(REGEX REPLACE "\\[([^]]*)\\]\\(${other}\\.md[^)]*\\)" "\\1 (`docs/${other}.md`, in the source)"
+          text "${text}")
+      endif()
+    endforeach()
     file(WRITE ${TDMS_GENERATED}/${package}/${page}.md "${text}")
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS docs/${page}.md)
     install(FILES ${TDMS_GENERATED}/${package}/${page}.md DESTINATION ${folder}
@@ -76,7 +83,7 @@ function(tdms_install_documents component package)
   foreach(example ${TDMS_${component}_EXAMPLES})
     install(DIRECTORY examples/${example} DESTINATION ${folder}/examples
       COMPONENT ${component} EXCLUDE_FROM_ALL PATTERN __pycache__ EXCLUDE PATTERN *_test.py EXCLUDE
-      REGEX /programs/CMakeLists.txt EXCLUDE)
+      REGEX "/programs/CMakeLists\\.txt$" EXCLUDE)
   endforeach()
 endfunction()
 set(TDMS_development_PAGES guide languages)

@@ -19,10 +19,10 @@
  *     get_error_description() returns the message of a status. Outputs are written on success only.
  *  2. Handles are opaque pointers to objects that the library owns. A file handle is valid until
  *     close_file(). A group or channel handle is valid until its object is deleted or replaced, its
- *     group deleted, or its file closed. No handle outlives the process's exit. Using one after
- *     that is undefined, as it is for a closed `FILE*`. A null handle yields the status of its
- *     level: #TDMS_FILE_HANDLE, #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel,
- *     #TDMS_GROUP_HANDLE means that its group is no longer in the file.
+ *     group deleted, or its file closed. Using an invalid handle is undefined, as it is for a
+ *     closed `FILE*`. A null handle yields the status of its level: #TDMS_FILE_HANDLE,
+ *     #TDMS_GROUP_HANDLE or #TDMS_CHANNEL_HANDLE. For a channel, #TDMS_GROUP_HANDLE means that its
+ *     group is no longer in the file.
  *  3. Arrays and buffers belong to the caller; the matching get_num function returns the number of
  *     elements. They may be null when there is nothing to write. Otherwise a null output yields the
  *     status that the function names for its handle or its result.
@@ -151,8 +151,8 @@ TDMS_API const char* get_error_description(int code);
  * Opens a file.
  *
  * A stream stays open until the process ends if the lead-in or metadata of a segment is rejected,
- * and so does the one that "a" reads by. A truncated file, or one that is being recorded, does not
- * open. Locks are neither taken nor respected. tdms_open() has none of these traps;
+ * and so does the stream through which "a" reads. A truncated file, or one that is being recorded,
+ * does not open. Locks are neither taken nor respected. tdms_open() has none of these traps;
  * tdms_open_partial() opens what is intact of a file.
  * @param path the file's path
  * @param mode "r" reads an existing file, "w" creates or empties one, "a" reads an existing file
@@ -372,7 +372,7 @@ TDMS_API int create_file_property_timestamp(void* file, const char* name, timest
 /** @name The value of a file property
  * The stored bytes are decoded as the function's type, whatever the property's type is.
  * tdms_get_property() returns the type with the value; the tdms_ getters for strings and times
- * check it. These write their outputs on success only.
+ * check it, and write their outputs on success only.
  * @param[out] value one value. If there is no property of that name, or it has too few bytes, zero
  *        is written, for a timestamp to every field
  * @param[out] buffer the string and a NUL
@@ -418,7 +418,7 @@ TDMS_API int create_group_property_timestamp(void* group, const char* name, time
 /** @name The value of a group property
  * The stored bytes are decoded as the function's type, whatever the property's type is.
  * tdms_get_property() returns the type with the value; the tdms_ getters for strings and times
- * check it. These write their outputs on success only.
+ * check it, and write their outputs on success only.
  * @param[out] value one value. If there is no property of that name, or it has too few bytes, zero
  *        is written, for a timestamp to every field
  * @param[out] buffer the string and a NUL
@@ -465,7 +465,7 @@ TDMS_API int create_channel_property_timestamp(void* channel, const char* name,
 /** @name The value of a channel property
  * The stored bytes are decoded as the function's type, whatever the property's type is.
  * tdms_get_property() returns the type with the value; the tdms_ getters for strings and times
- * check it. These write their outputs on success only.
+ * check it, and write their outputs on success only.
  * @param[out] value one value. If there is no property of that name, or it has too few bytes, zero
  *        is written, for a timestamp to every field
  * @param[out] buffer the string and a NUL
@@ -585,9 +585,9 @@ TDMS_API int get_channel_data_string(void* channel, const char** values);
  *  3. A lack of memory yields #TDMS_MEMORY and changes nothing, except that tdms_refresh() may
  *     already have taken in some segments. The same call can be made again. No function throws,
  *     ends the process or leaks.
- *  4. On a handle that only reads, and on one that has no stream, creating, appending, saving and
- *     syncing yield #TDMS_FILE_HANDLE and change nothing. (The functions for properties above do
- *     not check this; tdms_save() does.)
+ *  4. On a read-only handle, or one without a stream, creating, appending, saving and syncing yield
+ *     #TDMS_FILE_HANDLE and change nothing. (The functions for properties above do not check this;
+ *     tdms_save() does.)
  *  5. Times are nanoseconds since 1970-01-01T00:00:00 UTC, without leap seconds, in a signed 64-bit
  *     number, which covers the years 1677 to 2262. Each of them reads back exactly; an earlier or
  *     later time in a file reads as the first or the last of them. Time zones and daylight saving
@@ -639,8 +639,8 @@ TDMS_API int tdms_open_partial(const char* path, void** file, uint64_t* rest);
 /**
  * Takes in the intact segments that were appended to a file since it was opened for reading, or
  * since the last call: groups, channels, properties and values. All handles and names stay valid,
- * and so does the string of a property unless a new segment changes it. On a handle that writes
- * there is nothing to take in.
+ * and so does the string of a property unless a new segment changes it. On a handle opened
+ * for writing, it does nothing.
  *
  * A file that was emptied and is recorded again is not the one that was opened. Once a call has
  * detected that, every later one fails, too: close the handle and open the file again. Two changes
@@ -829,9 +829,9 @@ TDMS_API int tdms_get_property(void* object, const char* name, uint64_t length, 
  * Creates a property, or replaces it. The file keeps the old value; after the next save, readers
  * find the new one, whatever its type.
  * @param value copied by the call. A number of type float is rounded to single precision
- * @return 0; #TDMS_ARGUMENT, also if the value does not fit its type, for a type that has no values
- *         and for names and strings of 4 GiB; #TDMS_FILE_HANDLE; #TDMS_MEMORY. On failure nothing
- *         changes
+ * @return 0; #TDMS_ARGUMENT, also if the value does not fit its type, if the type has no values,
+ *         and if a name or string has 4 GiB or more; #TDMS_FILE_HANDLE; #TDMS_MEMORY. On failure
+ *         nothing changes
  */
 TDMS_API int tdms_set_property(void* object, const char* name, uint64_t length,
                                const tdms_value* value);
@@ -845,7 +845,7 @@ TDMS_API int tdms_set_property(void* object, const char* name, uint64_t length,
  * @param values an array of `count` values, copied by the call; may be null if `count` is 0.
  *        Strings end at their NUL; those of one channel between two saves must be less than 4 GiB
  *        in total. Nanoseconds are values of the type timestamp. ::timestamp_fields are converted
- *        as described there, which is an hour off during daylight saving
+ *        as their description says: an hour off during daylight saving
  * @return 0; #TDMS_CHANNEL_DATATYPE if the channel has another type; #TDMS_ARGUMENT, also for a
  *         null among the strings, and if they are too long in total; #TDMS_FILE_HANDLE;
  *         #TDMS_MEMORY; #TDMS_CHANNEL_DATA_READ if the channel was deleted and created again, and

@@ -51,10 +51,10 @@ class command_line {
         add_info();
         add_dump();
         add_plot();
-        add_check();
-        add_salvage();
         add_convert();
         add_diff();
+        add_check();
+        add_salvage();
     }
 
     /// @return the exit status
@@ -99,7 +99,7 @@ class command_line {
         CLI::Option* const from =
             command.add_option("--from", dump_.from, "The first row, counted from 0")
                 ->check(count_in);
-        command.add_option("--count", dump_.count, "The highest number of rows")->check(count_in);
+        command.add_option("--count", dump_.count, "Stop after this many rows")->check(count_in);
         command.add_option("--since", dump_.since, "Rows from this time on: 2026-05-04T10:00:00Z")
             ->check(any_text_in)
             ->excludes(from);
@@ -152,26 +152,6 @@ class command_line {
         command.callback([this] { run_one(plot, plot_, plot_.file); });
     }
 
-    void add_check()
-    {
-        CLI::App& command = *app_.add_subcommand(
-            "check", "Report whether files are intact, and where they are not");
-        command.add_option("FILE", check_.files, about_files)->required();
-        command.add_flag("-q,--quiet", check_.quiet, "Print only what is wrong, on standard error");
-        command.callback([this] { succeeded_ = check(check_); });
-    }
-
-    void add_salvage()
-    {
-        CLI::App& command =
-            *app_.add_subcommand("salvage", "Copy the intact segments of a damaged file");
-        command.add_option("FILE", salvage_.file, about_file)->required();
-        command.add_option("-o,--output", salvage_.target, "The file to write, or -")
-            ->required()
-            ->check(any_text_in);
-        command.callback([this] { run_one(salvage, salvage_, salvage_.file); });
-    }
-
     void add_convert()
     {
         CLI::App& command =
@@ -202,6 +182,26 @@ class command_line {
         command.add_flag("-q,--quiet", diff_.quiet, "Print nothing; only set the exit status");
         add_local(command);
         command.callback([this] { succeeded_ = diff(diff_); });
+    }
+
+    void add_check()
+    {
+        CLI::App& command = *app_.add_subcommand(
+            "check", "Report whether files are intact, and where they are not");
+        command.add_option("FILE", check_.files, about_files)->required();
+        command.add_flag("-q,--quiet", check_.quiet, "Print only what is wrong, on standard error");
+        command.callback([this] { succeeded_ = check(check_); });
+    }
+
+    void add_salvage()
+    {
+        CLI::App& command =
+            *app_.add_subcommand("salvage", "Copy the intact segments of a damaged file");
+        command.add_option("FILE", salvage_.file, about_file)->required();
+        command.add_option("-o,--output", salvage_.target, "The file to write, or -")
+            ->required()
+            ->check(any_text_in);
+        command.callback([this] { run_one(salvage, salvage_, salvage_.file); });
     }
 
     static void add_strict(CLI::App& command, bool& strict)
@@ -248,10 +248,10 @@ class command_line {
     info_options info_;
     dump_options dump_;
     plot_options plot_;
-    check_options check_;
-    salvage_options salvage_;
     convert_options convert_;
     diff_options diff_;
+    check_options check_;
+    salvage_options salvage_;
     bool succeeded_ = true;
 };
 

@@ -22,7 +22,7 @@ int run(int argc, char** argv)
         return any_reported() ? 1 : 0;
     } catch (const std::bad_alloc&) {
         constexpr std::string_view message = "tdms: out of memory\n";  // allocates nothing
-        static_cast<void>(write_all(STDERR_FILENO, message.data(), message.size()));
+        static_cast<void>(write_to(STDERR_FILENO, message.data(), message.size()));
     } catch (const std::exception& e) {
         report("", e.what());
     }

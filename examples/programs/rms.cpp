@@ -19,7 +19,7 @@
 
 #include "support/conversions.hpp"
 #include "support/exit_status.hpp"
-#include "support/mean_of_seconds.hpp"
+#include "support/rms_of_seconds.hpp"
 
 namespace {
 
@@ -48,17 +48,17 @@ void print_rms(const char* path, const char* group, const char* name, double giv
 
     std::vector<double> values(at_once);
     std::vector<moment> times(at_once);
-    mean_of_seconds mean;
+    rms_of_seconds rms;
     const std::uint64_t size = c.size();
     for (std::uint64_t first = 0; first < size; first += at_once) {
         const std::size_t count = std::min(at_once, size - first);
         c.read(first, std::span(values).first(count));
         if (timed) g["time"].read(first, std::span(times).first(count));
         for (std::size_t i = 0; i != count; ++i) {
-            mean.add(timed ? times[i] : start + after(first + i, rate), values[i]);
+            rms.add(timed ? times[i] : start + after(first + i, rate), values[i]);
         }
     }
-    mean.print();
+    rms.print();
     if (!std::cout.flush()) throw std::runtime_error("standard output cannot be written");
 }
 

@@ -72,7 +72,7 @@ class recordings {
                 known->second.refresh();
                 return known->second;
             } catch (const tdms::error&) {
-                files_.erase(known);  // it was emptied and is being recorded anew
+                files_.erase(known);  // it was emptied and is being recorded again
             }
         }
         if (files_.size() == most_files) files_.clear();

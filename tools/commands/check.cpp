@@ -111,7 +111,7 @@ bool strings_can_be_read(const std::string& name, const selected_channel& c, pro
 
 // Reports channels whose values the intact segments state but do not hold, or cannot be read. Only
 // strings are read for that: they have tables of offsets, while values of a fixed size are where
-// the metadata say.
+// the metadata says.
 bool check_values(const std::string& name, const input& from)
 {
     const tdms::file file = open_intact(from);
@@ -144,8 +144,9 @@ intact_part show_segments(output& out, const std::string& name, const input& fro
     segment_table table;
     intact_part intact = walk(from, [&table](const segment_facts& s) { table.add(s); });
     table.put(out);
-    out.put(count_of(intact.segments, "intact segment") + ", " + with_commas(intact.size) + " of " +
-            count_of(intact.file_size, "byte") + ", " + count_of(intact.values, "value") + '\n');
+    out.put(number_of(intact.segments, "intact segment") + ", " + with_commas(intact.size) +
+            " of " + number_of(intact.file_size, "byte") + ", " +
+            number_of(intact.values, "value") + '\n');
     return intact;
 }
 

@@ -13,7 +13,7 @@
 namespace tool {
 
 // Each command returns true if everything succeeded; otherwise it has reported what failed. A
-// failure that it throws is about its only file.
+// command for one file may also throw a failure, which is about that file.
 
 struct info_options {
     std::vector<std::string> files;
@@ -54,18 +54,6 @@ struct plot_options {
 };
 bool plot(const plot_options& wanted);
 
-struct check_options {
-    std::vector<std::string> files;
-    bool quiet = false;
-};
-bool check(const check_options& wanted);
-
-struct salvage_options {
-    std::string file;
-    std::string target;  // "-" for standard output
-};
-bool salvage(const salvage_options& wanted);
-
 struct convert_options {
     std::string source;
     std::string target;
@@ -82,6 +70,18 @@ struct diff_options {
     bool quiet = false;
 };
 bool diff(const diff_options& wanted);
+
+struct check_options {
+    std::vector<std::string> files;
+    bool quiet = false;
+};
+bool check(const check_options& wanted);
+
+struct salvage_options {
+    std::string file;
+    std::string target;  // "-" for standard output
+};
+bool salvage(const salvage_options& wanted);
 
 /// Calls `use(name)` for every file, and reports the failures. @return whether all calls returned
 /// true

@@ -94,7 +94,7 @@ class comparison {
             differ(where, "type " + type_name(a.type) + " and " + type_name(b.type));
         }
         if (a.count != b.count) {
-            differ(where, with_commas(a.count) + " and " + count_of(b.count, "value"));
+            differ(where, with_commas(a.count) + " and " + number_of(b.count, "value"));
         }
         note_lost(a_, a);
         note_lost(b_, b);
@@ -160,7 +160,7 @@ class comparison {
         const value_differences found = values.differences();
         if (found.count == 0) return;
         std::string text = with_commas(found.count) + " of ";
-        text.append(count_of(std::min(a.count, b.count), "value"));
+        text.append(number_of(std::min(a.count, b.count), "value"));
         text.append(found.count == 1 ? " differs" : " differ");
         if (is_number_type(a.type) && !tolerance_.is_exact()) {
             text.append(" by more than the tolerance");

@@ -109,7 +109,7 @@ class live_plot {
         std::string drawing = source_.title();
         if (fitting != panels.size()) {
             drawing.append(": ").append(std::to_string(fitting)).append(" of ");
-            drawing.append(count_of(panels.size(), "panel")).append(" fit; name fewer channels");
+            drawing.append(number_of(panels.size(), "panel")).append(" fit; name fewer channels");
         }
         drawing = shortened(drawing, size.columns) + '\n';
         const terminal_drawer drawer(panels, curves_->time_name(), size.columns);

@@ -49,7 +49,7 @@ std::string plot_report::too_large(const curve& c) const
 {
     if (wanted_.follow) return "some numbers are left out: too large to draw";
     if (!c.has_numbers()) return "its numbers are too large to draw";
-    return count_of(c.trace.too_large(), "number") + " left out: too large to draw";
+    return number_of(c.trace.too_large(), "number") + " left out: too large to draw";
 }
 
 void plot_report::report_error(const selected_channel& c, const std::string& message)

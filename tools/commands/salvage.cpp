@@ -29,7 +29,7 @@ class piece_source {
         while (begin != end) {
             const std::uint64_t part = std::min(size, end - begin);
             const std::size_t got = read_some(file_, bytes_.get(), part, "reading");
-            if (got == 0) throw failure("the file has become shorter while it was read");
+            if (got == 0) throw failure("the file was truncated while it was read");
             begin += got;
             use(std::string_view(bytes_.get(), got), begin);
         }
@@ -70,17 +70,17 @@ class salvage_report {
     /// @param values the number that the new file holds, which may be less than what it states
     void put(output& out, std::uint64_t values) const
     {
-        out.put("kept: " + count_of(segments_, "segment") + ", " + count_of(bytes_, "byte") + ", " +
-                count_of(values, "value") + '\n');
+        out.put("kept: " + number_of(segments_, "segment") + ", " + number_of(bytes_, "byte") +
+                ", " + number_of(values, "value") + '\n');
         for (const lost_range& range : lost_) {
-            out.put("lost: " + count_of(range.end - range.begin, "byte") + " from offset " +
+            out.put("lost: " + number_of(range.end - range.begin, "byte") + " from offset " +
                     std::to_string(range.begin) + " to " + std::to_string(range.end) + ": " +
                     range.reason +
                     (range.begin_is_certain ? "\n" : "; the segment before it may be damaged\n"));
         }
         if (ranges_ > lost_.size()) {
             out.put("lost: " + with_commas(ranges_ - lost_.size()) + " more ranges; in all " +
-                    count_of(lost_bytes_, "byte") + '\n');
+                    number_of(lost_bytes_, "byte") + '\n');
         }
         if (ranges_ == 0) out.put("lost: nothing\n");
         out.flush();
@@ -148,7 +148,7 @@ std::uint64_t count_values(const tdms::file& file)
 
 void write_standard_error(std::string_view bytes)
 {
-    static_cast<void>(write_all(STDERR_FILENO, bytes.data(), bytes.size()));
+    static_cast<void>(write_to(STDERR_FILENO, bytes.data(), bytes.size()));
 }
 
 }  // namespace

@@ -15,7 +15,9 @@ namespace tool {
 
 bool is_number_type(int type)
 {
-    return type >= TDMS_TYPE_INT8 && type <= TDMS_TYPE_DOUBLE;
+    bool result = false;
+    static_cast<void>(tdms::with_type(type, [&]<class T>() { result = is_number<T>; }));
+    return result;
 }
 
 void value_comparison::run()

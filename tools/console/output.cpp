@@ -18,7 +18,7 @@ terminal_size size_of_terminal(int descriptor, terminal_size fallback)
     return known ? terminal_size{size.ws_col, size.ws_row} : fallback;
 }
 
-bool write_all(int descriptor, const char* bytes, std::size_t count)
+bool write_to(int descriptor, const char* bytes, std::size_t count)
 {
     while (count != 0) {
         const ssize_t written = write(descriptor, bytes, count);
@@ -32,7 +32,7 @@ bool write_all(int descriptor, const char* bytes, std::size_t count)
 
 void write_standard_output(std::string_view bytes)
 {
-    if (write_all(STDOUT_FILENO, bytes.data(), bytes.size())) return;
+    if (write_to(STDOUT_FILENO, bytes.data(), bytes.size())) return;
     if (errno == EPIPE) throw closed_pipe{};
     throw output_failure(system_failure("standard output").what());
 }

@@ -25,7 +25,7 @@ struct terminal_size {
 terminal_size size_of_terminal(int descriptor, terminal_size fallback);
 
 /// Writes all bytes to a descriptor. @return false if that failed, for the reason in errno
-bool write_all(int descriptor, const char* bytes, std::size_t count);
+bool write_to(int descriptor, const char* bytes, std::size_t count);
 
 /// Writes to standard output; throws closed_pipe or output_failure.
 void write_standard_output(std::string_view bytes);

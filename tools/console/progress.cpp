@@ -46,7 +46,7 @@ progress::progress(std::string what, std::uint64_t total)
 
 progress::~progress()
 {
-    if (shown_) static_cast<void>(write_all(STDERR_FILENO, "\r\033[K", 4));
+    if (shown_) static_cast<void>(write_to(STDERR_FILENO, "\r\033[K", 4));
 }
 
 void progress::at(std::uint64_t done)
@@ -67,7 +67,7 @@ void progress::at(std::uint64_t done)
     if (share > 0) line += ", " + time_text(seconds / share - seconds) + " left";
     // A wrapped line could not be overwritten.
     line = '\r' + line.substr(0, columns - 1) + "\033[K";
-    static_cast<void>(write_all(STDERR_FILENO, line.data(), line.size()));
+    static_cast<void>(write_to(STDERR_FILENO, line.data(), line.size()));
 }
 
 }  // namespace tool

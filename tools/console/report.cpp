@@ -26,7 +26,7 @@ void report(const std::string& about, const std::string& message)
     const std::string line =
         "tdms: " + (about.empty() ? "" : printable(about) + ": ") + message + "\n";
     reported = true;
-    static_cast<void>(write_all(STDERR_FILENO, line.data(), line.size()));
+    static_cast<void>(write_to(STDERR_FILENO, line.data(), line.size()));
 }
 
 bool any_reported()

@@ -109,7 +109,7 @@ std::string with_commas(std::uint64_t number)
     return digits;
 }
 
-std::string count_of(std::uint64_t count, std::string_view what)
+std::string number_of(std::uint64_t count, std::string_view what)
 {
     return with_commas(count) + ' ' + std::string(what) + (count == 1 ? "" : "s");
 }

@@ -24,7 +24,7 @@ std::string for_shell(const std::string& text);
 std::string with_commas(std::uint64_t number);
 
 /// A number of things: "1 group", "2 groups", "1,234 bytes".
-std::string count_of(std::uint64_t count, std::string_view what);
+std::string number_of(std::uint64_t count, std::string_view what);
 
 /// How many characters a text has on a terminal.
 std::size_t width_of(std::string_view text);

@@ -60,13 +60,13 @@ class csv_import {
             ++types[type_name(c.profile.type())];
             rows = std::max(rows, c.profile.count());
         }
-        std::string text = count_of(channels, "channel");
+        std::string text = number_of(channels, "channel");
         const char* before = " (";
         for (const auto& [type, count] : types) {
             text.append(std::exchange(before, ", ")).append(with_commas(count));
             text.append(" ").append(type);
         }
-        return text.append("), ").append(count_of(rows, "row"));
+        return text.append("), ").append(number_of(rows, "row"));
     }
 
     void write(const std::string& path)
@@ -187,8 +187,8 @@ class csv_import {
         if (!reader_.next(record_)) return false;
         shown_.at(bytes_before + reader_.position());
         if (record_.size() > columns_.size()) {
-            reader_.fail(count_of(record_.size(), "field") + ", but " +
-                         count_of(columns_.size(), "name"));
+            reader_.fail(number_of(record_.size(), "field") + ", but " +
+                         number_of(columns_.size(), "name"));
         }
         return true;
     }

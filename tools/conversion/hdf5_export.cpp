@@ -114,7 +114,7 @@ class hdf5_export {
     template <class T>
     void put_values(hid_t group, const tdms::channel& c, const std::string& link)
     {
-        const hsize_t size = size_of(c);
+        const hsize_t size = value_count_of(c);
         hdf5_handle dataset = create_dataset<T>(group, link, size);
         std::vector<named_string> own = original_name(c.name(), link);
         if (std::is_same_v<T, tdms::time>) own.emplace_back("units", unit_of_times);
@@ -124,7 +124,7 @@ class hdf5_export {
     }
 
     // 0 if the values cannot be located, which is reported later.
-    static hsize_t size_of(const tdms::channel& c)
+    static hsize_t value_count_of(const tdms::channel& c)
     {
         try {
             return c.size();
@@ -171,7 +171,8 @@ class hdf5_export {
             first += piece.size();
         }
         if (truncated == 0) return;
-        report_error(count_of(truncated, "string") + " truncated: in HDF5 they end at a zero byte");
+        report_error(number_of(truncated, "string") +
+                     " truncated: in HDF5 they end at a zero byte");
     }
 
     // @return how many strings have a zero byte
@@ -207,7 +208,7 @@ class hdf5_export {
         for (const tdms::group& g : from_.groups()) {
             for (const tdms::channel& c : g.channels()) {
                 static_cast<void>(tdms::with_type(
-                    c.type(), [&]<class T>() { bytes += size_of(c) * size_of_value<T>; }));
+                    c.type(), [&]<class T>() { bytes += value_count_of(c) * size_of_value<T>; }));
             }
         }
         return bytes;

@@ -22,7 +22,7 @@ void follower::refresh(tdms::file& file)
         file.refresh();
     } catch (const tdms::error& e) {
         if (e.status() != TDMS_FILE_READ) throw;
-        throw failure("the file has become shorter: it is being recorded anew");
+        throw failure("the file was truncated: it is being recorded again");
     }
 }
 

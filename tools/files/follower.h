@@ -14,8 +14,8 @@ class follower {
     /// Throws a usage_error if the input is a copy, which cannot grow. The input must outlive this.
     explicit follower(const input& from);
 
-    /// Takes in what was added. Throws a failure if the file was emptied to be recorded anew; if it
-    /// was replaced or removed, only after everything that was added has been taken in.
+    /// Takes in what was added. Throws a failure if the file was emptied to be recorded again; if
+    /// it was replaced or removed, only after everything that was added has been taken in.
     void refresh(tdms::file& file);
 
     /// Waits; throws closed_pipe as soon as nobody reads standard output any more.

@@ -30,7 +30,7 @@ descriptor copy_of(descriptor source)
     descriptor copy = temporary_file();
     std::vector<char> bytes(1 << 18);
     while (const std::size_t got = read_some(source.get(), bytes.data(), bytes.size(), "reading")) {
-        if (!write_all(copy.get(), bytes.data(), got)) throw system_failure("temporary file");
+        if (!write_to(copy.get(), bytes.data(), got)) throw system_failure("temporary file");
     }
     return copy;
 }

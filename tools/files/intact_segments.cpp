@@ -58,7 +58,7 @@ bool intact_segments::keeps(found_segment& found, std::uint64_t& resume)
     segment_metadata& metadata = source_.metadata();
     if (!metadata.is_certain(found.facts.raw_length)) {
         metadata.undo();
-        found.fault = "where its values are depends on lost segments";
+        found.fault = "the position of its values depends on lost segments";
         return false;
     }
     resume = next_by_metadata(found);

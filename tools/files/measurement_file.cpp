@@ -1,14 +1,27 @@
 #include "files/measurement_file.h"
 
-#include <array>
 #include <system_error>
+#include <type_traits>
 #include <variant>
 
 #include "console/report.h"
 #include "console/text.h"
+#include "core/data_types.h"
 #include "files/segments.h"
 
 namespace tool {
+namespace {
+
+// A type is shown by the suffix of its functions' names.
+template <class T>
+constexpr const char* suffix_of = "";
+#define TDMS_TOOL_SUFFIX(suffix, type, code) \
+    template <>                              \
+    constexpr const char* suffix_of<type> = #suffix;
+TDMS_ELEMENTS(TDMS_TOOL_SUFFIX)
+#undef TDMS_TOOL_SUFFIX
+
+}  // namespace
 
 std::string message_of(int status, int reason)
 {
@@ -23,28 +36,22 @@ std::string message_of(int status, int reason)
 
 std::string type_name(int type)
 {
-    switch (type) {
-        case TDMS_TYPE_VOID:
-            return "none";
-#define TDMS_TOOL_NAME(suffix, T, code) \
-    case code:                          \
-        return #suffix;
-            TDMS_ELEMENTS(TDMS_TOOL_NAME)
-#undef TDMS_TOOL_NAME
-        default:
-            return "type " + std::to_string(static_cast<std::uint32_t>(type));
-    }
+    if (type == TDMS_TYPE_VOID) return "none";
+    const auto code = static_cast<std::uint32_t>(type);
+    const std::string name = tdms_impl::with_element_type(
+        code, []<class T>(tdms_impl::element_type<T>) { return std::string(suffix_of<T>); });
+    return name.empty() ? "type " + std::to_string(code) : name;
 }
 
 int type_of(const tdms::property_value& value)
 {
-    // In the order of the alternatives.
-    constexpr std::array<int, 14> types{
-        TDMS_TYPE_VOID,   TDMS_TYPE_INT8,   TDMS_TYPE_INT16,  TDMS_TYPE_INT32,    TDMS_TYPE_INT64,
-        TDMS_TYPE_UINT8,  TDMS_TYPE_UINT16, TDMS_TYPE_UINT32, TDMS_TYPE_UINT64,   TDMS_TYPE_FLOAT,
-        TDMS_TYPE_DOUBLE, TDMS_TYPE_BOOL,   TDMS_TYPE_STRING, TDMS_TYPE_TIMESTAMP};
-    static_assert(types.size() == std::variant_size_v<tdms::property_value>);
-    return types.at(value.index());
+    const auto type = []<class T>(const T&) -> int {
+        if constexpr (std::is_same_v<T, std::monostate>) return TDMS_TYPE_VOID;
+        if constexpr (std::is_same_v<T, std::string>) return TDMS_TYPE_STRING;
+        if constexpr (std::is_same_v<T, tdms::time>) return TDMS_TYPE_TIMESTAMP;
+        return static_cast<int>(tdms_impl::type_code<T>);
+    };
+    return std::visit(type, value);
 }
 
 tdms::file open_intact(const input& from)
@@ -63,7 +70,7 @@ bool report_damage(const std::string& name, const input& from, const tdms::file&
     if (file.rest() == 0) return true;
     const intact_part intact = walk_file(from, [](const segment_facts&) {});
     if (intact.end != file_end::damaged) return true;
-    report(name, intact.fault + "; the last " + count_of(file.rest(), "byte") +
+    report(name, intact.fault + "; the last " + number_of(file.rest(), "byte") +
                      " are not shown; see tdms salvage");
     return false;
 }
@@ -73,7 +80,8 @@ bool report_rest(const std::string& name, const input& from, const tdms::file& f
 {
     if (file.rest() == 0) return true;
     if (!report_damage(name, from, file)) return false;
-    report(name, "the last " + count_of(file.rest(), "byte") + (file.rest() == 1 ? " is" : " are") +
+    report(name, "the last " + number_of(file.rest(), "byte") +
+                     (file.rest() == 1 ? " is" : " are") +
                      " not a complete segment: being recorded, or truncated; see tdms salvage");
     return !must_be_complete;
 }

@@ -9,7 +9,7 @@ namespace tool {
 namespace {
 
 template <class Sum, class Term>
-Sum sum_of(std::span<const double> values, Term term)
+Sum sum_over(std::span<const double> values, Term term)
 {
     std::array<Sum, lanes> sums{};
     std::size_t i = 0;
@@ -24,10 +24,10 @@ template <class Sum>
 moments moments_by(std::span<const double> values)
 {
     const auto count = static_cast<Sum>(values.size());
-    const Sum mean = sum_of<Sum>(values, [](double v) -> Sum { return v; }) / count;
+    const Sum mean = sum_over<Sum>(values, [](double v) -> Sum { return v; }) / count;
     // 0 but for rounding, which it corrects.
-    const Sum rest = sum_of<Sum>(values, [mean](double v) -> Sum { return v - mean; });
-    const Sum squares = sum_of<Sum>(values, [mean](double v) { return (v - mean) * (v - mean); });
+    const Sum rest = sum_over<Sum>(values, [mean](double v) -> Sum { return v - mean; });
+    const Sum squares = sum_over<Sum>(values, [mean](double v) { return (v - mean) * (v - mean); });
     moments result{count, mean, squares - rest * rest / count};
     if (std::isfinite(mean)) result.mean += rest / count;
     return result;
@@ -60,7 +60,7 @@ moments moments_of(std::span<const double> values)
 // A NaN makes the sum NaN.
 bool may_have_nan(std::span<const double> values)
 {
-    return std::isnan(sum_of<double>(values, std::identity()));
+    return std::isnan(sum_over<double>(values, std::identity()));
 }
 
 }  // namespace tool

@@ -115,7 +115,7 @@ new_file::~new_file()
 
 void new_file::write(std::string_view bytes)
 {
-    if (!write_all(file_.get(), bytes.data(), bytes.size())) cannot_be_written();
+    if (!write_to(file_.get(), bytes.data(), bytes.size())) cannot_be_written();
 }
 
 void new_file::cannot_be_written() const

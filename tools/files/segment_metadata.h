@@ -25,8 +25,8 @@ struct segment_facts {
     const char* state = "intact";  // or "truncated": the file ends within it; or "damaged"
 };
 
-/// Reads metadata segment by segment: counts what they hold, finds their faults, and keeps what
-/// later segments refer to.
+/// Reads metadata segment by segment: counts what it holds, finds its faults, and keeps what later
+/// segments refer to.
 class segment_metadata {
   public:
     /// @return a status other than 0 if there is a fault; then nothing that the segment states
@@ -80,7 +80,7 @@ class segment_metadata {
     struct stated_data {
         std::uint64_t size = 0;
         std::uint64_t repeated_size = 0;       // of it, that lost segments may have changed
-        std::vector<known_channel*> repeated;  // whose it is
+        std::vector<known_channel*> repeated;  // the channels it belongs to
         bool sizes_known = true;
         bool only_timestamps = true;
         bool compared = false;  // a count with one that may have been lost
@@ -92,7 +92,7 @@ class segment_metadata {
     int fail(int status, const std::string& what);
 
     tdms_impl::object_map<known_channel> channels_;
-    std::vector<std::pair<known_channel*, known_channel>> changed_;  // with what was known before
+    std::vector<std::pair<known_channel*, known_channel>> changed_;  // and what was known before
     std::vector<std::string> added_;
     std::uint64_t losses_ = 0;
 

@@ -11,9 +11,9 @@ namespace {
 
 using tdms_impl::lead_in_size;
 
-std::string stated_and_there(const char* what, std::uint64_t stated, std::uint64_t there)
+std::string stated_and_left(const char* what, std::uint64_t stated, std::uint64_t left)
 {
-    return with_commas(stated) + " bytes of " + what + " are stated, " + with_commas(there) +
+    return with_commas(stated) + " bytes of " + what + " are stated, " + with_commas(left) +
            " are there";
 }
 
@@ -83,7 +83,7 @@ std::string segment_source::lead_in_fault(int status, segment_facts& facts, std:
     }
     if (left >= lead_in_size && facts.metadata_length == 0) return "it has no metadata";
     if (facts.raw_length > ~facts.metadata_length) {
-        return "the next segment is stated to begin within its metadata";
+        return "its lead-in puts the next segment within its own metadata";
     }
     facts.state = "truncated";
     if (left < lead_in_size) {
@@ -92,10 +92,10 @@ std::string segment_source::lead_in_fault(int status, segment_facts& facts, std:
     }
     left -= lead_in_size;
     if (facts.metadata_length > left) {
-        return stated_and_there("metadata", facts.metadata_length, left);
+        return stated_and_left("metadata", facts.metadata_length, left);
     }
     left -= facts.metadata_length;
-    if (facts.raw_length > left) return stated_and_there("raw data", facts.raw_length, left);
+    if (facts.raw_length > left) return stated_and_left("raw data", facts.raw_length, left);
     facts.state = "intact";
     return {};
 }

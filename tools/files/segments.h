@@ -27,17 +27,17 @@ class segment_source {
   public:
     segment_source(const input& file, std::uint64_t size);
 
-    /// Reads the segment at an offset less than the size. If it is intact, what its metadata state
-    /// holds for the segments read after it.
+    /// Reads the segment at an offset less than the size. If it is intact, what its metadata
+    /// states holds for the segments read after it.
     found_segment read(std::uint64_t offset, std::uint64_t number);
 
     /// Whether a segment may begin there, or the file ends there.
     bool is_boundary(std::uint64_t offset);
 
-    /// Where a segment ends by its metadata, whatever its lead-in is; 0 if they are not sound.
+    /// Where a segment ends by its metadata, whatever its lead-in is; 0 if it is damaged.
     std::uint64_t end_by_metadata(std::uint64_t offset);
 
-    /// Whether the tag, the table of contents or the version of a lead-in is there.
+    /// Whether the tag, the table of contents or the version of a lead-in is at the offset.
     bool has_remains(std::uint64_t offset);
 
     /// Where the lead-in at an offset says that the segment ends; 0 if there is none.

@@ -39,7 +39,7 @@ std::vector<selected_channel> all_channels(const tdms::file& file)
 
 std::string lost_values(const selected_channel& c)
 {
-    const std::string lost = count_of(c.lost, "value");
+    const std::string lost = number_of(c.lost, "value");
     const bool supported = c.type == TDMS_TYPE_STRING ||
                            tdms_impl::DataSize.at(static_cast<std::uint32_t>(c.type)) != 0;
     return supported ? lost + " lost: stated but not stored in the file"

@@ -61,7 +61,7 @@ class statistics_table {
             if (!s.ascending) text.append(", not ascending");
         } else if (c.type == TDMS_TYPE_STRING) {
             if (s.minimum != s.maximum) text.append(shown_value(s.minimum)).append(" to ");
-            text.append(count_of(std::get<std::uint64_t>(s.maximum), "byte"));
+            text.append(number_of(std::get<std::uint64_t>(s.maximum), "byte"));
         } else {
             return {};
         }

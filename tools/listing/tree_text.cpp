@@ -55,7 +55,7 @@ std::string times_text(const sample_times& times)
 void put_group(output& out, const tdms::group& g, const group_statistics* statistics)
 {
     const std::vector<selected_channel> held = channels_of(g);
-    out.put("\n  " + shown_name(g.name()) + ": " + count_of(held.size(), "channel"));
+    out.put("\n  " + shown_name(g.name()) + ": " + number_of(held.size(), "channel"));
     if (statistics != nullptr && statistics->times) {
         out.put(", ");
         out.put(times_text(*statistics->times));
@@ -77,10 +77,10 @@ void put_tree(output& out, const std::string& name, const tdms::file& file,
     const std::vector<tdms::group> groups = file.groups();
     std::uint64_t channels = 0;
     for (const tdms::group& g : groups) channels += g.channels().size();
-    out.put(printable(name) + ": " + count_of(groups.size(), "group") + ", " +
-            count_of(channels, "channel"));
+    out.put(printable(name) + ": " + number_of(groups.size(), "group") + ", " +
+            number_of(channels, "channel"));
     if (statistics != nullptr) {
-        out.put(", " + count_of(statistics->size, "byte"));
+        out.put(", " + number_of(statistics->size, "byte"));
         if (statistics->first) {
             out.put("\n  " + span_text(*statistics->first, *statistics->last) + ", " +
                     duration_text(seconds_between(*statistics->first, *statistics->last)));

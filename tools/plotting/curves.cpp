@@ -25,7 +25,7 @@ std::string own_label(const selected_channel& c)
     return named(name.empty() ? c.channel.name() : name);
 }
 
-std::uint64_t size_of(const selected_channel& c)
+std::uint64_t stored_value_size(const selected_channel& c)
 {
     return tdms_impl::DataSize.at(static_cast<std::uint32_t>(c.type));
 }
@@ -145,10 +145,10 @@ std::uint64_t curve_set::bytes_to_read() const
         std::uint64_t rows = 0;
         for (const std::size_t i : f.members) {
             const std::uint64_t more = end_of(f, curves_[i]) - curves_[i].next;
-            bytes += more * size_of(curves_[i].from);
+            bytes += more * stored_value_size(curves_[i].from);
             rows = std::max(rows, more);
         }
-        if (f.times) bytes += rows * size_of(*f.times);
+        if (f.times) bytes += rows * stored_value_size(*f.times);
     }
     return bytes;
 }
@@ -184,7 +184,7 @@ void curve_set::read(family& f, piece& rows, progress& shown, const error_handle
     const auto read = [&](const selected_channel& c, std::uint64_t first, auto values) {
         try {
             c.channel.read(first, values);
-            shown.add(values.size() * size_of(c));
+            shown.add(values.size() * stored_value_size(c));
             return true;
         } catch (const tdms::error& e) {
             on_error(c, message_of(e.status()));

@@ -32,10 +32,10 @@ int become_gnuplot(int source, int target)
 }
 
 // A file in memory that holds the text, to be read from its beginning.
-descriptor file_of(const std::string& text)
+descriptor script_file(const std::string& text)
 {
     descriptor file(memfd_create("script", MFD_CLOEXEC));
-    if (file.get() < 0 || !write_all(file.get(), text.data(), text.size()) ||
+    if (file.get() < 0 || !write_to(file.get(), text.data(), text.size()) ||
         lseek(file.get(), 0, SEEK_SET) != 0) {
         throw system_failure("gnuplot");
     }
@@ -75,7 +75,7 @@ std::string gnuplot_number(double value)
 // gnuplot does not report write errors, so we write its output.
 void run_gnuplot(const std::string& script, const std::function<void(std::string_view)>& take)
 {
-    const descriptor source = file_of(script);
+    const descriptor source = script_file(script);
     child_process gnuplot("gnuplot",
                           [&](int target) { return become_gnuplot(source.get(), target); });
     std::array<char, 65536> bytes;

@@ -127,7 +127,7 @@ panel_plot::panel_plot(std::string& script, const panel& p, const x_axis& x, std
         if (!shown_as_points.empty()) {
             script.append(name).append("points << end\n").append(shown_as_points).append("end\n");
         }
-        elements_.push_back({std::move(name), p.of_bools, !shown_as_points.empty()});
+        curves_.push_back({std::move(name), p.of_bools, !shown_as_points.empty()});
     }
 }
 

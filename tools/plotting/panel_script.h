@@ -24,14 +24,14 @@ class panel_plot {
     void append_to(std::string& script, LineStyle line_style, PointStyle point_style) const
     {
         const char* separator = "plot ";
-        for (std::size_t i = 0; i != elements_.size(); ++i) {
-            const element& e = elements_[i];
-            script.append(separator).append(e.name).append(e.steps ? " with steps "
+        for (std::size_t i = 0; i != curves_.size(); ++i) {
+            const drawn_curve& c = curves_[i];
+            script.append(separator).append(c.name).append(c.steps ? " with steps "
                                                                    : " with lines ");
             script.append(line_style(i)).append(" notitle");
             separator = ", ";
-            if (e.has_points) {
-                script.append(separator).append(e.name).append("points with points ");
+            if (c.has_points) {
+                script.append(separator).append(c.name).append("points with points ");
                 script.append(point_style(i)).append(" notitle");
             }
         }
@@ -39,13 +39,13 @@ class panel_plot {
     }
 
   private:
-    struct element {
+    struct drawn_curve {
         std::string name;  // of the data
         bool steps;
         bool has_points;
     };
 
-    std::vector<element> elements_;
+    std::vector<drawn_curve> curves_;
 };
 
 /// The label of a curve, shortened to a width in characters.

@@ -112,7 +112,7 @@ void picture_layout::place_rows(const picture_format& format)
 
 void picture_layout::fail_to_fit(double least_height) const
 {
-    std::string message = count_of(rows_.size(), "panel");
+    std::string message = number_of(rows_.size(), "panel");
     message.append(rows_.size() == 1 ? " needs" : " need").append(" a height of ");
     message.append(with_commas(static_cast<std::uint64_t>(std::ceil(least_height))));
     message.append(" pixels");

@@ -11,7 +11,7 @@ class screen {
   public:
     explicit screen(output& out);
 
-    /// The size of the terminal; 80 columns and 25 rows if it reports none, or is none.
+    /// The size of the terminal; 80 columns and 25 rows if it has none, or is no terminal.
     static terminal_size size();
     bool has_changed() const { return !(size().columns == columns_ && size().rows == rows_); }
 

@@ -18,7 +18,7 @@
 #include "../support/conversions.hpp"
 #include "../support/exit_status.hpp"
 #include "../support/hdf5.hpp"
-#include "../support/mean_of_seconds.hpp"
+#include "../support/rms_of_seconds.hpp"
 
 namespace {
 
@@ -71,7 +71,7 @@ void print_rms(const char* path, const char* group, const char* name, double giv
 
     std::vector<double> values(at_once);
     std::vector<std::int64_t> times(at_once);
-    mean_of_seconds mean;
+    rms_of_seconds rms;
     const h5::id space(H5Dget_space(c), name);
     const auto size = static_cast<hsize_t>(h5::check(H5Sget_simple_extent_npoints(space), name));
     for (hsize_t first = 0; first < size; first += at_once) {
@@ -79,12 +79,12 @@ void print_rms(const char* path, const char* group, const char* name, double giv
         read(c, H5T_NATIVE_DOUBLE, first, count, values.data());
         if (time) read(*time, H5T_NATIVE_INT64, first, count, times.data());
         for (std::size_t i = 0; i != count; ++i) {
-            mean.add(
+            rms.add(
                 time ? moment(std::chrono::nanoseconds(times[i])) : start + after(first + i, rate),
                 values[i]);
         }
     }
-    mean.print();
+    rms.print();
     if (!std::cout.flush()) throw std::runtime_error("standard output cannot be written");
 }
 

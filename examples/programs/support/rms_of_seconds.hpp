@@ -1,6 +1,6 @@
 // The root mean square of values, second by second.
-#ifndef EXAMPLES_MEAN_OF_SECONDS_HPP
-#define EXAMPLES_MEAN_OF_SECONDS_HPP
+#ifndef EXAMPLES_RMS_OF_SECONDS_HPP
+#define EXAMPLES_RMS_OF_SECONDS_HPP
 
 #include <chrono>
 #include <cmath>
@@ -16,7 +16,7 @@ inline std::chrono::nanoseconds after(std::uint64_t samples, double rate)
 }
 
 /// Prints a line for each second, when the next one begins.
-class mean_of_seconds {
+class rms_of_seconds {
   public:
     void add(moment time, double value)
     {
