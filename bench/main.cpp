@@ -7,7 +7,6 @@
 #include <benchmark/benchmark.h>
 #include <sys/prctl.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>

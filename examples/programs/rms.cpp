@@ -13,7 +13,6 @@
 #include <iostream>
 #include <span>
 #include <stdexcept>
-#include <string>
 #include <tdms.hpp>
 #include <vector>
 

@@ -2,7 +2,6 @@
 
 #include <hdf5.h>
 
-#include <string>
 #include <utility>
 
 namespace tool {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <string>
 #include <tdms.hpp>
 
 #include "files/input.h"

@@ -1,7 +1,6 @@
 #include "plotting/panel_script.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
 #include "console/text.h"

@@ -7,7 +7,6 @@
 // dataset with doubles; an existing dataset must be chunked and have one unlimited dimension.
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
