@@ -38,8 +38,9 @@ std::string type_name(int type)
 {
     if (type == TDMS_TYPE_VOID) return "none";
     const auto code = static_cast<std::uint32_t>(type);
-    const std::string name = tdms_impl::with_element_type(
-        code, []<class T>(tdms_impl::element_type<T>) { return std::string(suffix_of<T>); });
+    const std::string name = tdms_impl::with_element_type(code, [](auto type_tag) {
+        return std::string(suffix_of<typename decltype(type_tag)::type>);
+    });
     return name.empty() ? "type " + std::to_string(code) : name;
 }
 

@@ -19,7 +19,7 @@ class new_file {
     explicit new_file(const std::string& target);
 
     /// A file that is not to be committed.
-    static new_file temporary() { return new_file(); }
+    static new_file temporary() { return {}; }
 
     ~new_file();
     new_file(const new_file&) = delete;

@@ -7,6 +7,7 @@
 #include <string>
 #include <tdms.hpp>
 #include <type_traits>
+#include <utility>
 
 #include "console/progress.h"
 
@@ -17,7 +18,7 @@ template <class T>
 class piece_reader {
   public:
     /// @param shown counts the bytes that the values take in the file
-    piece_reader(const tdms::channel& from, progress& shown) : from_(from), shown_(shown) {}
+    piece_reader(tdms::channel from, progress& shown) : from_(std::move(from)), shown_(shown) {}
 
     /// How many values the next piece may have. For strings this depends on the latest ones.
     std::uint64_t fitting() const { return fitting_; }
