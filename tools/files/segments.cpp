@@ -83,7 +83,7 @@ std::string segment_source::lead_in_fault(int status, segment_facts& facts, std:
     }
     if (left >= lead_in_size && facts.metadata_length == 0) return "it has no metadata";
     if (facts.raw_length > ~facts.metadata_length) {
-        return "its lead-in puts the next segment within its own metadata";
+        return "the next segment is stated to begin within its metadata";
     }
     facts.state = "truncated";
     if (left < lead_in_size) {
