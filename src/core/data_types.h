@@ -67,7 +67,7 @@ class data_size_table {
     }
 
     // Sorted by code.
-    static constexpr auto entries_ = std::to_array<entry>({
+    std::array<entry, 22> entries_{{
         {0x00, 0},  // void
         {TDMS_TYPE_INT8, 1},
         {TDMS_TYPE_INT16, 2},
@@ -90,7 +90,7 @@ class data_size_table {
         {0x8000C, 0},     // complex single
         {0x10000D, 0},    // complex double
         {0xFFFFFFFF, 0},  // raw data of data acquisition hardware
-    });
+    }};
 };
 
 inline constexpr data_size_table DataSize;

@@ -9,7 +9,7 @@
 namespace tool {
 
 selected_channel::selected_channel(tdms::group in, tdms::channel one)
-    : group(std::move(in)), channel(std::move(one)), type(0), count(0), lost(0)
+    : group(std::move(in)), channel(std::move(one))
 {
     count_values();
 }

@@ -20,10 +20,10 @@ struct selected_channel {
 
     tdms::group group;
     tdms::channel channel;
-    int type;
-    std::uint64_t count;  // of the values that can be read
-    std::uint64_t lost;   // of the other values that the file states
-    bool named = false;   // on the command line, itself and not only by its group
+    int type = TDMS_TYPE_VOID;
+    std::uint64_t count = 0;  // of the values that can be read
+    std::uint64_t lost = 0;   // of the other values that the file states
+    bool named = false;       // on the command line, itself and not only by its group
 };
 
 /// All channels of a group, or of a file.
