@@ -32,7 +32,6 @@ failed=0
 ticker=
 trap '[[ -z $ticker ]] || kill "$ticker"' EXIT
 mkdir -p "$logs"
-export CMAKE_GENERATOR=Ninja # for build directories that are new
 
 say() { printf '%4d s  %s\n' "$SECONDS" "$*"; }
 
