@@ -46,13 +46,15 @@ std::string type_name(int type)
 
 int type_of(const tdms::property_value& value)
 {
-    const auto type = []<class T>(const T&) -> int {
-        if constexpr (std::is_same_v<T, std::monostate>) return TDMS_TYPE_VOID;
-        if constexpr (std::is_same_v<T, std::string>) return TDMS_TYPE_STRING;
-        if constexpr (std::is_same_v<T, tdms::time>) return TDMS_TYPE_TIMESTAMP;
-        return static_cast<int>(tdms_impl::type_code<T>);
-    };
-    return std::visit(type, value);
+    return std::visit(
+        [](const auto& alternative) -> int {
+            using T = std::decay_t<decltype(alternative)>;
+            if constexpr (std::is_same_v<T, std::monostate>) return TDMS_TYPE_VOID;
+            if constexpr (std::is_same_v<T, std::string>) return TDMS_TYPE_STRING;
+            if constexpr (std::is_same_v<T, tdms::time>) return TDMS_TYPE_TIMESTAMP;
+            return static_cast<int>(tdms_impl::type_code<T>);
+        },
+        value);
 }
 
 tdms::file open_intact(const input& from)
