@@ -91,8 +91,7 @@ channel h a 1 '5 6' unit=A
 write times.tdms
 draws times.tdms 1 $'a\nthe other\n-b\nV\n10:00:01.0\ntime (UTC), 2026-05-04\ntimes.tdms' g
 draws times.tdms 2 $'g/a\nh/a\nA\n2026-05-05\ntime (UTC), 2026-05-04 to 2026-05-05'
-zone=CET-1CEST,M3.5.0,M10.5.0/3
-TZ=$zone draws times.tdms 1 $'12:00:01.0\ntime (UTC+02:00), 2026-05-04' g --local
+TZ=CET-1CEST,M3.5.0,M10.5.0/3 draws times.tdms 1 $'12:00:01.0\ntime (UTC+02:00), 2026-05-04' g --local
 
 nan=9221120237041090560 one=4607182418800017408 two=4611686018427387904
 channel g rated 1 '1 2 3 4' 'sampling rate:2'
@@ -125,7 +124,6 @@ each_status <<'END'
 1|"g/wholly": its numbers are too large|plot large.tdms g -o p.svg
 1|"g/none": it has no numbers|plot large.tdms g/none -o empty/p.svg
 END
-(($(wc -l <err) == 1)) || fail "plot reported more than one message: $(cat err)"
 
 # Gaps in times: the line is interrupted only if the other steps are regular.
 # gaps 'TIMES' BREAKS [ARGUMENT]...: checks how often the line is interrupted.

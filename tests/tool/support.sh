@@ -11,7 +11,7 @@ failures=0
 fail() { echo "FAILED: $1" && failures=$((failures + 1)); }
 make_seeds() { "$seeds" files || fail 'the seeds were not made'; }
 record_machine() { "$record" "$@" || fail "record $*: it did not succeed"; } # FILE SECONDS RATE
-nothing_left() { [[ -z $(ls -A empty) ]] || fail "files were left behind: $(ls -A empty)"; }
+nothing_left() { [[ -z $(ls -A empty) ]] || fail "files remain: $(ls -A empty)"; }
 
 # status STATUS PATTERN COMMAND...: checks the exit status of a command against a pattern of the shell, and
 # that a line on its standard output or standard error matches a pattern of grep -E.
