@@ -108,11 +108,11 @@ _declare(LIB)
 
 
 def encode(string: str) -> bytes:
-    """The bytes that a file stores for a str. Lone surrogates stand for bytes that are not UTF-8.
+    """The bytes that a file stores for a str. Lone surrogates represent bytes that are not UTF-8.
 
     Raises:
         TypeError: the argument is not a str.
-        ValueError: it has lone surrogates that stand for no byte.
+        ValueError: it has lone surrogates that represent no byte.
     """
     if not isinstance(string, str):
         raise TypeError(f"expected a str, not {type(string).__name__}")
